@@ -1,0 +1,30 @@
+# Compiler settings that every target shares.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+
+find_program(KOR_CCACHE ccache)
+if(KOR_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${KOR_CCACHE})
+endif()
+
+add_library(kor_compiler INTERFACE)
+# No contraction of a * b + c: the same bits on every machine.
+target_compile_options(kor_compiler INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=off)
+if(WIN32)
+  target_link_options(kor_compiler INTERFACE -static)
+else()
+  if(NOT KOR_SANITIZE)
+    target_link_options(kor_compiler INTERFACE -static-libgcc -static-libstdc++)
+  endif()
+endif()
+if(KOR_SANITIZE)
+  target_compile_options(kor_compiler INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+                                               -fno-omit-frame-pointer -g1)
+  target_compile_definitions(kor_compiler INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(kor_compiler INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,73 @@
+// Floor 1.5 - mathematics: the engine seam
+//
+// The three operations in which a simulation spends its time. Callers say what they need as a whole
+// (these samples, this grid) and leave the plan to the engine. The reference engine
+// (src/korengine/reference.cpp) writes each with the plain matrix operations; select.cpp forwards to
+// the engine in use. One sector is open at a time; nothing here is reentrant.
+#pragma once
+
+#include "matrixmathlib.h"
+
+namespace kor {
+
+enum class Engine { reference };
+
+/// The engine that later calls use; the reference at process start.
+void EngineSelect(Engine engine);
+Engine EngineSelected();
+
+/// Operators of the spin system, each n x n, rad/s for H0 and dimensionless for the rest.
+struct EngineSystem {
+    int n;             // Hilbert dimension, 1..256
+    const CMatrix* H0; // Zeeman + coupling Hamiltonian, rad/s
+    const CMatrix* Fz; // operator of the offset (gradient and carrier)
+    const CMatrix* Fx; // operator of the RF field along x
+    const CMatrix* Fy; // operator of the RF field along y
+};
+
+/// Waveform of one sector: `count` samples of `dt` seconds, arrays 0-based.
+struct EngineSamples {
+    int count;
+    double dt;
+    const double* xb; // RF along x, rad/s
+    const double* yb; // RF along y, rad/s
+    const double* gx; // gradients, rad/s per cm; all three null where there is no gradient
+    const double* gy;
+    const double* gz;
+    double offset; // added to every sample's offset, rad/s
+};
+
+/// Voxel positions in cm: x = x0 + (ix - 1) dx and so on, indices from 1; a single voxel at the origin
+/// is {1, 1, 1, 0, 0, 0, 0, 0, 0}.
+struct EngineGrid {
+    int ndx, ndy, ndz;
+    double x0, y0, z0;
+    double dx, dy, dz;
+};
+
+/// One sector to propagate through. The records and the arrays behind them must stay unchanged until
+/// the next EngineOpenSector.
+struct EngineSector {
+    EngineSystem system;
+    EngineSamples samples;
+    EngineGrid grid;
+};
+
+/// Makes `sector` the open one and plans its work.
+void EngineOpenSector(const EngineSector& sector);
+
+/// r = U_0 U_1 ... U_(count-1) of the open sector at voxel (ix, iy, iz), indices from 1, with
+/// U_j = exp(-i H_j dt), H_j = H0 + w_j Fz + xb[j] Fx + yb[j] Fy and
+/// w_j = gx[j] x + gy[j] y + gz[j] z + offset.
+void EngineSectorPropagator(int ix, int iy, int iz, CMatrix& r);
+
+/// rho = adjoint(r) . rho . r
+void EngineRotate(int n, const CMatrix& r, CMatrix& rho);
+
+/// Samples free evolution: for k = 0..points-1, out_re[k] = Re trace(Ix rho_k), out_im[k] =
+/// Re trace(Iy rho_k), with rho_0 = rho and rho_(k+1) = adjoint(U) rho_k U, U = exp(+i H dt).
+/// rho is not changed.
+void EngineSampleFreeEvolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
+                               const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im);
+
+} // namespace kor
