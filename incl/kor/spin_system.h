@@ -1,23 +1,39 @@
 // Floor 3.3 - simulator: Hamiltonians, gradient operator and equilibrium state of the current spin system
+//
+// Turns the spin-system definition of g_runtime (quantum numbers, intensities, offsets and couplings in
+// Hz) into its operators: densmat, Izee, Icoup, Izgrad, Ixtot, Iytot, Iztot, all n x n and 1-based.
+// Hamiltonians are in rad/s, in the rotating frame: no shift tensor and no gyromagnetic ratio, so all
+// spins answer a gradient alike. Spins are numbered from 1. Nothing here is reentrant.
 #pragma once
 
 #include "kor/runtime_state.h"
 
 namespace kor {
 
-/// densmat += intensity * Iz of `spin`, scaled to unit Frobenius norm.
+/// densmat += intensity * Iz of `spin`, that Iz scaled to unit Frobenius norm: one term of the
+/// high-temperature equilibrium state, traceless, without the identity. A spin with one state (Iz = 0)
+/// adds nothing. The basis (ket, Ilist, n) must be made.
 void add_equilibrium_term(int spin, double intensity);
-/// Izee += 2 pi offset_hz * Iz of `spin`.
+/// Izee += 2 pi offset_hz * Iz of `spin` (not scaled).
 void add_zeeman_term(int spin, double offset_hz);
-/// jc[i][j] = jc[j][i] = j_hz; Icoup += 2 pi J (Ix Ix + Iy Iy when exact) + 2 pi J Iz Iz, nothing when 2 pi J
-/// is 0.
+/// Scalar coupling of spins i and j: records jc[i][j] = jc[j][i] = j_hz, then, unless 2 pi J is exactly 0,
+/// Icoup += 2 pi J Ix_i Ix_j, then 2 pi J Iy_i Iy_j (both when `exact` only), then 2 pi J Iz_i Iz_j.
 void add_coupling_term(int i, int j, double j_hz, bool exact);
-/// Izgrad = sum of Iz of every spin.
+/// Izgrad = sum of Iz of every spin, the operator that the local gradient offset multiplies. Without a
+/// spin system (n or Nspins below 1) a message on standard error, and Izgrad stays as it is.
 void MakeGradientOperator();
-/// Ixtot and Iytot (and Iztot) rebuilt with the given normalisation mode: 0 plain, 1 unit-norm spins.
+/// Ixtot and Iytot (make_all_totals: and Iztot) built again with the given normalisation: 0 plain sums of
+/// the spins' operators, 1 each spin's operator scaled to unit Frobenius norm first.
 void make_transverse_totals(int norm);
 void make_all_totals(int norm);
+/// The whole spin system from the definition: Nspins clamped to 1..8, Ilist from quantnum (a negative
+/// value counts as 0), n, ket, all operators, and the flags spinsystemdefined, rfpulsedefined and
+/// offsetsdefined set. Couplings come from jc when any entry of it is nonzero, else from
+/// couplings[1..Jcount]; jc holds the couplings used afterwards. Jexact 1 keeps the Iz Iz terms only; one
+/// spin has no couplings. Prints the definition unless the quiet mode is on. The dimension is trusted:
+/// whoever fills the definition has checked it against KOR_MAX_STATES.
 void BuildSpinSystemFromPulseSequenceGlobals();
+/// The same, by the name that other modules call.
 void KOR_RebuildSpinSystemFromPulseSequenceGlobals();
 
 } // namespace kor

@@ -1,0 +1,158 @@
+#include "kor/spin_system.h"
+
+#include "kor/smoke_check_mode.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace kor {
+
+namespace {
+
+using PairTable = double[KOR_MAX_SPINS + 1][KOR_MAX_SPINS + 1];
+using SpinOperatorBuilder = void (*)(const SpinIList&, const SpinKet&, int, int, CMatrix&);
+
+constexpr double two_pi = 2.0 * KOR_PI;
+
+CMatrix spin_operator;        // operator of the one spin being added
+CMatrix pair_operator;        // operator of the second spin of a pair
+CMatrix pair_product;         // product of the two
+CMatrix weighted_equilibrium; // intensity times the scaled Iz
+
+/// Icoup += omega * (operator of spin i) . (operator of spin j)
+void add_pair_product(SpinOperatorBuilder build, int i, int j, double omega) {
+    RuntimeState& rt = g_runtime;
+    build(rt.Ilist, rt.ket, rt.n, i, spin_operator);
+    build(rt.Ilist, rt.ket, rt.n, j, pair_operator);
+    CMatMultSparse(rt.n, spin_operator, pair_operator, pair_product);
+    CMatRMultAdd(rt.n, pair_product, omega, rt.Icoup, 1.0, rt.Icoup);
+}
+
+bool any_coupling(const PairTable& table) {
+    for (int i = 1; i <= KOR_MAX_SPINS; ++i)
+        for (int j = 1; j <= KOR_MAX_SPINS; ++j)
+            if (table[i][j] != 0.0)
+                return true;
+    return false;
+}
+
+void define_basis_size() {
+    RuntimeState& rt = g_runtime;
+    rt.Nspins = std::clamp(rt.Nspins, 1, KOR_MAX_SPINS);
+    std::fill(rt.Ilist + 1, rt.Ilist + KOR_MAX_SPINS + 1, 0);
+    rt.n = 1;
+    for (int s = 1; s <= rt.Nspins; ++s) {
+        rt.Ilist[s] = std::max(rt.quantnum[s], 0);
+        rt.n *= rt.Ilist[s] + 1;
+    }
+}
+
+void print_definition() {
+    const RuntimeState& rt = g_runtime;
+    std::printf("\nBuildSpinSystemFromPulseSequenceGlobals()\n");
+    std::printf("  Nspins = %d\n", rt.Nspins);
+    std::printf("  n      = %d\n", rt.n);
+    for (int s = 1; s <= rt.Nspins; ++s)
+        std::printf("  spin %d: quantnum=%d  Ilist=%d  relspinamp=%g  resofreq=%g Hz\n", s, rt.quantnum[s],
+                    rt.Ilist[s], rt.relspinamp[s], rt.resofreqs[s]);
+    std::printf("\n");
+}
+
+void build_equilibrium_and_zeeman() {
+    RuntimeState& rt = g_runtime;
+    CMatZero(rt.n, rt.densmat);
+    CMatZero(rt.n, rt.Izee);
+    for (int s = 1; s <= rt.Nspins; ++s)
+        add_equilibrium_term(s, rt.relspinamp[s]);
+    for (int s = 1; s <= rt.Nspins; ++s)
+        add_zeeman_term(s, rt.resofreqs[s]);
+}
+
+void build_couplings(const PairTable& saved_jc, bool use_saved) {
+    RuntimeState& rt = g_runtime;
+    std::memset(rt.jc, 0, sizeof rt.jc);
+    CMatZero(rt.n, rt.Icoup);
+    const bool exact = rt.Nspins > 1 && rt.Jexact != 1;
+    int pair = 1;
+    for (int i = 1; i < rt.Nspins; ++i)
+        for (int j = i + 1; j <= rt.Nspins; ++j, ++pair) {
+            const double listed = pair <= rt.Jcount ? rt.couplings[pair] : 0.0;
+            add_coupling_term(i, j, use_saved ? saved_jc[i][j] : listed, exact);
+        }
+}
+
+} // namespace
+
+void add_equilibrium_term(int spin, double intensity) {
+    RuntimeState& rt = g_runtime;
+    MakeMatrixIz(rt.Ilist, rt.ket, rt.n, spin, spin_operator);
+    NormCMatrix(rt.n, spin_operator);
+    const Complex2 weight = {{0.0, intensity, 0.0}};
+    CMultCMat(rt.n, weight, spin_operator, weighted_equilibrium);
+    CMatAdd(rt.n, rt.densmat, weighted_equilibrium, rt.densmat);
+}
+
+void add_zeeman_term(int spin, double offset_hz) {
+    RuntimeState& rt = g_runtime;
+    MakeMatrixIz(rt.Ilist, rt.ket, rt.n, spin, spin_operator);
+    CMatRMultAdd(rt.n, spin_operator, two_pi * offset_hz, rt.Izee, 1.0, rt.Izee);
+}
+
+void add_coupling_term(int i, int j, double j_hz, bool exact) {
+    g_runtime.jc[i][j] = j_hz;
+    g_runtime.jc[j][i] = j_hz;
+    const double omega = two_pi * j_hz;
+    if (omega == 0.0)
+        return;
+    if (exact) {
+        add_pair_product(MakeMatrixIx, i, j, omega);
+        add_pair_product(MakeMatrixIy, i, j, omega);
+    }
+    add_pair_product(MakeMatrixIz, i, j, omega);
+}
+
+void MakeGradientOperator() {
+    RuntimeState& rt = g_runtime;
+    if (rt.n <= 0 || rt.Nspins <= 0) {
+        std::fprintf(stderr, "MakeGradientOperator: spin system not set up (n=%d, Nspins=%d)\n", rt.n,
+                     rt.Nspins);
+        return;
+    }
+    MakeTotalIz(rt.n, rt.Nspins, rt.ket, rt.Ilist, 0, rt.Izgrad);
+}
+
+void make_transverse_totals(int norm) {
+    RuntimeState& rt = g_runtime;
+    MakeTotalIx(rt.n, rt.Nspins, rt.ket, rt.Ilist, norm, rt.Ixtot);
+    MakeTotalIy(rt.n, rt.Nspins, rt.ket, rt.Ilist, norm, rt.Iytot);
+}
+
+void make_all_totals(int norm) {
+    RuntimeState& rt = g_runtime;
+    make_transverse_totals(norm);
+    MakeTotalIz(rt.n, rt.Nspins, rt.ket, rt.Ilist, norm, rt.Iztot);
+}
+
+void BuildSpinSystemFromPulseSequenceGlobals() {
+    RuntimeState& rt = g_runtime;
+    PairTable saved_jc;
+    std::memcpy(saved_jc, rt.jc, sizeof saved_jc);
+    define_basis_size();
+    if (!KOR_GetSmokeCheckMode())
+        print_definition();
+    MakeKets(rt.ket, rt.Ilist);
+    build_equilibrium_and_zeeman();
+    build_couplings(saved_jc, any_coupling(saved_jc));
+    make_all_totals(0);
+    MakeGradientOperator();
+    rt.spinsystemdefined = 1;
+    rt.rfpulsedefined = 1;
+    rt.offsetsdefined = 1;
+}
+
+void KOR_RebuildSpinSystemFromPulseSequenceGlobals() {
+    BuildSpinSystemFromPulseSequenceGlobals();
+}
+
+} // namespace kor
