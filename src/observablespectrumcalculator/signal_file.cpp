@@ -1,0 +1,130 @@
+#include "observablespectrumcalculator/signal_file.h"
+
+#include "binaryfilehandling.h"
+#include "kor/density_file.h"
+#include "kor/smoke_check_mode.h"
+#include "korplatform.h"
+#include "observablespectrumcalculator/signals.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+
+namespace kor {
+
+namespace {
+
+constexpr int signal_file_type = 1;
+
+CMatrix store; // Hamiltonian of the free evolution, with its sign
+
+/// What one receiver calculation works with.
+struct Receiver {
+    int n;
+    int points;
+    double acquisition_time_s;
+    const CMatrix& Ixtot;
+    const CMatrix& Iytot;
+    const SpinKet& ket;
+    const SpinIList& Ilist;
+};
+
+enum class Outcome { done, input_ended, failed };
+
+/// One signal per matrix of `in`, in order.
+Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& receiver, CMatrix& densmat) {
+    const auto points = static_cast<std::size_t>(receiver.points);
+    const std::unique_ptr<double[]> re(new (std::nothrow) double[points]);
+    const std::unique_ptr<double[]> im(new (std::nothrow) double[points]);
+    if (!re || !im)
+        return Outcome::failed;
+    const bool single = count < 2;
+    for (int m = 1; m <= count; ++m) {
+        if (!read_density_matrix(in, receiver.n, receiver.n, densmat)) {
+            std::printf(">>> READ BINARY FILE ERROR (dm.bin) <<<\n");
+            return Outcome::input_ended;
+        }
+        if (single && !KOR_GetSmokeCheckMode())
+            print_adc_start_expectations(receiver.n, densmat, receiver.ket, receiver.Ilist);
+        build_legacy_separate_spectra_signal(receiver.n, receiver.points, receiver.acquisition_time_s,
+                                             densmat, store, receiver.Ixtot, receiver.Iytot, re.get(),
+                                             im.get(), single);
+        if (!write_signal_samples(out, receiver.points, re.get(), im.get()))
+            return Outcome::failed;
+    }
+    return Outcome::done;
+}
+
+/// Header and signals into the named file; a message where they cannot be written.
+Outcome write_signal_file(std::FILE* in, int count, const char* name, const Receiver& receiver,
+                          CMatrix& densmat) {
+    std::FILE* const out = platform_open(name, "wb");
+    if (out == nullptr) {
+        std::perror("fopen(signal output)");
+        return Outcome::failed;
+    }
+    Outcome outcome = Outcome::failed;
+    if (WriteBinFileHeader_status(out, signal_file_type, receiver.points, count) == BINFH_OK)
+        outcome = write_signals(in, out, count, receiver, densmat);
+    const bool incomplete = std::ferror(out) != 0;
+    if (std::fclose(out) != 0 || incomplete) {
+        std::perror(name);
+        outcome = Outcome::failed;
+    }
+    return outcome;
+}
+
+} // namespace
+
+void make_receiver_hamiltonian(int n, const CMatrix& Istat, double receiver_offset_hz, const CMatrix& Iztot,
+                               CMatrix& hamiltonian) {
+    CMatRMultAdd(n, Istat, -1.0, Iztot, -2.0 * KOR_PI * receiver_offset_hz, hamiltonian);
+}
+
+std::FILE* open_density_matrices(int n, int* count) {
+    std::FILE* const in = platform_open("dm.bin", "rb");
+    if (in == nullptr) {
+        std::perror("fopen(dm.bin)");
+        return nullptr;
+    }
+    int type = 0;
+    int dimension = 0;
+    read_legacy_bin_header(in, &type, &dimension, count);
+    if (type == signal_file_type || dimension != n) {
+        std::printf("dm.bin header mismatch: ftype=%d fn=%d expected n=%d\n", type, dimension, n);
+        std::fclose(in);
+        return nullptr;
+    }
+    return in;
+}
+
+int write_signal_samples(std::FILE* out, int points, const double* re, const double* im) {
+    for (int k = 0; k < points; ++k) {
+        const double pair[2] = {finite_or_zero(re[k]), finite_or_zero(im[k])};
+        if (std::fwrite(pair, sizeof(double), 2, out) != 2)
+            return 0;
+    }
+    return 1;
+}
+
+double SeparateSpectra_GenerateSignalWithParams(const int* n, int signal_points, double acquisition_time_s,
+                                                double receiver_offset_hz, const char* output_filename,
+                                                CMatrix& densmat, const CMatrix& Istat, const CMatrix& Ixtot,
+                                                const CMatrix& Iytot, const CMatrix& Iztot,
+                                                const SpinKet& ket, const SpinIList& Ilist) {
+    if (n == nullptr || signal_points < 1 || !(acquisition_time_s > 0.0))
+        return 0.0;
+    int count = 0;
+    std::FILE* const in = open_density_matrices(*n, &count);
+    if (in == nullptr)
+        return 0.0;
+    make_receiver_hamiltonian(*n, Istat, receiver_offset_hz, Iztot, store);
+    const bool named = output_filename != nullptr && *output_filename != '\0';
+    const Receiver receiver = {*n, signal_points, acquisition_time_s, Ixtot, Iytot, ket, Ilist};
+    const Outcome outcome =
+        write_signal_file(in, count, named ? output_filename : KOR_SIGNAL_FILE, receiver, densmat);
+    std::fclose(in);
+    return outcome == Outcome::failed ? 0.0 : acquisition_time_s;
+}
+
+} // namespace kor
