@@ -1,17 +1,27 @@
 // Floor 2.3 - materials: pulse waveform files (headerless planar blocks of doubles)
+//
+// Little-endian doubles, one array behind the other, N values each: xb, yb (2D layout, 16 N bytes) or
+// xb, yb, gx, gy, gz (spatial layout, 40 N bytes). xb and yb in rad/s, gradients in rad/s per cm, all
+// indexed from 0. The file does not record N; what follows the blocks is not looked at.
 #pragma once
 
 namespace kor {
 
-/// Spatial layout: blocks xb, yb, gx, gy, gz of *ap doubles each.
+/// Writes the spatial layout, *ap values per block (none when *ap is below 1), replacing the file. An
+/// open failure prints perror(name); a short write prints " >>> WRITE TO BINARY FILE ERROR (xb) <<< "
+/// (or yb, gx, gy, gz) and writing goes on.
 void BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
                  const double* gz, const char* name);
-/// 2D layout: blocks xb, yb of ap doubles each.
+/// The same for the 2D layout, ap values per block.
 void BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name);
-/// Reads the 2D layout; 1, or 0 (ap_local outside 1..8192, short read, open failure with perror).
+
+/// Reads the 2D layout. 1; 0 for a missing pointer, an empty name, ap_local outside 1..8192, a short
+/// read, or an open failure (with perror(path)).
 int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by);
-/// Reads `blocks` blocks of N doubles one after another into arrays[0..blocks-1].
-/// 1, or 0 for a missing or empty name, a short read or an open failure (perror(name)).
+
+/// Reads `blocks` blocks of N doubles, one after another, into arrays[0..blocks-1] (each of at least N).
+/// 1; 0 for a missing or empty name, N outside 0..8192, a short read, or an open failure (with
+/// perror(name)). After a 0 the arrays may hold part of the file.
 int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays);
 
 } // namespace kor

@@ -1,0 +1,76 @@
+#include "rfwaveformfile.h"
+
+#include "korlimits.h"
+#include "korplatform.h"
+
+#include <cstddef>
+#include <cstdio>
+
+namespace kor {
+
+namespace {
+
+struct Block {
+    const double* values;
+    const char* label;
+};
+
+void write_blocks(const char* name, int count, const Block* blocks, int block_count) {
+    std::FILE* file = platform_open(name, "wb");
+    if (!file) {
+        std::perror(name);
+        return;
+    }
+    // Unbuffered: each block is one write, and a failure belongs to the block that met it.
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    const std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
+    for (int b = 0; b < block_count; ++b) {
+        if (std::fwrite(blocks[b].values, sizeof(double), wanted, file) != wanted) {
+            std::printf(" >>> WRITE TO BINARY FILE ERROR (%s) <<< \n", blocks[b].label);
+        }
+    }
+    if (std::fclose(file) != 0) {
+        std::perror(name);
+    }
+}
+
+} // namespace
+
+void BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
+                 const double* gz, const char* name) {
+    const Block blocks[] = {{xb, "xb"}, {yb, "yb"}, {gx, "gx"}, {gy, "gy"}, {gz, "gz"}};
+    write_blocks(name, *ap, blocks, 5);
+}
+
+void BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name) {
+    const Block blocks[] = {{xb, "xb"}, {yb, "yb"}};
+    write_blocks(name, ap, blocks, 2);
+}
+
+int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by) {
+    if (!bx || !by || ap_local < 1) {
+        return 0;
+    }
+    double* const arrays[] = {bx, by};
+    return read_waveform_blocks(path, ap_local, 2, arrays);
+}
+
+int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays) {
+    if (!name || !*name || N < 0 || N > KOR_MAX_RF_POINTS) {
+        return 0;
+    }
+    std::FILE* file = platform_open(name, "rb");
+    if (!file) {
+        std::perror(name);
+        return 0;
+    }
+    const std::size_t wanted = static_cast<std::size_t>(N);
+    int complete = 1;
+    for (int b = 0; b < blocks && complete; ++b) {
+        complete = std::fread(arrays[b], sizeof(double), wanted, file) == wanted ? 1 : 0;
+    }
+    std::fclose(file);
+    return complete;
+}
+
+} // namespace kor
