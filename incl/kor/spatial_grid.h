@@ -1,10 +1,18 @@
 // Floor 3.5 - simulator: grid rules, voxel numbers and coordinates
+//
+// A regular Cartesian grid of voxels in the runtime state: ndx, ndy, ndz points (1..256, 1 on an axis
+// that is not used), first point x0, y0, z0 and step dx, dy, dz in cm. Voxels are numbered z fastest,
+// then y, then x.
 #pragma once
 
 namespace kor {
 
+/// Field of view (points - 1) step in the unit of `step`; 0 for fewer than 2 points.
 double grid_fov_from_step(int points, double step);
+/// Clamps the point counts, then stores first point and step of each axis, cm.
 void apply_global_spatial_grid(double x0, double dx, double y0, double dy, double z0, double dz);
+/// Moves ndx, ndy, ndz into 1..256. Aborts with a message on standard error when their product then
+/// lies outside 1..16777216.
 void clamp_spatial_grid();
 /// iz + ndz ((iy - 1) + ndy (ix - 1)), all from 1.
 long long voxel_number(int ix, int iy, int iz, int ndy, int ndz);
