@@ -1,0 +1,226 @@
+#include "kor/density_file.h"
+
+#include "binaryfilehandling.h"
+#include "consoleutil.h"
+#include "korplatform.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+
+namespace kor {
+
+namespace {
+
+constexpr const char* kStates = "dm.bin";
+constexpr const char* kNewStates = "store";
+constexpr int kDensityType = 0;
+constexpr std::size_t kCopyChunk = 8192;
+
+enum class Wait { no, yes };
+
+bool fail(const DensityReport& report, const char* what, Wait wait) {
+    std::printf("%s: %s\n", report.prefix, what);
+    if (report.waits && wait == Wait::yes) {
+        console_wait_for_enter();
+    }
+    return false;
+}
+
+bool fail_for_system_reason(const char* context) {
+    std::perror(context);
+    return false;
+}
+
+std::FILE* open_or_explain(const char* name, const char* mode) {
+    std::FILE* file = platform_open(name, mode);
+    if (!file) {
+        std::perror(name);
+    }
+    return file;
+}
+
+bool write_copies(std::FILE* file, int n, int count, const CMatrix& matrix) {
+    for (int k = 1; k <= count; ++k) {
+        if (!write_cmatrix(file, n, matrix)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// A buffered write may fail as late as in fclose.
+bool close_written(std::FILE* file) {
+    const bool sound = !std::ferror(file);
+    return std::fclose(file) == 0 && sound;
+}
+
+bool header_is_written(std::FILE* file, int n, int count) {
+    return WriteBinFileHeader_status(file, kDensityType, n, count) == BINFH_OK;
+}
+
+bool check_header(const DensityReport& report, std::FILE* file, int n, int count) {
+    int type, found_n, found_count;
+    if (ReadBinFileHeader_status(file, &type, &found_n, &found_count) != BINFH_OK) {
+        return fail(report, "failed to read dm.bin header", Wait::no);
+    }
+    if (type == kDensityType && found_n == n && found_count == count) {
+        return true;
+    }
+    char text[160];
+    std::snprintf(text, sizeof text, "dm.bin dimensions mismatch (type=%d n=%d ndw=%d), expected (0 %d %d)",
+                  type, found_n, found_count, n, count);
+    return fail(report, text, Wait::yes);
+}
+
+/// Whether "dm.bin" holds at least one n x n matrix but not `count` of them; it is then left open behind
+/// its header.
+bool open_for_resizing(int n, int count, std::FILE** file) {
+    *file = platform_open(kStates, "rb");
+    if (!*file) {
+        return false;
+    }
+    int type, found_n, found_count;
+    const bool resize = ReadBinFileHeader_status(*file, &type, &found_n, &found_count) == BINFH_OK &&
+                        type == kDensityType && found_n == n && found_count >= 1 && found_count != count;
+    if (!resize) {
+        std::fclose(*file);
+    }
+    return resize;
+}
+
+bool copy_chunks(std::FILE* in, std::FILE* out) {
+    static unsigned char chunk[kCopyChunk];
+    std::size_t got;
+    while ((got = std::fread(chunk, 1, kCopyChunk, in)) > 0) {
+        if (std::fwrite(chunk, 1, got, out) != got) {
+            return false;
+        }
+    }
+    return !std::ferror(in);
+}
+
+} // namespace
+
+bool create_density_file(const DensityReport& report, int n, long long count, const CMatrix& matrix) {
+    std::FILE* file = open_or_explain(kStates, "wb");
+    if (!file) {
+        return false;
+    }
+    // A count that the header's 32 bits cannot hold is a header that cannot be written.
+    if (count > INT_MAX || !header_is_written(file, n, static_cast<int>(count))) {
+        std::fclose(file);
+        return fail(report, "failed to write dm.bin header", Wait::yes);
+    }
+    const bool copied = write_copies(file, n, static_cast<int>(count), matrix);
+    if (!close_written(file) || !copied) {
+        return fail(report, "write error while initializing dm.bin", Wait::yes);
+    }
+    return true;
+}
+
+bool resize_density_file(const DensityReport& report, int n, int count, CMatrix& matrix) {
+    std::FILE* in;
+    if (!open_for_resizing(n, count, &in)) {
+        return true;
+    }
+    const bool first_read = read_cmatrix(in, n, matrix);
+    std::fclose(in);
+    if (!first_read) {
+        return fail(report, "read error from dm.bin", Wait::yes);
+    }
+    std::FILE* out = open_or_explain(kNewStates, "wb");
+    if (!out) {
+        return false;
+    }
+    const bool written = header_is_written(out, n, count) && write_copies(out, n, count, matrix);
+    if (!close_written(out) || !written) {
+        return fail(report, "write error while resizing dm.bin", Wait::yes);
+    }
+    return rename_store();
+}
+
+bool open_density_stream(const DensityReport& report, int n, int count, DensityStream& stream) {
+    stream.in = open_or_explain(kStates, "rb");
+    if (!stream.in) {
+        return false;
+    }
+    if (!check_header(report, stream.in, n, count)) {
+        std::fclose(stream.in);
+        return false;
+    }
+    stream.out = open_or_explain(kNewStates, "wb");
+    if (!stream.out) {
+        std::fclose(stream.in);
+        return false;
+    }
+    if (!header_is_written(stream.out, n, count)) {
+        abandon_density_stream(stream);
+        return fail(report, "failed to write store header", Wait::no);
+    }
+    return true;
+}
+
+bool read_next_density(const DensityReport& report, const DensityStream& stream, int n, CMatrix& matrix) {
+    return read_cmatrix(stream.in, n, matrix) || fail(report, "read error from dm.bin", Wait::yes);
+}
+
+bool write_next_density(const DensityReport& report, const DensityStream& stream, int n,
+                        const CMatrix& matrix) {
+    return write_cmatrix(stream.out, n, matrix) || fail(report, "write error to store", Wait::no);
+}
+
+bool close_density_stream(const DensityReport& report, const DensityStream& stream) {
+    std::fclose(stream.in);
+    return close_written(stream.out) || fail(report, "write error to store", Wait::no);
+}
+
+void abandon_density_stream(const DensityStream& stream) {
+    std::fclose(stream.in);
+    std::fclose(stream.out);
+}
+
+bool rename_store() {
+    // Renaming replaces "dm.bin" in one step: at no moment are the states without a file.
+    const int error = platform_rename(kNewStates, kStates);
+    if (error == 0) {
+        return true;
+    }
+    errno = error;
+    return fail_for_system_reason("rename(store->dm.bin)");
+}
+
+bool copy_store(const DensityReport& report) {
+    const bool copied = copy_density_file(kNewStates, kStates) == 1;
+    platform_remove(kNewStates);
+    return copied || fail(report, "failed to copy store to dm.bin", Wait::no);
+}
+
+int read_density_matrix(std::FILE* in, int n, int fn, CMatrix& mat) {
+    return read_matrix_rows(in, n, fn, mat);
+}
+
+int copy_density_file(const char* src, const char* dst) {
+    if (!src || !dst) {
+        return 0;
+    }
+    std::FILE* in = platform_open(src, "rb");
+    if (!in) {
+        return 0;
+    }
+    if (std::strcmp(src, dst) == 0) {
+        std::fclose(in);
+        return 1;
+    }
+    std::FILE* out = platform_open(dst, "wb");
+    if (!out) {
+        std::fclose(in);
+        return 0;
+    }
+    const bool copied = copy_chunks(in, out);
+    std::fclose(in);
+    return close_written(out) && copied ? 1 : 0;
+}
+
+} // namespace kor
