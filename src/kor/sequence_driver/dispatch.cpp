@@ -1,0 +1,81 @@
+// Readiness of the current model and the choice of its family.
+#include "kor/sequence_driver.h"
+
+#include "kor/runtime_state.h"
+#include "korplatform.h"
+#include "sectors.h"
+
+#include <cstdio>
+#include <initializer_list>
+
+namespace kor {
+
+namespace {
+
+constexpr int kSpatialFamily = 1;
+constexpr int kNmrFamily = 2;
+
+/// What a run needs first, or nullptr.
+const char* what_is_missing() {
+    const RuntimeState& s = g_runtime;
+    if (s.Nspins < 1 || !s.systemset) {
+        return "No spin system is currently prepared.\nImport or define a model first.";
+    }
+    if (s.sequencetype < 1) {
+        return "No sequence family is currently selected.\n"
+               "Choose a sequence family and define at least one sector first.";
+    }
+    if (s.nos < 1 || !s.sectorset) {
+        return "No pulse sequence is currently prepared.\n"
+               "Compose or import a model with at least one sector first.";
+    }
+    return nullptr;
+}
+
+/// An earlier run's files must not be taken for this run's.
+void delete_scratch_files() {
+    for (const char* name : {"dm.bin", "store", "korsign.bin", "spectra.bin"}) {
+        platform_remove(name);
+    }
+}
+
+void run_spatial_family() {
+    const RuntimeState& s = g_runtime;
+    if (s.ndx > 0 && s.ndy > 0 && s.ndz > 0 && s.offsetset) {
+        inform("Running current prepared spatially resolved model...\n");
+        SimulateLoadedPulseSequence();
+        return;
+    }
+    std::puts("The current model is spatially resolved, but the spatial grid\n"
+              "is not fully defined yet.\n"
+              "Define the spatial simulation domain first.");
+}
+
+} // namespace
+
+void RunCurrentPreparedModel() {
+    if (const char* missing = what_is_missing()) {
+        std::puts(missing);
+        return;
+    }
+    delete_scratch_files();
+    if (g_runtime.sequencetype == kSpatialFamily) {
+        run_spatial_family();
+    } else if (g_runtime.sequencetype == kNmrFamily) {
+        inform("Running current prepared 1D / 2D NMR model...\n");
+        SimulateLoaded2DPulseSequence();
+    } else {
+        std::printf("Unknown sequence type (%d).\n", g_runtime.sequencetype);
+        std::puts("Choose a valid sequence family and verify the current model.");
+    }
+}
+
+void KORRunCurrentPreparedModel() {
+    RunCurrentPreparedModel();
+}
+
+void KOR_RunCurrentPreparedModel() {
+    RunCurrentPreparedModel();
+}
+
+} // namespace kor
