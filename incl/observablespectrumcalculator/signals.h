@@ -2,7 +2,7 @@
 //
 // What a quadrature receiver records while a density matrix evolves freely: samples of <Ix> and <Iy>.
 // Matrices are n x n and 1-based, Hamiltonians in rad/s, times in seconds; signal arrays are 0-based.
-// Rooms in src/observablespectrumcalculator/signals/: listings. Nothing here is reentrant.
+// Rooms in src/observablespectrumcalculator/signals/: listings, complex_receiver. Nothing here is reentrant.
 #pragma once
 
 #include "spinoperatorlib.h"
@@ -23,6 +23,15 @@ void build_direct_observable_signal(int n, int ap, double acq_time_s, const CMat
 void build_legacy_separate_spectra_signal(int n, int ap, double acq_time_s, const CMatrix& densmat,
                                           const CMatrix& Hmat, const CMatrix& Ixtot, const CMatrix& Iytot,
                                           double* out_re, double* out_im, int print_diagnostics);
+
+/// The complex receiver signal in closed form, t_k = k acq_time_s / (ap - 1), 0 for one point:
+///   s(t) = sum over m, l of R(m,l) rho(l,m) exp(i (E_l - E_m) t),
+/// R = Ixtot + i Iytot and rho = densmat in the eigenbasis of Hmat, E its eigenvalues; non-finite parts
+/// become 0. Outside the quiet mode the transitions are listed first, one by one and summed by frequency.
+/// n at most KOR_MAX_EIGEN_STATES.
+void build_complex_receiver_signal(int n, int ap, double acq_time_s, const CMatrix& densmat,
+                                   const CMatrix& Hmat, const CMatrix& Ixtot, const CMatrix& Iytot,
+                                   double* out_re, double* out_im);
 
 /// Prints a pair of line lists (amplitude, frequency in Hz) under `title`.
 void print_line_lists(const char* title, const LineList& csp, int Nc, const LineList& ssp, int Ns);

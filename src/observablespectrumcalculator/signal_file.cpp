@@ -1,14 +1,14 @@
 #include "observablespectrumcalculator/signal_file.h"
 
 #include "binaryfilehandling.h"
+#include "double_buffer.h"
 #include "kor/density_file.h"
 #include "kor/smoke_check_mode.h"
 #include "korplatform.h"
 #include "observablespectrumcalculator/signals.h"
 
 #include <cstddef>
-#include <memory>
-#include <new>
+#include <cstdio>
 
 namespace kor {
 
@@ -33,9 +33,8 @@ enum class Outcome { done, input_ended, failed };
 
 /// One signal per matrix of `in`, in order.
 Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& receiver, CMatrix& densmat) {
-    const auto points = static_cast<std::size_t>(receiver.points);
-    const std::unique_ptr<double[]> re(new (std::nothrow) double[points]);
-    const std::unique_ptr<double[]> im(new (std::nothrow) double[points]);
+    const DoubleBuffer re = allocate_doubles(static_cast<std::size_t>(receiver.points));
+    const DoubleBuffer im = allocate_doubles(static_cast<std::size_t>(receiver.points));
     if (!re || !im)
         return Outcome::failed;
     const bool single = count < 2;

@@ -1,0 +1,171 @@
+#include "observablespectrumcalculator/spectrum_2d.h"
+
+#include "binaryfilehandling.h"
+#include "double_buffer.h"
+#include "four3.h"
+#include "korplatform.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+
+namespace kor {
+
+namespace {
+
+constexpr char signal_name[] = "korsign.bin";
+constexpr char spectra_name[] = "spectra.bin";
+constexpr char sorted_name[] = "sort.bin";
+
+struct Header {
+    int type = 0;
+    int num1 = 0;
+    int num2 = 0;
+};
+
+Header read_header(std::FILE* in) {
+    Header header;
+    read_legacy_bin_header(in, &header.type, &header.num1, &header.num2);
+    return header;
+}
+
+std::size_t positive(int count) {
+    return static_cast<std::size_t>(std::max(count, 0));
+}
+
+/// Null, with a message, when there is not enough memory.
+DoubleBuffer allocate_or_report(std::size_t count) {
+    DoubleBuffer doubles = allocate_doubles(count);
+    if (!doubles)
+        std::perror("signal buffer");
+    return doubles;
+}
+
+/// Weighted, first point halved, transformed forward.
+void transform_row(double* row, int points) {
+    row[0] *= 0.5;
+    row[1] *= 0.5;
+    for (int k = 0; k < points; ++k) {
+        const double weight = std::exp(-10.0 * k / points);
+        row[2 * k] *= weight;
+        row[2 * k + 1] *= weight;
+    }
+    four2(row, static_cast<std::size_t>(points), 1);
+}
+
+/// The halves of the row exchanged: zero frequency moves to the middle.
+void swap_row_halves(double* row, int points) {
+    std::rotate(row, row + points, row + 2 * points);
+}
+
+void report_write_error() {
+    std::printf(">>> WRITE TO BINARY FILE ERROR <<<\n");
+}
+
+/// Every row of `in` through `change` into `out`, behind the same header.
+void pass_rows(std::FILE* in, std::FILE* out, void (*change)(double*, int)) {
+    const Header header = read_header(in);
+    if (WriteBinFileHeader_status(out, header.type, header.num1, header.num2) != BINFH_OK) {
+        report_write_error();
+        return;
+    }
+    const std::size_t width = 2 * positive(header.num1);
+    if (width == 0)
+        return;
+    const DoubleBuffer row = allocate_or_report(width);
+    for (int r = 0; row && r < header.num2; ++r) {
+        if (std::fread(row.get(), sizeof(double), width, in) != width) {
+            std::printf(">>> READ BINARY FILE ERROR <<<\n");
+            return;
+        }
+        change(row.get(), header.num1);
+        if (std::fwrite(row.get(), sizeof(double), width, out) != width) {
+            report_write_error();
+            return;
+        }
+    }
+}
+
+/// One pass from file to file. Returns whether both could be opened; `tag` (may be null) names an open
+/// failure.
+bool run_pass(const char* in_name, const char* out_name, void (*change)(double*, int), const char* tag) {
+    std::FILE* const in = platform_open(in_name, "rb");
+    std::FILE* const out = in != nullptr ? platform_open(out_name, "wb") : nullptr;
+    if (out == nullptr) {
+        if (tag != nullptr)
+            std::perror(tag);
+        if (in != nullptr)
+            std::fclose(in);
+        return false;
+    }
+    pass_rows(in, out, change);
+    std::fclose(in);
+    if (std::fclose(out) != 0)
+        report_write_error();
+    return true;
+}
+
+bool write_columns_as_rows(std::FILE* out, const double* data, std::size_t rows, std::size_t cols) {
+    for (std::size_t c = 0; c < cols; ++c)
+        for (std::size_t r = 0; r < rows; ++r)
+            if (std::fwrite(data + 2 * (r * cols + c), sizeof(double), 2, out) != 2)
+                return false;
+    return true;
+}
+
+void transpose_open_files(std::FILE* in, std::FILE* out) {
+    const Header header = read_header(in);
+    const std::size_t cols = positive(header.num1);
+    const std::size_t rows = positive(header.num2);
+    const std::size_t count = 2 * rows * cols;
+    const DoubleBuffer data = allocate_or_report(count);
+    if (!data)
+        return;
+    if (std::fread(data.get(), sizeof(double), count, in) != count) {
+        std::printf(">>> READ BINARY FILE ERROR (transpose) <<<\n");
+        return;
+    }
+    if (WriteBinFileHeader_status(out, header.type, header.num2, header.num1) != BINFH_OK ||
+        !write_columns_as_rows(out, data.get(), rows, cols))
+        report_write_error();
+}
+
+} // namespace
+
+void DispTransvSign() {
+    run_pass(signal_name, spectra_name, transform_row, "fopen");
+}
+
+void TransposeDataMatrix(const char* in_mat_name, const char* out_mat_name) {
+    std::FILE* const in = platform_open(in_mat_name, "rb");
+    if (in == nullptr) {
+        std::perror("fopen(in)");
+        return;
+    }
+    std::FILE* const out = platform_open(out_mat_name, "wb");
+    if (out == nullptr) {
+        std::perror("fopen(out)");
+        std::fclose(in);
+        return;
+    }
+    transpose_open_files(in, out);
+    std::fclose(in);
+    if (std::fclose(out) != 0)
+        report_write_error();
+}
+
+void Calc2Dfft() {
+    if (!run_pass(signal_name, spectra_name, transform_row, "fopen"))
+        return;
+    if (!run_pass(spectra_name, sorted_name, swap_row_halves, nullptr))
+        return;
+    TransposeDataMatrix(sorted_name, spectra_name);
+    if (!run_pass(spectra_name, sorted_name, transform_row, nullptr))
+        return;
+    if (!run_pass(sorted_name, spectra_name, swap_row_halves, nullptr))
+        return;
+    TransposeDataMatrix(spectra_name, sorted_name);
+}
+
+} // namespace kor
