@@ -41,6 +41,12 @@ void trim_operator_token(char* text);
 bool all_spins_are_half(int Nspins, const SpinIList& Ilist);
 /// out = 1 on the diagonal, not scaled.
 void make_identity_operator(int n, CMatrix& out);
+/// out = factor * (I+, I-, Ix, Iy or Iz of `spin`, for type 1, 2, 3, 4 or any other), any spin quantum
+/// numbers, not scaled to unit norm.
+void create_single_spin_operator(int n, const SpinIList& Ilist, const SpinKet& ket, int spin, int type,
+                                 double factor, CMatrix& out);
+/// op1 = op1 . op2, scaled to unit Frobenius norm.
+void multiply_and_normalise(int n, CMatrix& op1, const CMatrix& op2);
 /// g_runtime.Istat = the operator of the expression. Returns 1 and names the expression; 0 when it fails
 /// as above, or with a message when no spin system is prepared.
 int KORDefineCurrentExpectationOperatorExpression(const char* expression);

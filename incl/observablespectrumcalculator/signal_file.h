@@ -28,6 +28,16 @@ double SeparateSpectra_GenerateSignalWithParams(const int* n, int signal_points,
                                                 const CMatrix& Iytot, const CMatrix& Iztot,
                                                 const SpinKet& ket, const SpinIList& Ilist);
 
+/// The sum of the `count` matrices that follow in `in`, not divided by their number. 1, or 0 with a
+/// message when the file ends early.
+int sum_density_matrices(std::FILE* in, int n, int count, CMatrix& sum);
+/// One signal of the density matrix by its line lists under `hamiltonian` (the sign of
+/// make_receiver_hamiltonian) into "korsign.bin": samples at k acquisition_time_s / (points - 1), real part
+/// from Ixtot, imaginary part from Iytot. n at most KOR_MAX_EIGEN_STATES, points at least 1. 1, or 0 with a
+/// message when memory runs out or the file cannot be written.
+int write_line_list_signal_file(int n, int points, double acquisition_time_s, const CMatrix& densmat,
+                                const CMatrix& hamiltonian, const CMatrix& Ixtot, const CMatrix& Iytot);
+
 /// hamiltonian = -(Istat + 2 pi receiver_offset_hz Iztot), rad/s: the sign that sampling with
 /// build_direct_observable_signal and line lists with DoSpectrum expect.
 void make_receiver_hamiltonian(int n, const CMatrix& Istat, double receiver_offset_hz, const CMatrix& Iztot,

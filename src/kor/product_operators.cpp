@@ -208,6 +208,20 @@ void make_identity_operator(int n, CMatrix& out) {
     CMatIdentity(n, out);
 }
 
+void create_single_spin_operator(int n, const SpinIList& Ilist, const SpinKet& ket, int spin, int type,
+                                 double factor, CMatrix& out) {
+    using Builder = void (*)(const SpinIList&, const SpinKet&, int, int, CMatrix&);
+    constexpr Builder builders[] = {MakeMatrixIplus, MakeMatrixImin, MakeMatrixIx, MakeMatrixIy};
+    const Builder build = type >= 1 && type <= 4 ? builders[type - 1] : MakeMatrixIz;
+    build(Ilist, ket, n, spin, out);
+    RMultCMat(n, factor, out, out);
+}
+
+void multiply_and_normalise(int n, CMatrix& op1, const CMatrix& op2) {
+    CMatMult(n, op1, op2, op1);
+    NormCMatrix(n, op1);
+}
+
 int KORDefineCurrentExpectationOperatorExpression(const char* expression) {
     RuntimeState& rt = g_runtime;
     if (!rt.spinsystemdefined || rt.Nspins <= 0) {

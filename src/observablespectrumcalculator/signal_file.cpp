@@ -15,6 +15,7 @@ namespace kor {
 namespace {
 
 constexpr int signal_file_type = 1;
+constexpr char read_error[] = ">>> READ BINARY FILE ERROR (dm.bin) <<<";
 
 CMatrix store; // Hamiltonian of the free evolution, with its sign
 
@@ -40,7 +41,7 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
     const bool single = count < 2;
     for (int m = 1; m <= count; ++m) {
         if (!read_density_matrix(in, receiver.n, receiver.n, densmat)) {
-            std::printf(">>> READ BINARY FILE ERROR (dm.bin) <<<\n");
+            std::puts(read_error);
             return Outcome::input_ended;
         }
         if (single && !KOR_GetSmokeCheckMode())
@@ -54,6 +55,15 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
     return Outcome::done;
 }
 
+/// Closes a written file; false, with a message naming it, when anything did not reach the disk.
+bool close_written(std::FILE* out, const char* name) {
+    const bool incomplete = std::ferror(out) != 0;
+    if (std::fclose(out) == 0 && !incomplete)
+        return true;
+    std::perror(name);
+    return false;
+}
+
 /// Header and signals into the named file; a message where they cannot be written.
 Outcome write_signal_file(std::FILE* in, int count, const char* name, const Receiver& receiver,
                           CMatrix& densmat) {
@@ -65,12 +75,17 @@ Outcome write_signal_file(std::FILE* in, int count, const char* name, const Rece
     Outcome outcome = Outcome::failed;
     if (WriteBinFileHeader_status(out, signal_file_type, receiver.points, count) == BINFH_OK)
         outcome = write_signals(in, out, count, receiver, densmat);
-    const bool incomplete = std::ferror(out) != 0;
-    if (std::fclose(out) != 0 || incomplete) {
-        std::perror(name);
-        outcome = Outcome::failed;
-    }
-    return outcome;
+    return close_written(out, name) ? outcome : Outcome::failed;
+}
+
+/// Samples of one channel from the line list of its observable.
+void sample_channel(int n, int points, double acquisition_time_s, const CMatrix& densmat,
+                    const CMatrix& hamiltonian, const CMatrix& observable, double* out) {
+    static LineList csp, ssp;
+    int Nc = 0;
+    int Ns = 0;
+    DoSpectrum(n, densmat, hamiltonian, observable, csp, ssp, &Nc, &Ns);
+    build_scalar_signal_from_spectrum(points, acquisition_time_s, csp, Nc, ssp, Ns, out);
 }
 
 } // namespace
@@ -104,6 +119,39 @@ int write_signal_samples(std::FILE* out, int points, const double* re, const dou
             return 0;
     }
     return 1;
+}
+
+int sum_density_matrices(std::FILE* in, int n, int count, CMatrix& sum) {
+    static CMatrix tmp;
+    CMatZero(n, sum);
+    for (int m = 1; m <= count; ++m) {
+        if (!read_density_matrix(in, n, n, tmp)) {
+            std::puts(read_error);
+            return 0;
+        }
+        CMatAdd(n, sum, tmp, sum);
+    }
+    return 1;
+}
+
+int write_line_list_signal_file(int n, int points, double acquisition_time_s, const CMatrix& densmat,
+                                const CMatrix& hamiltonian, const CMatrix& Ixtot, const CMatrix& Iytot) {
+    const DoubleBuffer re = allocate_doubles(static_cast<std::size_t>(points));
+    const DoubleBuffer im = allocate_doubles(static_cast<std::size_t>(points));
+    if (!re || !im) {
+        std::perror("signal buffer");
+        return 0;
+    }
+    sample_channel(n, points, acquisition_time_s, densmat, hamiltonian, Ixtot, re.get());
+    sample_channel(n, points, acquisition_time_s, densmat, hamiltonian, Iytot, im.get());
+    std::FILE* const out = platform_open(KOR_SIGNAL_FILE, "wb");
+    if (out == nullptr) {
+        std::perror("fopen(korsign.bin)");
+        return 0;
+    }
+    const bool written = WriteBinFileHeader_status(out, signal_file_type, points, 1) == BINFH_OK &&
+                         write_signal_samples(out, points, re.get(), im.get());
+    return close_written(out, KOR_SIGNAL_FILE) && written;
 }
 
 double SeparateSpectra_GenerateSignalWithParams(const int* n, int signal_points, double acquisition_time_s,
