@@ -5,6 +5,16 @@
 
 namespace kor {
 
+/// Writes the set whose model file is `filename`. With NAME the model_name, else the file's leaf name
+/// without extension, else "model", and ROOT the folder above the model file's folder:
+///     ROOT/spin-systems/NAME.korspin
+///     ROOT/sequences/NAME/NAME.korseq
+///     filename
+/// in this order; the folders below ROOT are made when missing. The model file names its parts as
+/// ../spin-systems/NAME.korspin and ../sequences/NAME/NAME.korseq. Reals have 15 significant digits; sector
+/// and result paths are made portable (kormodel/paths.h).
+/// KOR_MODEL_ERR_NULLPTR for a null argument and the status of KORModel_ValidateAll before anything is
+/// written; _IO when a path, a folder or a file fails, with the files before it left in place.
 KORModelStatus KORModel_SaveText(const char* filename, const KORSpinSystemDef* spin,
                                  const KORPulseSequenceDef* seq, const KORRunConfig* cfg, char* errbuf,
                                  std::size_t errbufsz);
