@@ -5,6 +5,10 @@
 // standard output. Paths are opened as given, relative ones from the working directory.
 #pragma once
 
+#include "matrixmathlib.h"
+
+#include <cstdio>
+
 namespace kor {
 
 /// Expectation value of a product-operator expression in every voxel, as a text file: the line
@@ -19,5 +23,13 @@ int KORWriteExpectationProfile(const char* density_path, const char* operator_ex
 /// Uses "dm.bin" of the working directory for the one matrix and deletes it; Istat becomes
 /// Izee + Icoup. Returns 1, or 0 with a message.
 int KORWriteVoxelSignal(const char* density_path, int point_index, const char* output_path);
+
+/// text: the line "# index    expectation_re    expectation_im" and a line per matrix with its number (from
+/// 1), real and imaginary part; real_parts: one 64-bit double per matrix.
+enum class ExpectationSeriesFormat { text, real_parts };
+/// Expectation values of op (n x n) in the next `count` matrices of `density`, 1 <= n <= 256, to `out`. The
+/// caller closes both files. Returns 1, or 0 with a message for a short read or a failed write.
+int write_expectation_series(std::FILE* density, int n, int count, const CMatrix& op, std::FILE* out,
+                             ExpectationSeriesFormat format);
 
 } // namespace kor

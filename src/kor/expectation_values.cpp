@@ -172,7 +172,43 @@ double generate_signal(const Receiver& receiver, const char* output_path, CMatri
     return acquisition_time_s;
 }
 
+// ---- series of values
+
+bool write_series_value(std::FILE* out, int dw, const Complex2& value, ExpectationSeriesFormat format) {
+    if (format == ExpectationSeriesFormat::text)
+        return std::fprintf(out, "%5d   %.18g   %.18g\n", dw, value[1], value[2]) > 0;
+    return std::fwrite(&value.part[1], sizeof value.part[1], 1, out) == 1;
+}
+
+// Prints the message and returns false when a row is missing.
+bool read_series_matrix(std::FILE* density, int n, int dw, CMatrix& rho) {
+    for (int row = 1; row <= n; ++row)
+        if (!read_cmatrix_row(density, n, rho, row)) {
+            std::fprintf(stderr, ">>> READ BINARY FILE ERROR <<< (dw=%d row=%d)\n", dw, row);
+            return false;
+        }
+    return true;
+}
+
 } // namespace
+
+int write_expectation_series(std::FILE* density, int n, int count, const CMatrix& op, std::FILE* out,
+                             ExpectationSeriesFormat format) {
+    static CMatrix rho;
+    if (format == ExpectationSeriesFormat::text)
+        std::fputs("# index    expectation_re    expectation_im\n", out);
+    for (int dw = 1; dw <= count; ++dw) {
+        if (!read_series_matrix(density, n, dw, rho))
+            return 0;
+        Complex2 value;
+        ExpectationValue(n, op, rho, value);
+        if (!write_series_value(out, dw, value, format)) {
+            std::fprintf(stderr, ">>> WRITE BINARY FILE ERROR <<< (dw=%d)\n", dw);
+            return 0;
+        }
+    }
+    return 1;
+}
 
 int KORWriteExpectationProfile(const char* density_path, const char* operator_expression,
                                const char* output_path) {
