@@ -1,7 +1,10 @@
 // Floor 3.1 - simulator: the one model that the process works on
 //
-// A single statically allocated record. Arrays are indexed from 1 (element 0 unused) except the
-// waveforms, which are indexed from 0.
+// A single statically allocated record (about 14 MB), all zero when the process starts. Operations exchange
+// data through it: activation and the composer write the definition, spin_system derives operators and
+// basis from it, the drivers and the propagation update the rest. Arrays are indexed from 1 (element 0
+// unused) except the waveforms and the optimiser's vectors, which are indexed from 0. Single-threaded; take
+// parts of it by reference, a copy of one CMatrix is 1.6 MB.
 #pragma once
 
 #include "korlimits.h"
@@ -41,8 +44,13 @@ struct RuntimeState {
     double dx, dy, dz; // step, cm
 
     // readiness and mode flags, 0 = no
-    int spinsystemdefined, systemset, sectorset, offsetset, rfpulsedefined, offsetsdefined;
-    int rotframe, batch, meanchoice;
+    int spinsystemdefined;           // a spin system is defined and its operators exist
+    int systemset;                   // the spin definition is complete; required for a run
+    int sectorset;                   // the sector list is complete; required for a run
+    int offsetset;                   // the grid is complete; required for a spatially resolved run
+    int rfpulsedefined;              // an RF pulse has been defined
+    int offsetsdefined;              // spatial offsets have been defined
+    int rotframe, batch, meanchoice; // choices that nothing but init writes
 
     // propagation of the current sector: written by the drivers, read by the propagation
     int ap;                                    // samples
@@ -84,7 +92,10 @@ struct RuntimeState {
 
 extern RuntimeState g_runtime;
 
-/// Start-up defaults; zeroes the eight operators over the current n when n > 0.
+/// Start-up defaults: the flags of spins, pulse and offsets, rotframe, batch, meanchoice and calc 0; the
+/// working grid x0_s .. dz_s and gs 0; one voxel (ndx, ndy, ndz, ndw 1); pulseflag 2; the complex constants.
+/// Zeroes the eight operators over the current n when n > 0. Nothing else is touched: in particular the
+/// definition of spins and sectors and the flags systemset, sectorset and offsetset stay.
 void init();
 
 } // namespace kor

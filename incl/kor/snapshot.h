@@ -1,10 +1,15 @@
 // Floor 3.4 - simulator: copy of the definition part of the state
+//
+// Lets the reference checks put a small system of their own into the state and give the old one back.
+// Operators, density matrix and waveforms are not kept: restoring rebuilds what the definition determines.
 #pragma once
 
 #include "kor/runtime_state.h"
 
 namespace kor {
 
+/// Fields as in RuntimeState. Only spins 1..6 and couplings 1..20 (those of a system of at most 6 spins) are
+/// kept; the elements above stay zero.
 struct KORLegacySnapshot {
     int Nspins, n, Jexact, Jcount, sequencetype, nos, ndx, ndy, ndz, systemset, offsetset, sectorset,
         spinsystemdefined, rfpulsedefined, offsetsdefined, calc, pulseflag, ap, ndw;
@@ -20,7 +25,11 @@ struct KORLegacySnapshot {
     char remarks[KOR_MAX_SECTORS + 1][KOR_REMARK_SIZE];
 };
 
+/// Zeroes *snapshot and copies the definition of g_runtime into it. Null is ignored.
 void CaptureLegacySnapshot(KORLegacySnapshot* snapshot);
+/// Copies *snapshot back into g_runtime, the spin quantum numbers also into Ilist; spins 7 and 8 and
+/// couplings 21..28 of g_runtime stay as they are. Rebuilds the operators when there are spins and systemset
+/// is set, otherwise they stay as they are. Null is ignored.
 void RestoreLegacySnapshot(const KORLegacySnapshot* snapshot);
 
 } // namespace kor
