@@ -1,0 +1,127 @@
+#include "four3.h"
+
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace kor {
+
+four3_status four3_last_status = FOUR3_OK;
+
+namespace {
+
+constexpr double kTwoPi = 6.283185307179586;
+
+void bit_reverse(double* data, std::size_t nn) {
+    std::size_t j = 0;
+    for (std::size_t i = 0; i < nn; ++i) {
+        if (i < j) {
+            std::swap(data[2 * i], data[2 * j]);
+            std::swap(data[2 * i + 1], data[2 * j + 1]);
+        }
+        std::size_t m = nn / 2;
+        while (m != 0 && j >= m) {
+            j -= m;
+            m /= 2;
+        }
+        j += m;
+    }
+}
+
+/// x_i and x_j become x_i + w x_j and x_i - w x_j.
+void butterfly(double* xi, double* xj, double wr, double wi) {
+    const double tr = wr * xj[0] - wi * xj[1];
+    const double ti = wr * xj[1] + wi * xj[0];
+    xj[0] = xi[0] - tr;
+    xj[1] = xi[1] - ti;
+    xi[0] += tr;
+    xi[1] += ti;
+}
+
+/// The butterflies of half-span h, the twiddle factors by the sine recurrence.
+void combine_stage(double* data, std::size_t nn, std::size_t h, bool inverse) {
+    const std::size_t span = 2 * h;
+    const double forward_angle = kTwoPi / static_cast<double>(span);
+    const double theta = inverse ? -forward_angle : forward_angle;
+    const double half_sine = std::sin(theta / 2.0);
+    const double wpr = -2.0 * half_sine * half_sine;
+    const double wpi = std::sin(theta);
+    double wr = 1.0;
+    double wi = 0.0;
+    for (std::size_t k = 0; k < h; ++k) {
+        for (std::size_t i = k; i < nn; i += span) {
+            butterfly(data + 2 * i, data + 2 * (i + h), wr, wi);
+        }
+        const double old_wr = wr;
+        wr = wr + wr * wpr - wi * wpi;
+        wi = wi + old_wr * wpi + wi * wpr;
+    }
+}
+
+} // namespace
+
+bool is_power_of_two(std::size_t n) {
+    return n != 0 && (n & (n - 1)) == 0;
+}
+
+four3_status four2_status(double* data, std::size_t nn, bool inverse) {
+    if (!data) {
+        return FOUR3_ERR_NULLPTR;
+    }
+    if (!is_power_of_two(nn)) {
+        return FOUR3_ERR_BADLEN;
+    }
+    bit_reverse(data, nn);
+    for (std::size_t h = 1; h < nn; h *= 2) {
+        combine_stage(data, nn, h, inverse);
+    }
+    if (inverse) {
+        const double scale = 1.0 / static_cast<double>(nn);
+        for (std::size_t k = 0; k < 2 * nn; ++k) {
+            data[k] *= scale;
+        }
+    }
+    return FOUR3_OK;
+}
+
+four3_status fft_status(std::size_t ap, double* real, double* imag, bool inverse) {
+    if (!real || !imag) {
+        return FOUR3_ERR_NULLPTR;
+    }
+    if (ap < 2 || !is_power_of_two(ap) || ap > SIZE_MAX / (2 * sizeof(double))) {
+        return FOUR3_ERR_BADLEN;
+    }
+    const std::unique_ptr<double[]> work(new (std::nothrow) double[2 * ap]);
+    if (!work) {
+        return FOUR3_ERR_BADLEN;
+    }
+    // Adding half the length modulo the length swaps the halves, on the way in and on the way out.
+    const std::size_t half = ap / 2;
+    for (std::size_t k = 0; k < ap; ++k) {
+        const std::size_t swapped = (k + half) % ap;
+        work[2 * k] = real[swapped];
+        work[2 * k + 1] = imag[swapped];
+    }
+    const four3_status status = four2_status(work.get(), ap, inverse);
+    if (status != FOUR3_OK) {
+        return status;
+    }
+    for (std::size_t k = 0; k < ap; ++k) {
+        const std::size_t swapped = (k + half) % ap;
+        real[k] = work[2 * swapped];
+        imag[k] = work[2 * swapped + 1];
+    }
+    return FOUR3_OK;
+}
+
+void four2(double* data, std::size_t nn, int isign) {
+    four3_last_status = four2_status(data, nn, isign < 0);
+}
+
+void fft(std::size_t ap, double* real, double* imag, int boole1) {
+    four3_last_status = fft_status(ap, real, imag, boole1 != 0);
+}
+
+} // namespace kor
