@@ -1,0 +1,18 @@
+// The engines behind the seam: each offers the operations of korengine.h as one record.
+#pragma once
+
+#include "korengine.h"
+
+namespace kor {
+
+struct EngineOperations {
+    void (*open_sector)(const EngineSector& sector);
+    void (*sector_propagator)(int ix, int iy, int iz, CMatrix& r);
+    void (*rotate)(int n, const CMatrix& r, CMatrix& rho);
+    void (*sample_free_evolution)(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
+                                  const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im);
+};
+
+extern const EngineOperations kReferenceEngine;
+
+} // namespace kor

@@ -1,0 +1,48 @@
+#include "engines.h"
+
+#include <cstdlib>
+
+namespace kor {
+
+namespace {
+
+Engine g_selected = Engine::reference;
+const EngineOperations* g_operations = &kReferenceEngine;
+
+const EngineOperations* operations_of(Engine engine) {
+    switch (engine) {
+    case Engine::reference:
+        return &kReferenceEngine;
+    }
+    std::abort(); // not one of the enumerators
+}
+
+} // namespace
+
+void EngineSelect(Engine engine) {
+    g_operations = operations_of(engine);
+    g_selected = engine;
+}
+
+Engine EngineSelected() {
+    return g_selected;
+}
+
+void EngineOpenSector(const EngineSector& sector) {
+    g_operations->open_sector(sector);
+}
+
+void EngineSectorPropagator(int ix, int iy, int iz, CMatrix& r) {
+    g_operations->sector_propagator(ix, iy, iz, r);
+}
+
+void EngineRotate(int n, const CMatrix& r, CMatrix& rho) {
+    g_operations->rotate(n, r, rho);
+}
+
+void EngineSampleFreeEvolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
+                               const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im) {
+    g_operations->sample_free_evolution(n, H, dt, points, rho, Ix, Iy, out_re, out_im);
+}
+
+} // namespace kor
