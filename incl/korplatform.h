@@ -2,6 +2,9 @@
 //
 // The only module that knows the system. One source file per system (src/korplatform/), one
 // contract test. Paths go in as they were typed or stored: `\` and `/` both separate folders.
+//
+// Text results are written only as a whole: a function that returns 0 leaves the empty text (when cap > 0).
+// A path too long for the system counts as the error ENAMETOOLONG.
 #pragma once
 
 #include <cstddef>
@@ -13,20 +16,21 @@ namespace kor {
 char platform_separator();
 
 /// A path with the system's separators: on Linux every `\` becomes `/`; unchanged on Windows.
-/// Returns 1, or 0 when it does not fit `cap` (out then holds the empty text).
+/// Returns 1, or 0 when it does not fit `cap` (out then holds the empty text). out may be path itself.
 int platform_native_path(const char* path, char* out, std::size_t cap);
 
-/// Full file name of the running executable. Returns 1, or 0 when it is unknown or longer than
-/// 259 characters.
+/// Full file name of the running executable. Returns 1, or 0 when it is unknown, longer than
+/// 259 characters, or not expressible because a Linux folder on the way has a `\` in its name.
 int platform_executable_file(char* out, std::size_t cap);
 
 /// Whether the path is absolute: a drive letter with ':' and a separator, or two leading
 /// separators of the same kind; on Linux also one leading '/'.
 bool platform_path_is_absolute(const char* path);
 
-/// fopen with the native path. nullptr and errno on failure.
+/// fopen with the native path. nullptr and errno on failure; a folder is a failure too.
 std::FILE* platform_open(const char* path, const char* mode);
-/// Delete, rename (replacing an existing target) and make one folder: 0, or the errno value.
+/// Delete one file, rename one (replacing an existing target), make one folder: 0, or the errno value,
+/// which is in errno as well.
 int platform_remove(const char* path);
 int platform_rename(const char* from, const char* to);
 int platform_make_dir(const char* path);
@@ -35,18 +39,21 @@ int platform_change_dir(const char* path);
 int platform_current_dir(char* out, std::size_t cap);
 unsigned long platform_process_id();
 
-/// Looks for an existing file or folder again ignoring the case of letters, component by component,
-/// where the path as spelt does not exist. Returns 1 with the found spelling (the path itself when it
-/// exists as spelt), 0 when nothing matches. Windows file systems ignore case: the path itself.
+/// Looks for an existing file or folder again ignoring the case of letters (ASCII), component by
+/// component, where the path as spelt does not exist; of several matches the first by name.
+/// Returns 1 with the found spelling (the path itself when it exists as spelt), 0 when nothing matches.
+/// Windows file systems ignore case: the path itself, when it exists.
 int platform_find_ignoring_case(const char* path, char* out, std::size_t cap);
 
 /// Calls `visit(name, context)` for the regular files of a folder whose names end in `extension`
-/// (".kormodel", matched as the system matches wildcards), until visit returns 0.
-/// Order: Linux by name ignoring case; Windows as the system lists them. Returns the number visited.
+/// (".kormodel", ignoring the case of letters), until visit returns 0. Folders and special files are
+/// skipped. Order: Linux by name ignoring case; Windows as the system lists them.
+/// Returns the number visited; 0 for a missing or empty folder name.
 int platform_list_files(const char* dir, const char* extension, int (*visit)(const char* name, void* context),
                         void* context);
 
-/// Process start: binary-safe standard streams are left alone; nothing on Linux.
+/// Process start: on Windows a drive that is not ready is reported as an error and not by a dialog box that
+/// would hold up a script; nothing on Linux. The standard streams are left alone.
 void platform_start();
 /// UTF-8 text on the console (code page 65001 on Windows; nothing on Linux).
 void platform_use_utf8_console();
@@ -55,9 +62,5 @@ void platform_use_utf8_console();
 void platform_clear_console();
 /// Whether standard input is a terminal (a person may go on after an end of input).
 bool platform_input_is_terminal();
-
-/// Opens a plot script in gnuplot, in the background, without this program's standard input. Returns 0 when
-/// it was started, ENOENT when gnuplot is not on the search path, else the error value.
-int platform_open_plot(const char* script_name);
 
 } // namespace kor

@@ -1,0 +1,215 @@
+#include "korplatform.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <dirent.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kor {
+namespace {
+
+constexpr std::size_t LONGEST_EXECUTABLE_NAME = 259;
+
+int copy_text(const std::string& text, char* out, std::size_t cap) {
+    if (!out || cap == 0)
+        return 0;
+    if (text.size() >= cap) {
+        out[0] = '\0';
+        return 0;
+    }
+    std::memcpy(out, text.c_str(), text.size() + 1);
+    return 1;
+}
+
+std::string native(const char* path) {
+    std::string text = path ? path : "";
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
+bool is_folder(const std::string& path) {
+    struct stat info;
+    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+bool is_regular_file(const std::string& path) {
+    struct stat info;
+    return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+bool exists(const std::string& path) {
+    struct stat info;
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+bool before_ignoring_case(const std::string& a, const std::string& b) {
+    const int order = ::strcasecmp(a.c_str(), b.c_str());
+    return order != 0 ? order < 0 : a < b;
+}
+
+/// The names in a folder, by name ignoring case; none when it cannot be read.
+std::vector<std::string> names_in(const std::string& dir) {
+    std::vector<std::string> names;
+    DIR* stream = ::opendir(dir.c_str());
+    if (!stream)
+        return names;
+    while (const dirent* entry = ::readdir(stream))
+        names.push_back(entry->d_name);
+    ::closedir(stream);
+    std::sort(names.begin(), names.end(), before_ignoring_case);
+    return names;
+}
+
+bool ends_in_ignoring_case(const std::string& name, const std::string& end) {
+    return name.size() >= end.size() &&
+           ::strcasecmp(name.c_str() + name.size() - end.size(), end.c_str()) == 0;
+}
+
+/// `found` (empty, or ending in '/') extended by one component as the folder spells it; false without a
+/// match.
+bool append_component(std::string& found, const std::string& component) {
+    if (exists(found + component)) {
+        found += component;
+        return true;
+    }
+    for (const std::string& name : names_in(found.empty() ? "." : found)) {
+        if (::strcasecmp(name.c_str(), component.c_str()) == 0 && exists(found + name)) {
+            found += name;
+            return true;
+        }
+    }
+    return false;
+}
+
+int status_of(int result) {
+    return result == 0 ? 0 : errno;
+}
+
+} // namespace
+
+char platform_separator() {
+    return '/';
+}
+
+int platform_native_path(const char* path, char* out, std::size_t cap) {
+    return copy_text(native(path), out, cap);
+}
+
+int platform_executable_file(char* out, std::size_t cap) {
+    char name[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", name, sizeof name);
+    const bool usable = length > 0 && static_cast<std::size_t>(length) <= LONGEST_EXECUTABLE_NAME &&
+                        !std::memchr(name, '\\', static_cast<std::size_t>(length));
+    if (!usable) {
+        copy_text("", out, cap);
+        return 0;
+    }
+    return copy_text(std::string(name, static_cast<std::size_t>(length)), out, cap);
+}
+
+bool platform_path_is_absolute(const char* path) {
+    if (!path)
+        return false;
+    const auto is_separator = [](char c) { return c == '\\' || c == '/'; };
+    const bool letter = (path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z');
+    if (letter && path[1] == ':')
+        return is_separator(path[2]);
+    return path[0] == '/' || (path[0] == '\\' && path[1] == '\\');
+}
+
+std::FILE* platform_open(const char* path, const char* mode) {
+    const std::string name = native(path);
+    // Linux opens a folder for reading and fails only at the first read.
+    if (is_folder(name)) {
+        errno = EISDIR;
+        return nullptr;
+    }
+    return std::fopen(name.c_str(), mode);
+}
+
+int platform_remove(const char* path) {
+    return status_of(::unlink(native(path).c_str()));
+}
+
+int platform_rename(const char* from, const char* to) {
+    return status_of(std::rename(native(from).c_str(), native(to).c_str()));
+}
+
+int platform_make_dir(const char* path) {
+    return status_of(::mkdir(native(path).c_str(), 0777));
+}
+
+int platform_change_dir(const char* path) {
+    return status_of(::chdir(native(path).c_str()));
+}
+
+int platform_current_dir(char* out, std::size_t cap) {
+    char name[PATH_MAX];
+    if (!::getcwd(name, sizeof name)) {
+        copy_text("", out, cap);
+        return 0;
+    }
+    return copy_text(name, out, cap);
+}
+
+unsigned long platform_process_id() {
+    return static_cast<unsigned long>(::getpid());
+}
+
+int platform_find_ignoring_case(const char* path, char* out, std::size_t cap) {
+    const std::string wanted = native(path);
+    if (!wanted.empty() && exists(wanted))
+        return copy_text(path, out, cap);
+    copy_text("", out, cap);
+    std::string found;
+    std::size_t start = 0;
+    while (start < wanted.size()) {
+        const std::size_t end = std::min(wanted.find('/', start), wanted.size());
+        if (end > start && !append_component(found, wanted.substr(start, end - start)))
+            return 0;
+        if (end < wanted.size())
+            found += '/';
+        start = end + 1;
+    }
+    return found.empty() ? 0 : copy_text(found, out, cap);
+}
+
+int platform_list_files(const char* dir, const char* extension, int (*visit)(const char* name, void* context),
+                        void* context) {
+    if (!dir || !*dir || !extension || !visit)
+        return 0;
+    const std::string folder = native(dir);
+    int visited = 0;
+    for (const std::string& name : names_in(folder)) {
+        if (!ends_in_ignoring_case(name, extension) || !is_regular_file(folder + '/' + name))
+            continue;
+        ++visited;
+        if (!visit(name.c_str(), context))
+            break;
+    }
+    return visited;
+}
+
+void platform_start() {}
+
+void platform_use_utf8_console() {}
+
+void platform_clear_console() {
+    if (!::isatty(STDOUT_FILENO))
+        return;
+    std::fputs("\033[H\033[2J", stdout);
+    std::fflush(stdout);
+}
+
+bool platform_input_is_terminal() {
+    return ::isatty(STDIN_FILENO) != 0;
+}
+
+} // namespace kor

@@ -1,0 +1,176 @@
+#include "korplatform.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include <direct.h>
+#include <io.h>
+#include <process.h>
+#include <windows.h>
+
+namespace kor {
+namespace {
+
+constexpr DWORD EXECUTABLE_NAME_SIZE = 260;
+constexpr UINT UTF8_CODE_PAGE = 65001;
+
+int copy_text(const std::string& text, char* out, std::size_t cap) {
+    if (!out || cap == 0)
+        return 0;
+    if (text.size() >= cap) {
+        out[0] = '\0';
+        return 0;
+    }
+    std::memcpy(out, text.c_str(), text.size() + 1);
+    return 1;
+}
+
+bool is_separator(char c) {
+    return c == '\\' || c == '/';
+}
+
+std::string in_folder(const char* dir, const std::string& name) {
+    std::string path = dir;
+    if (!is_separator(path.back()))
+        path += '\\';
+    return path + name;
+}
+
+/// The system also offers names whose hidden short form matches the wildcard.
+bool ends_in_ignoring_case(const std::string& name, const std::string& end) {
+    return name.size() >= end.size() && _stricmp(name.c_str() + name.size() - end.size(), end.c_str()) == 0;
+}
+
+int status_of(int result) {
+    return result == 0 ? 0 : errno;
+}
+
+} // namespace
+
+char platform_separator() {
+    return '\\';
+}
+
+int platform_native_path(const char* path, char* out, std::size_t cap) {
+    return copy_text(path ? path : "", out, cap);
+}
+
+int platform_executable_file(char* out, std::size_t cap) {
+    char name[EXECUTABLE_NAME_SIZE];
+    const DWORD length = GetModuleFileNameA(nullptr, name, EXECUTABLE_NAME_SIZE);
+    if (length == 0 || length >= EXECUTABLE_NAME_SIZE) {
+        copy_text("", out, cap);
+        return 0;
+    }
+    return copy_text(std::string(name, length), out, cap);
+}
+
+bool platform_path_is_absolute(const char* path) {
+    if (!path)
+        return false;
+    const bool letter = (path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z');
+    if (letter && path[1] == ':')
+        return is_separator(path[2]);
+    return is_separator(path[0]) && path[1] == path[0];
+}
+
+std::FILE* platform_open(const char* path, const char* mode) {
+    return std::fopen(path ? path : "", mode);
+}
+
+int platform_remove(const char* path) {
+    return status_of(std::remove(path ? path : ""));
+}
+
+int platform_rename(const char* from, const char* to) {
+    if (!from || !to)
+        return errno = ENOENT;
+    // rename refuses an existing target here.
+    if (std::rename(from, to) == 0)
+        return 0;
+    const int refused = errno;
+    if (_access(from, 0) != 0 || std::remove(to) != 0)
+        return errno = refused;
+    return status_of(std::rename(from, to));
+}
+
+int platform_make_dir(const char* path) {
+    return status_of(_mkdir(path ? path : ""));
+}
+
+int platform_change_dir(const char* path) {
+    return status_of(_chdir(path ? path : ""));
+}
+
+int platform_current_dir(char* out, std::size_t cap) {
+    char* name = _getcwd(nullptr, 0);
+    const int result = copy_text(name ? name : "", out, cap);
+    const int known = name ? 1 : 0;
+    std::free(name);
+    return known && result;
+}
+
+unsigned long platform_process_id() {
+    return static_cast<unsigned long>(_getpid());
+}
+
+int platform_find_ignoring_case(const char* path, char* out, std::size_t cap) {
+    if (!path || !*path || _access(path, 0) != 0) {
+        copy_text("", out, cap);
+        return 0;
+    }
+    return copy_text(path, out, cap);
+}
+
+int platform_list_files(const char* dir, const char* extension, int (*visit)(const char* name, void* context),
+                        void* context) {
+    if (!dir || !*dir || !extension || !visit)
+        return 0;
+    WIN32_FIND_DATAA entry;
+    const HANDLE search = FindFirstFileA(in_folder(dir, std::string("*") + extension).c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return 0;
+    int visited = 0;
+    bool more = true;
+    while (more) {
+        const bool folder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (!folder && ends_in_ignoring_case(entry.cFileName, extension)) {
+            ++visited;
+            if (!visit(entry.cFileName, context))
+                break;
+        }
+        more = FindNextFileA(search, &entry) != 0;
+    }
+    FindClose(search);
+    return visited;
+}
+
+void platform_start() {
+    SetErrorMode(SEM_FAILCRITICALERRORS);
+}
+
+void platform_use_utf8_console() {
+    SetConsoleOutputCP(UTF8_CODE_PAGE);
+}
+
+void platform_clear_console() {
+    std::fflush(stdout);
+    const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    if (console == INVALID_HANDLE_VALUE || !GetConsoleScreenBufferInfo(console, &info))
+        return;
+    const DWORD cells = static_cast<DWORD>(info.dwSize.X) * static_cast<DWORD>(info.dwSize.Y);
+    const COORD top_left = {0, 0};
+    DWORD written = 0;
+    FillConsoleOutputCharacterA(console, ' ', cells, top_left, &written);
+    FillConsoleOutputAttribute(console, info.wAttributes, cells, top_left, &written);
+    SetConsoleCursorPosition(console, top_left);
+}
+
+bool platform_input_is_terminal() {
+    return _isatty(_fileno(stdin)) != 0;
+}
+
+} // namespace kor
