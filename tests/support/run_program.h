@@ -1,0 +1,30 @@
+// Runs a built program as a user or a script would.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kor_test {
+
+struct ProgramResult {
+    int status;      // exit status; 128 + signal number when a signal ended it; -1 after a timeout
+    bool timed_out;  // it was stopped because it did not end in time
+    std::string out; // standard output
+    std::string err; // standard error
+};
+
+/// What to run. The input is all that the program can read: standard input ends behind it.
+struct ProgramCall {
+    std::string executable;
+    std::vector<std::string> arguments = {};
+    std::string input = {};
+    std::string working_dir = {}; // empty: the caller's
+    double timeout_s = 60.0;
+};
+
+ProgramResult run_program(const ProgramCall& call);
+
+/// Starts all of them before waiting for the first; results in the same order.
+std::vector<ProgramResult> run_programs_together(const std::vector<ProgramCall>& calls);
+
+} // namespace kor_test

@@ -1,0 +1,77 @@
+#include "support/temp_tree.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace kor_test {
+
+ScopedChdir::ScopedChdir(const fs::path& dir) : before_(fs::current_path()) {
+    fs::current_path(dir);
+}
+
+ScopedChdir::~ScopedChdir() {
+    std::error_code ignored;
+    fs::current_path(before_, ignored);
+}
+
+TempTree::TempTree() : before_(fs::current_path()) {
+    std::string name = (fs::temp_directory_path() / "kor-test-XXXXXX").string();
+    if (!mkdtemp(name.data()))
+        throw std::runtime_error("no temporary folder");
+    root_ = fs::canonical(name);
+    fs::current_path(root_);
+}
+
+TempTree::~TempTree() {
+    std::error_code ignored;
+    fs::current_path(before_, ignored);
+    fs::remove_all(root_, ignored);
+}
+
+void TempTree::write(const std::string& name, const std::string& bytes) const {
+    write_file(root_ / name, bytes);
+}
+
+std::string TempTree::read(const std::string& name) const {
+    return read_file(root_ / name);
+}
+
+void TempTree::make_folder(const std::string& name) const {
+    fs::create_directories(root_ / name);
+}
+
+bool TempTree::exists(const std::string& name) const {
+    return fs::exists(root_ / name);
+}
+
+std::vector<std::string> TempTree::names(const std::string& folder) const {
+    std::vector<std::string> found;
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator(root_ / folder, ignored))
+        found.push_back(entry.path().filename().string());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::string read_file(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in || fs::is_directory(file))
+        throw std::runtime_error("cannot read " + file.string());
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void write_file(const fs::path& file, const std::string& bytes) {
+    if (file.has_parent_path())
+        fs::create_directories(file.parent_path());
+    std::ofstream out(file, std::ios::binary);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!out.flush())
+        throw std::runtime_error("cannot write " + file.string());
+}
+
+} // namespace kor_test
