@@ -45,28 +45,32 @@ struct EngineGrid {
     double dx, dy, dz;
 };
 
-/// One sector to propagate through. The records and the arrays behind them must stay unchanged until
-/// the next EngineOpenSector.
+/// One sector to propagate through. The record itself is copied by EngineOpenSector; the matrices and
+/// arrays behind its pointers must stay unchanged until the next EngineOpenSector.
 struct EngineSector {
     EngineSystem system;
     EngineSamples samples;
     EngineGrid grid;
 };
 
-/// Makes `sector` the open one and plans its work.
+/// Makes `sector` the open one and plans its work. The same samples with another dt (an evolution row) are
+/// another sector: open it again.
 void EngineOpenSector(const EngineSector& sector);
 
 /// r = U_0 U_1 ... U_(count-1) of the open sector at voxel (ix, iy, iz), indices from 1, with
 /// U_j = exp(-i H_j dt), H_j = H0 + w_j Fz + xb[j] Fx + yb[j] Fy and
-/// w_j = gx[j] x + gy[j] y + gz[j] z + offset.
+/// w_j = gx[j] x + gy[j] y + gz[j] z + offset. count = 0 gives the identity. r must be none of the
+/// sector's operators. With EngineRotate each sample turns rho into exp(+i H_j dt) rho exp(-i H_j dt),
+/// the first sample first: a field along +x turns Iz to +Iy, a positive offset turns Ix to -Iy.
 void EngineSectorPropagator(int ix, int iy, int iz, CMatrix& r);
 
-/// rho = adjoint(r) . rho . r
+/// rho = adjoint(r) . rho . r, n x n.
 void EngineRotate(int n, const CMatrix& r, CMatrix& rho);
 
 /// Samples free evolution: for k = 0..points-1, out_re[k] = Re trace(Ix rho_k), out_im[k] =
 /// Re trace(Iy rho_k), with rho_0 = rho and rho_(k+1) = adjoint(U) rho_k U, U = exp(+i H dt).
-/// rho is not changed.
+/// H in rad/s, dt in seconds; out_re, out_im 0-based. rho is not changed. The sense is that of
+/// exp(-i H t) rho exp(+i H t): a caller that continues a sector passes -H.
 void EngineSampleFreeEvolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
                                const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im);
 
