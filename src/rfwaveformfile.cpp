@@ -15,36 +15,40 @@ struct Block {
     const char* label;
 };
 
-void write_blocks(const char* name, int count, const Block* blocks, int block_count) {
+int write_blocks(const char* name, int count, const Block* blocks, int block_count) {
     std::FILE* file = platform_open(name, "wb");
     if (!file) {
         std::perror(name);
-        return;
+        return 0;
     }
     // Unbuffered: each block is one write, and a failure belongs to the block that met it.
     std::setvbuf(file, nullptr, _IONBF, 0);
     const std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
+    int complete = 1;
     for (int b = 0; b < block_count; ++b) {
         if (std::fwrite(blocks[b].values, sizeof(double), wanted, file) != wanted) {
             std::printf(" >>> WRITE TO BINARY FILE ERROR (%s) <<< \n", blocks[b].label);
+            complete = 0;
         }
     }
     if (std::fclose(file) != 0) {
         std::perror(name);
+        complete = 0;
     }
+    return complete;
 }
 
 } // namespace
 
-void BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
+int BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
                  const double* gz, const char* name) {
     const Block blocks[] = {{xb, "xb"}, {yb, "yb"}, {gx, "gx"}, {gy, "gy"}, {gz, "gz"}};
-    write_blocks(name, *ap, blocks, 5);
+    return write_blocks(name, *ap, blocks, 5);
 }
 
-void BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name) {
+int BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name) {
     const Block blocks[] = {{xb, "xb"}, {yb, "yb"}};
-    write_blocks(name, ap, blocks, 2);
+    return write_blocks(name, ap, blocks, 2);
 }
 
 int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by) {
