@@ -63,4 +63,8 @@ void platform_clear_console();
 /// Whether standard input is a terminal (a person may go on after an end of input).
 bool platform_input_is_terminal();
 
+/// Opens a plot script in gnuplot, in the background, without this program's standard input. Returns 0 when
+/// it was started, ENOENT when gnuplot is not on the search path, else the error value.
+int platform_open_plot(const char* script_name);
+
 } // namespace kor

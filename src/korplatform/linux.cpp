@@ -8,8 +8,11 @@
 #include <vector>
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <spawn.h>
 #include <strings.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace kor {
@@ -90,6 +93,24 @@ bool append_component(std::string& found, const std::string& component) {
 
 int status_of(int result) {
     return result == 0 ? 0 : errno;
+}
+
+/// Starts gnuplot in a process group of its own (an interrupt at the console is not for it), reading nothing.
+/// 0, or the error value.
+int spawn_gnuplot(std::string& script) {
+    char program[] = "gnuplot";
+    char keep_window[] = "-persist";
+    char* const arguments[] = {program, keep_window, script.data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    const int error = ::posix_spawnp(nullptr, program, &actions, &attributes, arguments, environ);
+    ::posix_spawnattr_destroy(&attributes);
+    ::posix_spawn_file_actions_destroy(&actions);
+    return error;
 }
 
 } // namespace
@@ -210,6 +231,19 @@ void platform_clear_console() {
 
 bool platform_input_is_terminal() {
     return ::isatty(STDIN_FILENO) != 0;
+}
+
+int platform_open_plot(const char* script_name) {
+    std::string script = native(script_name);
+    // A child in between starts gnuplot and ends at once: the plot outlives this program, and nobody has to
+    // collect its exit status. Its own exit status is the error value of the start.
+    const pid_t starter = ::fork();
+    if (starter == 0)
+        ::_exit(spawn_gnuplot(script));
+    int status = 0;
+    if (starter < 0 || ::waitpid(starter, &status, 0) != starter)
+        return errno;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : EAGAIN;
 }
 
 } // namespace kor

@@ -173,4 +173,11 @@ bool platform_input_is_terminal() {
     return _isatty(_fileno(stdin)) != 0;
 }
 
+int platform_open_plot(const char* script_name) {
+    const std::string name = script_name ? script_name : "";
+    return std::system(("start \"gnuplot\" /B gnuplot -persist \"" + name + "\").c_str()) == 0
+               ? 0
+               : ENOENT;
+}
+
 } // namespace kor

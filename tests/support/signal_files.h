@@ -2,33 +2,15 @@
 #pragma once
 
 #include "support/spin_oracle.h"
+#include "support/temp_tree.h"
 
 #include <complex>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 namespace kor_test {
-
-inline std::string read_file(const std::string& name) {
-    std::ifstream in(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void write_file(const std::string& name, const std::string& bytes) {
-    std::ofstream(name, std::ios::binary) << bytes;
-}
-
-inline bool exists(const std::string& name) {
-    return std::ifstream(name).good();
-}
-
-template <class Value> std::string bytes_of(const std::vector<Value>& values) {
-    return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(Value)};
-}
 
 inline std::string header_bytes(int type, int num1, int num2) {
     return bytes_of(std::vector<std::int32_t>{type, num1, num2});
