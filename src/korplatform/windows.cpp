@@ -175,9 +175,8 @@ bool platform_input_is_terminal() {
 
 int platform_open_plot(const char* script_name) {
     const std::string name = script_name ? script_name : "";
-    return std::system(("start \"gnuplot\" /B gnuplot -persist \"" + name + "\").c_str()) == 0
-               ? 0
-               : ENOENT;
+    const std::string command = "start \"gnuplot\" /B gnuplot -persist \"" + name + "\"";
+    return std::system(command.c_str()) == 0 ? 0 : ENOENT;
 }
 
 } // namespace kor
