@@ -29,5 +29,8 @@ void console_discard_line();
 void console_wait_for_enter();
 /// Whether the last read met the end of input.
 bool console_at_end();
+/// Forgets an end of input, so that a person who typed it can go on. Returns whether more input can come:
+/// standard input is a terminal.
+bool console_resume_after_end();
 
 } // namespace kor

@@ -231,4 +231,10 @@ bool console_at_end() {
     return met_end;
 }
 
+bool console_resume_after_end() {
+    std::clearerr(stdin);
+    met_end = false;
+    return platform_input_is_terminal();
+}
+
 } // namespace kor
