@@ -1,0 +1,103 @@
+#include "kor-entry.h"
+
+#include "consoleutil.h"
+#include "korcurrentmodel/import_export.h"
+#include "korcurrentmodel/loaded_model.h"
+#include "korcurrentmodel/work_dirs.h"
+#include "kormodel_refcheck.h"
+#include "korplatform.h"
+#include "run_modes.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace kor {
+
+namespace {
+
+// A line of up to 64 characters; what is longer counts as the next answers.
+constexpr int ANSWER_SIZE = 65;
+enum MainMenuChoice { PREPARE = 1, RUN, IMPORT, EXPORT, CHECK, EXIT };
+
+void print_main_menu() {
+    std::printf("\n"
+                "========================================\n"
+                " KOR Main Menu\n"
+                "========================================\n"
+                " Loaded model : %s\n"
+                "----------------------------------------\n"
+                "  1) Prepare / edit current model\n"
+                "  2) Run / analyze current model\n"
+                "  3) Import .kormodel\n"
+                "  4) Export current model (.kormodel)\n"
+                "  5) Developer smoke/reference checks\n"
+                "  6) Exit\n"
+                "----------------------------------------\n"
+                "Select [1-6]: ",
+                g_loaded_model_path_valid ? g_loaded_model_path : "<none>");
+}
+
+void run_reference_checks() {
+    std::puts("\n[KOR] Running developer smoke/reference checks...\n");
+    KORModel_RunReferenceChecks();
+    std::printf("\nPress Enter to return to the menu...");
+    console_wait_for_enter();
+}
+
+/// The action of one item; false for the one that leaves the program.
+bool act_on(int choice) {
+    switch (choice) {
+    case PREPARE:
+        std::puts("\n[KOR] Opening model preparation / editing...");
+        KORPrepareMenu();
+        return true;
+    case RUN:
+        std::puts("\n[KOR] Starting non-interactive mode...");
+        LiouvilleNonInteractive();
+        return true;
+    case IMPORT:
+        import_kor_model();
+        return true;
+    case EXPORT:
+        KORExportCurrentModelInteractive();
+        return true;
+    case CHECK:
+        run_reference_checks();
+        return true;
+    default:
+        std::puts("\n[KOR] Exiting.");
+        return false;
+    }
+}
+
+} // namespace
+
+int read_menu_choice() {
+    char answer[ANSWER_SIZE];
+    platform_use_utf8_console();
+    ScreenMode(3);
+    for (;;) {
+        print_main_menu();
+        if (!console_read_text(answer, sizeof answer))
+            return EXIT;
+        const long choice = std::strtol(answer, nullptr, 10);
+        if (choice >= PREPARE && choice <= EXIT)
+            return static_cast<int>(choice);
+        std::puts("Invalid choice. Please enter 1, 2, 3, 4, 5 or 6.");
+    }
+}
+
+int kor_main(int argc, char** argv) {
+    platform_start();
+    enter_runtime_work_dir();
+    TotalStartUp();
+    clear_loaded_model_path();
+    int status = 0;
+    if (run_named_mode(argc, argv, &status))
+        return status;
+    while (act_on(read_menu_choice()))
+        continue;
+    return 0;
+}
+
+} // namespace kor
