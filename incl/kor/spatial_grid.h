@@ -9,6 +9,15 @@ namespace kor {
 
 /// Field of view (points - 1) step in the unit of `step`; 0 for fewer than 2 points.
 double grid_fov_from_step(int points, double step);
+/// First point and step of an axis in any unit.
+struct GridAxis {
+    double first, step;
+};
+/// `points` spread evenly over `width` around `center`: first = center - width / 2, step = width /
+/// (points - 1). An axis with fewer than 2 points: first = center, step = 0.
+GridAxis symmetric_grid_axis(int points, double center, double width);
+/// The step of an axis as typed, or 0 when it has fewer than 2 points.
+double grid_axis_step(int points, double step);
 /// Clamps the point counts, then stores first point and step of each axis, cm.
 void apply_global_spatial_grid(double x0, double dx, double y0, double dy, double z0, double dz);
 /// Moves ndx, ndy, ndz into 1..256. Aborts with a message on standard error when their product then

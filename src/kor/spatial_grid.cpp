@@ -18,6 +18,16 @@ double grid_fov_from_step(int points, double step) {
     return points < 2 ? 0.0 : (points - 1) * step;
 }
 
+GridAxis symmetric_grid_axis(int points, double center, double width) {
+    if (points < 2)
+        return {center, 0.0};
+    return {center - width / 2, width / (points - 1)};
+}
+
+double grid_axis_step(int points, double step) {
+    return points < 2 ? 0.0 : step;
+}
+
 void clamp_spatial_grid() {
     RuntimeState& s = g_runtime;
     for (int* points : {&s.ndx, &s.ndy, &s.ndz}) {
