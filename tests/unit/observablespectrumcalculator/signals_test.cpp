@@ -297,10 +297,10 @@ TEST(ComplexReceiverSignal, ListsTransitionsAndTheirSumsByFrequency) {
     EXPECT_EQ(printed_receiver(observe(two_i, rho, H), signal, 1),
               "\nKOR receiver transition list (complex FID synthesis)\n"
               "  columns: r c  frequency_hz  amplitude_re  amplitude_im  magnitude  phase_deg\n"
-              "   1  2   10.01   1.500000000000e+00   0.000000000000e+00  1.500000000000e+00  0.000000\n"
-              "   1  3   10   5.000000000000e-01   0.000000000000e+00  5.000000000000e-01  0.000000\n"
-              "   2  4   10   5.000000000000e-01   0.000000000000e+00  5.000000000000e-01  0.000000\n"
-              "   3  4   10.01   1.500000000000e+00   0.000000000000e+00  1.500000000000e+00  0.000000\n"
+              "   1  2   10   5.000000000000e-01   0.000000000000e+00  5.000000000000e-01  0.000000\n"
+              "   1  3   10.01   1.500000000000e+00   0.000000000000e+00  1.500000000000e+00  0.000000\n"
+              "   2  4   10.01   1.500000000000e+00   0.000000000000e+00  1.500000000000e+00  0.000000\n"
+              "   3  4   10   5.000000000000e-01   0.000000000000e+00  5.000000000000e-01  0.000000\n"
               "KOR receiver transition aggregate by frequency (tol 0.05 Hz)\n"
               "  columns: frequency_hz  amplitude_re  amplitude_im  magnitude  phase_deg\n"
               "   10.0075   4.000000000000e+00   0.000000000000e+00  4.000000000000e+00  0.000000\n");
