@@ -1,0 +1,229 @@
+#include "kor/expectation_dialogues.h"
+
+#include "kor/runtime_state.h"
+#include "support/console_script.h"
+#include "support/model_fixtures.h"
+#include "support/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <filesystem>
+
+using namespace kor_test;
+
+namespace {
+
+const std::string menu = "****************************************************\n"
+                         "***       CALCULATION OF EXPECTATION VALUES      ***\n"
+                         "****************************************************\n"
+                         "\n"
+                         "Possible actions :\n"
+                         "\n"
+                         "          1. Calculate expectation values of operators (from dm.bin)\n"
+                         "          2. Continue to main menu\n"
+                         "\n"
+                         "Your choice [1,2] : ";
+const std::string create_menu = "Create:\n"
+                                "       1. SG-plot file (ASCII)\n"
+                                "       2. Raw binary double file (one value per dw step)\n"
+                                "Your choice [1,2] : ";
+const std::string press_enter = "Press <Enter> to continue";
+
+// Operator Ix of the only spin, from the list.
+const std::string choose_ix = "1\nIx\n";
+
+ConsoleOutput ask(const std::string& answers) {
+    return play_console(answers, kor::ExpValNDensMat);
+}
+
+// What is printed from the question about the kind of output on.
+std::string behind_operator(const ConsoleOutput& printed) {
+    const std::size_t at = printed.out.find(create_menu);
+    return at == std::string::npos ? printed.out : printed.out.substr(at);
+}
+
+// One spin and a "dm.bin" with these x magnetisations; the expectation value of Ix at unit norm is a /
+// sqrt(2).
+void prepare(const TempTree& tree, const std::vector<double>& x_components) {
+    define_spins({0.0});
+    std::vector<DenseMatrix> matrices;
+    for (double a : x_components)
+        matrices.push_back(bloch_matrix(a, 0.5, -0.25));
+    tree.write("dm.bin", density_file(0, 2, static_cast<int>(matrices.size()), matrices));
+}
+
+} // namespace
+
+TEST(CalcExpVal, TwoReturns) {
+    const ConsoleOutput printed = play_console("2\n3\n", kor::CalcExpVal);
+    EXPECT_EQ(printed.out, menu);
+    EXPECT_EQ(unread_answers(), "3\n");
+}
+
+TEST(CalcExpVal, AWordReturnsAndIsUsedUp) {
+    const ConsoleOutput printed = play_console("back please\n7\n", kor::CalcExpVal);
+    EXPECT_EQ(printed.out, menu);
+    EXPECT_EQ(unread_answers(), "7\n");
+    EXPECT_EQ(play_console("", kor::CalcExpVal).out, menu);
+}
+
+TEST(CalcExpVal, AnyOtherNumberCalculatesAndShowsTheMenuAgain) {
+    TempTree tree;
+    for (const char* choice : {"1", "0", "3", "-7"}) {
+        const ConsoleOutput printed = play_console(std::string(choice) + "\n\n2\n", kor::CalcExpVal);
+        EXPECT_EQ(printed.err, "ExpValNDensMat: fopen(dm.bin): No such file or directory\n");
+        EXPECT_EQ(printed.out, menu + press_enter + menu);
+    }
+}
+
+TEST(ExpValNDensMat, ReportsAFileWithoutHeader) {
+    TempTree tree;
+    define_spins({0.0});
+    tree.write("dm.bin", "12345678901");
+    const ConsoleOutput printed = ask("\n");
+    EXPECT_NE(printed.err.find("\nExpValNDensMat: failed to read binary header from dm.bin\n"),
+              std::string::npos);
+    EXPECT_EQ(printed.out, press_enter);
+}
+
+TEST(ExpValNDensMat, NeedsASpinSystem) {
+    TempTree tree;
+    prepare(tree, {1.0});
+    kor::g_runtime.spinsystemdefined = 0;
+    const ConsoleOutput printed = ask("\n5\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: define spin system first.\n");
+    EXPECT_EQ(printed.out, press_enter);
+    EXPECT_EQ(unread_answers(), "5\n");
+}
+
+TEST(ExpValNDensMat, RefusesDimensionsThatNoMatrixHas) {
+    TempTree tree;
+    define_spins({0.0});
+    for (int n : {0, -1, 257, 258, INT_MAX, INT_MIN}) {
+        tree.write("dm.bin", density_file(0, n, 1, {bloch_matrix(1, 0, 0)}));
+        const ConsoleOutput printed = ask("\n");
+        EXPECT_EQ(printed.err,
+                  "ExpValNDensMat: unsupported matrix dimension fn=" + std::to_string(n) + " (max 256)\n");
+        EXPECT_EQ(printed.out, press_enter);
+    }
+}
+
+TEST(ExpValNDensMat, WritesATableOfNumbersRealAndImaginaryParts) {
+    TempTree tree;
+    prepare(tree, {0.0, 0.0});
+    const ConsoleOutput printed = ask(choose_ix + "1\ntable.txt\n\n");
+    EXPECT_EQ(printed.err, "");
+    EXPECT_EQ(behind_operator(printed),
+              create_menu + "Output text file name : Done. Press <Enter> to continue");
+    EXPECT_EQ(tree.read("table.txt"), "# index    expectation_re    expectation_im\n"
+                                      "    1   0   0\n"
+                                      "    2   0   0\n");
+    EXPECT_EQ(unread_answers(), "");
+}
+
+TEST(ExpValNDensMat, TheTableHoldsTheComponentsOfTheMagnetisation) {
+    TempTree tree;
+    const std::vector<double> x = {0.75, -2.0, 1e-6};
+    prepare(tree, x);
+    ask(choose_ix + "1\ntable.txt\n\n");
+    std::FILE* table = std::fopen("table.txt", "r");
+    ASSERT_NE(table, nullptr);
+    char header[64];
+    ASSERT_NE(std::fgets(header, sizeof header, table), nullptr);
+    for (std::size_t k = 0; k < x.size(); ++k) {
+        int index = 0;
+        double re = 0, im = 0;
+        ASSERT_EQ(std::fscanf(table, "%d %lf %lf", &index, &re, &im), 3);
+        EXPECT_EQ(index, static_cast<int>(k) + 1);
+        EXPECT_NEAR(re, x[k] / std::sqrt(2.0), 1e-15);
+        EXPECT_NEAR(im, 0.0, 1e-16);
+    }
+    std::fclose(table);
+}
+
+TEST(ExpValNDensMat, AnyOtherNumberWritesTheRealPartsAsDoubles) {
+    for (const char* choice : {"2", "0", "9"}) {
+        TempTree tree;
+        prepare(tree, {0.75, -2.0});
+        const ConsoleOutput printed = ask(choose_ix + choice + "\nvalues.bin\n\n");
+        EXPECT_EQ(behind_operator(printed),
+                  create_menu + "Output binary file name : Done. Press <Enter> to continue");
+        const std::string bytes = tree.read("values.bin");
+        ASSERT_EQ(bytes.size(), 16u);
+        const std::vector<double> values = reals_behind_header(std::string(12, '\0') + bytes);
+        EXPECT_NEAR(values[0], 0.75 / std::sqrt(2.0), 1e-15);
+        EXPECT_NEAR(values[1], -2.0 / std::sqrt(2.0), 1e-15);
+    }
+}
+
+// The command-line operations insist on type 0; here what stands behind the header decides.
+TEST(ExpValNDensMat, TheTypeOfTheFileDoesNotMatter) {
+    TempTree tree;
+    define_spins({0.0});
+    tree.write("dm.bin", density_file(7, 2, 1, {bloch_matrix(0, 0, 0)}));
+    EXPECT_EQ(ask(choose_ix + "1\ntable.txt\n\n").err, "");
+    EXPECT_EQ(tree.read("table.txt"), "# index    expectation_re    expectation_im\n    1   0   0\n");
+}
+
+TEST(ExpValNDensMat, NamesTheRowWhereTheFileEnds) {
+    TempTree tree;
+    prepare(tree, {1.0, 2.0, 3.0});
+    const std::string whole = tree.read("dm.bin");
+    tree.write("dm.bin", whole.substr(0, 12 + 64 + 32 + 31));
+    const ConsoleOutput printed = ask(choose_ix + "2\nvalues.bin\n\n");
+    EXPECT_EQ(printed.err, ">>> READ BINARY FILE ERROR <<< (dw=2 row=2)\n");
+    EXPECT_EQ(behind_operator(printed), create_menu + "Output binary file name : " + press_enter);
+    EXPECT_EQ(tree.read("values.bin").size(), 8u);
+}
+
+TEST(ExpValNDensMat, AnUnreadableChoiceStops) {
+    TempTree tree;
+    prepare(tree, {1.0});
+    const ConsoleOutput printed = ask(choose_ix + "text\n\n4\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: invalid choice\n");
+    EXPECT_EQ(behind_operator(printed), create_menu + press_enter);
+    EXPECT_EQ(unread_answers(), "4\n");
+}
+
+TEST(ExpValNDensMat, WithoutAnOutputNameItReturnsAtOnce) {
+    TempTree tree;
+    prepare(tree, {1.0});
+    ConsoleOutput printed = ask(choose_ix + "1\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: invalid output name\n");
+    EXPECT_EQ(behind_operator(printed), create_menu + "Output text file name : ");
+    printed = ask(choose_ix + "2\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: invalid output name\n");
+    EXPECT_EQ(behind_operator(printed), create_menu + "Output binary file name : ");
+}
+
+TEST(ExpValNDensMat, ReportsAnOutputThatCannotBeOpened) {
+    TempTree tree;
+    prepare(tree, {1.0});
+    ConsoleOutput printed = ask(choose_ix + "1\nno-folder/table.txt\n\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: fopen(out text): No such file or directory\n");
+    EXPECT_EQ(behind_operator(printed), create_menu + "Output text file name : " + press_enter);
+    printed = ask(choose_ix + "2\nno-folder/values.bin\n\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: fopen(out bin): No such file or directory\n");
+}
+
+TEST(ExpValNDensMat, ReportsAnOutputThatCannotBeWritten) {
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "needs the device /dev/full";
+    TempTree tree;
+    prepare(tree, {1.0});
+    const ConsoleOutput printed = ask(choose_ix + "1\n/dev/full\n\n");
+    EXPECT_EQ(printed.err, "ExpValNDensMat: write error on output file /dev/full\n");
+    EXPECT_EQ(behind_operator(printed), create_menu + "Output text file name : " + press_enter);
+}
+
+TEST(ExpValNDensMat, AFileWithoutMatricesGivesAnEmptyTable) {
+    TempTree tree;
+    define_spins({0.0});
+    for (int count : {0, -1, INT_MIN}) {
+        tree.write("dm.bin", density_file(0, 2, count, {}));
+        EXPECT_EQ(ask(choose_ix + "1\ntable.txt\n\n").err, "");
+        EXPECT_EQ(tree.read("table.txt"), "# index    expectation_re    expectation_im\n");
+    }
+}
