@@ -1,5 +1,7 @@
 #include "support/console_script.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -60,8 +62,13 @@ ConsoleOutput play_console(const std::string& answers, const std::function<void(
     set_standard_input(answers);
     Captured out(stdout);
     Captured err(stderr);
+    const bool failed_before = testing::Test::HasFailure();
     action();
-    return {out.text(), err.text()};
+    ConsoleOutput console = {out.text(), err.text()};
+    // The message of a check that failed meanwhile is among what was printed.
+    if (testing::Test::HasFailure() && !failed_before)
+        out.show(console.out);
+    return console;
 }
 
 std::string unread_answers() {
