@@ -38,6 +38,12 @@ public:
         return text;
     }
 
+    /// Writes to where the stream went before.
+    void show(const std::string& printed) const {
+        if (write(before_, printed.data(), printed.size()) < 0)
+            throw std::runtime_error("cannot write to the test's own output");
+    }
+
 private:
     std::FILE* stream_;
     std::FILE* file_;
