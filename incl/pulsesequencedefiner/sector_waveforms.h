@@ -1,0 +1,27 @@
+// Floor 4.24 - workshop: the waveform file of the sector being composed
+//
+// The waveform is g_runtime.xb, yb (and gx, gy, gz), samples 0..ap-1.
+#pragma once
+
+#include <cstddef>
+
+namespace kor {
+
+/// Zeroes the five waveform arrays: what a pulse or gradient dialogue leaves undefined is no field, not the
+/// sector composed before.
+void clear_sector_waveform();
+/// Reads the *ap samples of xb and yb (rad/s, 0-based) from two text files chosen at the console and
+/// multiplies both by a factor that is asked for. Both are cleared first; what a short file held is used.
+/// 1; 0 when the input has ended for good.
+int ReadBxByPulse(const int* ap, double* xb, double* yb);
+
+/// A name with a separator as it is, a bare name in the default RF output folder. 1, or 0 when the folder is
+/// unknown or the path does not fit.
+int ps_resolve_default_output_path(char* out, std::size_t cap, const char* name);
+/// Asks where sector k's waveform goes, writes it in the layout of its family and keeps the path in fnames[k]
+/// (empty after a failure, which is told). 1; 0 when the input has ended for good: nothing is written then
+/// and fnames[k] stays.
+int ps_write_spatial_sector_waveform_file(int k);
+int ps_write_2d_sector_waveform_file(int k);
+
+} // namespace kor
