@@ -12,4 +12,6 @@
 #include "kor/smoke_check_mode.h"
 #include "kor/snapshot.h"
 #include "kor/spatial_grid.h"
+#include "kor/spatial_grid_dialogue.h"
 #include "kor/spin_system.h"
+#include "kor/spin_system_dialogues.h"

@@ -1,12 +1,22 @@
 #include "editing_actions.h"
 
+#include "kor/runtime_state.h"
+#include "kor/spin_system_dialogues.h"
+
+#include <cstdio>
+
 namespace kor {
 
-void define_spin_system() {}
-
-void define_spatial_domain() {}
-
-void compose_sequence() {}
+void RedefineSpinSystem() {
+    SetupSpins();
+    if (!g_runtime.spinsystemdefined)
+        return;
+    std::printf("Spin system defined: Nspins=%d, n=%d\n", g_runtime.Nspins, g_runtime.n);
+    MakeBoltzmann();
+    MakeZeeman();
+    SpinSpinCoupling();
+    g_runtime.systemset = 1;
+}
 
 void optimise_sector() {}
 

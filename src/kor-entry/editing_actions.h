@@ -1,12 +1,10 @@
-// The menu items that edit the current model: one function for each, so that every menu that offers one
-// reaches the same dialogue.
+// The menu items that edit the current model, beyond those that are one dialogue each.
 #pragma once
 
 namespace kor {
 
-void define_spin_system();
-void define_spatial_domain();
-void compose_sequence();
+/// Asks for the spins, then, when they were defined, for intensities, offsets and couplings.
+void RedefineSpinSystem();
 void optimise_sector();
 
 } // namespace kor

@@ -3,10 +3,12 @@
 #include "consoleutil.h"
 #include "editing_actions.h"
 #include "kor/runtime_state.h"
+#include "kor/spatial_grid_dialogue.h"
 #include "korcurrentmodel/import_export.h"
 #include "korcurrentmodel/loaded_model.h"
 #include "korcurrentmodel/model_summary.h"
 #include "menu.h"
+#include "pulsesequencedefiner/family_menu.h"
 
 #include <cstdio>
 
@@ -42,16 +44,16 @@ void compose_for_current_spin_system() {
         std::puts("Define or import a model first.");
         return;
     }
-    compose_sequence();
+    ComposePulseSequence();
 }
 
 void act_on(int choice) {
     switch (choice) {
     case SPIN_SYSTEM:
-        define_spin_system();
+        RedefineSpinSystem();
         return;
     case SPATIAL_DOMAIN:
-        define_spatial_domain();
+        DefineSpatialSimulationDomain();
         return;
     case SEQUENCE:
         compose_for_current_spin_system();

@@ -11,6 +11,7 @@
 #include "korcurrentmodel/loaded_model.h"
 #include "menu.h"
 #include "observablespectrumcalculator/spectrum_routes.h"
+#include "pulsesequencedefiner/family_menu.h"
 
 #include <cstdio>
 
@@ -68,7 +69,7 @@ void calculate_spectra() {
 void act_on(int choice) {
     switch (choice) {
     case SEQUENCE:
-        compose_sequence();
+        ComposePulseSequence();
         return;
     case RUN_MODEL:
         RunCurrentPreparedModel();
