@@ -10,8 +10,10 @@ namespace kor {
 /// Time-domain and frequency-domain tables of every signal:
 /// - td_name, columns t_s,f2_index,re,im,mag: t = k dt, dt = acq_time / (N - 1), 0 for one point;
 /// - fd_name, columns f1_hz,f2_hz,re,im,re_ph,im_ph,re_ph1,im_ph1,mag: f1 = (j - N / 2) / (N dt), the bin
-///   (j + N / 2) mod N of the direct transform; no phase correction is applied, so the three pairs are the
-///   same (columns reserved for phased versions); f2 = the signal's number when there are two or more.
+///   (j + N / 2) mod N of the direct transform (integer halves: zero frequency meets f1 = 0 for even N;
+///   for odd N the bins stand one row behind the axis); no phase correction is applied, so the three pairs
+///   are the same (columns reserved for phased versions); f2 = the signal's number when there are two or
+///   more.
 /// Returns 1; 0 with a message when a file cannot be opened or written, memory runs out or the signal
 /// file is short, and without one when it holds no points or no signals.
 int write_spectrum_csv_files(const char* td_name, const char* fd_name, double acq_time);

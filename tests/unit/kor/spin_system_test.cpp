@@ -58,8 +58,12 @@ Dense coupling_oracle(const Definition& d) {
     for (int i = 1; i < spins; ++i)
         for (int j = i + 1; j <= spins; ++j, ++pair) {
             const double omega = pair < d.couplings_hz.size() ? two_pi * d.couplings_hz[pair] : 0.0;
-            for (const char component : d.Jexact == 1 ? std::string("z") : std::string("xyz"))
-                sum += omega * on_spin(d.two_i, i, component) * on_spin(d.two_i, j, component);
+            for (const char component : d.Jexact == 1 ? std::string("z") : std::string("xyz")) {
+                std::string components(d.two_i.size(), 'e');
+                components[static_cast<std::size_t>(i - 1)] = component;
+                components[static_cast<std::size_t>(j - 1)] = component;
+                sum += omega * kor_test::product_of(d.two_i, components);
+            }
         }
     return sum;
 }

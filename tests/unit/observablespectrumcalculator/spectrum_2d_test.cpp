@@ -1,0 +1,228 @@
+#include "observablespectrumcalculator/spectrum_2d.h"
+
+#include "korlimits.h"
+#include "support/signal_files.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace kor {
+namespace {
+
+using kor_test::complex_bytes;
+using kor_test::header_bytes;
+using kor_test::read_signal_file;
+using kor_test::SignalFile;
+using kor_test::TempTree;
+
+using Complex = std::complex<double>;
+using Row = std::vector<Complex>;
+
+constexpr char read_error[] = ">>> READ BINARY FILE ERROR <<<\n";
+
+Row random_points(std::size_t count, unsigned seed) {
+    std::mt19937 random(seed);
+    std::normal_distribution<double> normal;
+    Row points(count);
+    for (Complex& point : points)
+        point = {normal(random), normal(random)};
+    return points;
+}
+
+Row weighted(Row row) {
+    row[0] *= 0.5;
+    for (std::size_t k = 0; k < row.size(); ++k)
+        row[k] *= std::exp(-10.0 * static_cast<double>(k) / static_cast<double>(row.size()));
+    return row;
+}
+
+/// Sum over k of x[k] exp(+2 pi i j k / N), term by term.
+Row forward(const Row& x) {
+    Row out(x.size());
+    for (std::size_t j = 0; j < x.size(); ++j)
+        for (std::size_t k = 0; k < x.size(); ++k)
+            out[j] += x[k] * std::polar(1.0, 2.0 * KOR_PI * static_cast<double>(j * k % x.size()) /
+                                                 static_cast<double>(x.size()));
+    return out;
+}
+
+Row centred(const Row& x) {
+    Row out(x.begin() + static_cast<std::ptrdiff_t>(x.size() / 2), x.end());
+    out.insert(out.end(), x.begin(), x.begin() + static_cast<std::ptrdiff_t>(x.size() / 2));
+    return out;
+}
+
+/// The whole 2D processing by direct sums, `cols` points in each of the rows.
+Row transform_2d(const Row& data, std::size_t cols) {
+    const std::size_t rows = data.size() / cols;
+    Row out(data.size());
+    for (std::size_t r = 0; r < rows; ++r) {
+        const Row row(data.begin() + static_cast<std::ptrdiff_t>(r * cols),
+                      data.begin() + static_cast<std::ptrdiff_t>((r + 1) * cols));
+        const Row spectrum = centred(forward(weighted(row)));
+        std::copy(spectrum.begin(), spectrum.end(), out.begin() + static_cast<std::ptrdiff_t>(r * cols));
+    }
+    for (std::size_t c = 0; c < cols; ++c) {
+        Row column(rows);
+        for (std::size_t r = 0; r < rows; ++r)
+            column[r] = out[r * cols + c];
+        column = centred(forward(weighted(column)));
+        for (std::size_t r = 0; r < rows; ++r)
+            out[r * cols + c] = column[r];
+    }
+    return out;
+}
+
+double largest_difference(const Row& a, const Row& b) {
+    EXPECT_EQ(a.size(), b.size());
+    double largest = 0.0;
+    for (std::size_t k = 0; k < std::min(a.size(), b.size()); ++k)
+        largest = std::max(largest, std::abs(a[k] - b[k]));
+    return largest;
+}
+
+TEST(Calc2Dfft, AgreesWithDirectSumsInBothDimensions) {
+    const TempTree folder;
+    for (const auto& [cols, rows] : {std::pair<int, int>{8, 4}, {4, 16}, {2, 2}, {32, 64}}) {
+        const Row data = random_points(static_cast<std::size_t>(cols * rows), 5);
+        folder.write("korsign.bin", header_bytes(1, cols, rows) + complex_bytes(data));
+        Calc2Dfft();
+        const SignalFile spectrum = read_signal_file("sort.bin");
+        EXPECT_EQ(spectrum.header[0], 1);
+        EXPECT_EQ(spectrum.header[1], cols);
+        EXPECT_EQ(spectrum.header[2], rows);
+        EXPECT_LT(largest_difference(spectrum.samples, transform_2d(data, static_cast<std::size_t>(cols))),
+                  1e-12)
+            << cols << " x " << rows;
+    }
+}
+
+TEST(Calc2Dfft, PutsASignalAtItsTwoFrequencies) {
+    const TempTree folder;
+    Row data;
+    for (int r = 0; r < 16; ++r)
+        for (int c = 0; c < 32; ++c)
+            data.push_back(std::polar(1.0, -2.0 * KOR_PI * (5.0 * c / 32 - 3.0 * r / 16)));
+    folder.write("korsign.bin", header_bytes(1, 32, 16) + complex_bytes(data));
+    Calc2Dfft();
+    const SignalFile spectrum = read_signal_file("sort.bin");
+    std::size_t peak = 0;
+    for (std::size_t k = 0; k < spectrum.samples.size(); ++k)
+        if (std::abs(spectrum.samples[k]) > std::abs(spectrum.samples[peak]))
+            peak = k;
+    EXPECT_EQ(peak % 32, 16U + 5U);
+    EXPECT_EQ(peak / 32, 8U - 3U);
+}
+
+TEST(Calc2Dfft, OtherLengthsAreWeightedButNotTransformed) {
+    const TempTree folder;
+    const Row data = random_points(6, 9);
+    folder.write("korsign.bin", header_bytes(1, 6, 1) + complex_bytes(data));
+    DispTransvSign();
+    EXPECT_LT(largest_difference(read_signal_file("spectra.bin").samples, weighted(data)), 1e-15);
+}
+
+TEST(Calc2Dfft, SaysWhenThereIsNoSignalFile) {
+    const TempTree folder;
+    testing::internal::CaptureStderr();
+    Calc2Dfft();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "fopen: No such file or directory\n");
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(Calc2Dfft, EndsSilentlyWhenALaterFileCannotBeMade) {
+    const TempTree folder;
+    folder.write("korsign.bin", header_bytes(1, 2, 2) + complex_bytes(random_points(4, 1)));
+    folder.make_folder("sort.bin");
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    Calc2Dfft();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(Calc2Dfft, AShortSignalFileIsReported) {
+    const TempTree folder;
+    folder.write("korsign.bin", header_bytes(1, 4, 3) + complex_bytes(random_points(6, 1)));
+    testing::internal::CaptureStdout();
+    DispTransvSign();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), read_error);
+    EXPECT_EQ(read_signal_file("spectra.bin").samples.size(), 4U) << "the whole row before the end is kept";
+}
+
+TEST(Calc2Dfft, ADamagedHeaderDoesNoHarm) {
+    const TempTree folder;
+    for (const auto& [cols, rows] : {std::pair<int, int>{-4, 7}, {4, -7}, {0, 1 << 30}, {1 << 30, 1 << 30}}) {
+        folder.write("korsign.bin", header_bytes(1, cols, rows) + "rest");
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        Calc2Dfft();
+        testing::internal::GetCapturedStderr();
+        testing::internal::GetCapturedStdout();
+        EXPECT_LE(folder.read("sort.bin").size(), 12U) << cols << " x " << rows;
+    }
+}
+
+TEST(DispTransvSign, IsTheFirstPassAlone) {
+    const TempTree folder;
+    const Row data = random_points(8, 3);
+    folder.write("korsign.bin", header_bytes(1, 8, 1) + complex_bytes(data));
+    DispTransvSign();
+    const SignalFile spectra = read_signal_file("spectra.bin");
+    EXPECT_EQ(spectra.header[1], 8);
+    EXPECT_LT(largest_difference(spectra.samples, forward(weighted(data))), 1e-13);
+    EXPECT_FALSE(folder.exists("sort.bin"));
+}
+
+TEST(DispTransvSign, SaysWhenTheDiskIsFull) {
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "needs the device that is always full";
+    const TempTree folder;
+    folder.write("korsign.bin", header_bytes(1, 4096, 1) + complex_bytes(random_points(4096, 3)));
+    std::filesystem::create_symlink("/dev/full", "spectra.bin");
+    testing::internal::CaptureStdout();
+    DispTransvSign();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), ">>> WRITE TO BINARY FILE ERROR <<<\n");
+}
+
+TEST(TransposeDataMatrix, ExchangesRowsAndColumns) {
+    const TempTree folder;
+    const Row data = {1.0, 2.0, {3.0, -3.0}, 4.0, 5.0, 6.0};
+    folder.write("in", header_bytes(7, 3, 2) + complex_bytes(data));
+    TransposeDataMatrix("in", "out");
+    EXPECT_EQ(folder.read("out"),
+              header_bytes(7, 2, 3) + complex_bytes({1.0, 4.0, 2.0, 5.0, {3.0, -3.0}, 6.0}));
+}
+
+TEST(TransposeDataMatrix, TwiceIsTheFileItself) {
+    const TempTree folder;
+    const std::string bytes = header_bytes(1, 5, 7) + complex_bytes(random_points(35, 2));
+    folder.write("in", bytes);
+    TransposeDataMatrix("in", "there");
+    TransposeDataMatrix("there", "back");
+    EXPECT_EQ(folder.read("back"), bytes);
+}
+
+TEST(TransposeDataMatrix, AShortFileGivesAMessageAndNoData) {
+    const TempTree folder;
+    folder.write("in", header_bytes(1, 3, 2) + complex_bytes(random_points(5, 2)));
+    testing::internal::CaptureStdout();
+    TransposeDataMatrix("in", "out");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), ">>> READ BINARY FILE ERROR (transpose) <<<\n");
+    EXPECT_EQ(folder.read("out"), "");
+}
+
+TEST(TransposeDataMatrix, NamesTheFileThatCannotBeOpened) {
+    const TempTree folder;
+    testing::internal::CaptureStderr();
+    TransposeDataMatrix("in", "out");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "fopen(in): No such file or directory\n");
+    folder.write("in", header_bytes(1, 0, 0));
+    testing::internal::CaptureStderr();
+    TransposeDataMatrix("in", "no-such-folder/out");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "fopen(out): No such file or directory\n");
+}
+
+} // namespace
+} // namespace kor
