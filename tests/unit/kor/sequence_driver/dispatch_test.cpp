@@ -1,0 +1,130 @@
+#include "kor/runtime_state.h"
+#include "kor/sequence_driver.h"
+#include "kor/smoke_check_mode.h"
+
+#include "support/console_script.h"
+#include "support/run_models.h"
+#include "support/temp_tree.h"
+
+namespace kor {
+namespace {
+
+using kor_test::play_console;
+using kor_test::TempTree;
+
+/// A model that is ready but for one missing waveform file.
+void ready_model(int family) {
+    kor_test::forget_model();
+    kor_test::define_spins({1}, {1.0}, {0.0}, {}, true);
+    kor_test::Sector sector;
+    sector.file = "absent";
+    kor_test::define_sequence(family, {sector}, "");
+    kor_test::define_grid(1, 1, 1, 0, 0, 0, 0, 0, 0);
+}
+
+std::string answer() {
+    return play_console("", RunCurrentPreparedModel).out;
+}
+
+constexpr const char* no_spins = "No spin system is currently prepared.\nImport or define a model first.\n";
+constexpr const char* no_family = "No sequence family is currently selected.\n"
+                                  "Choose a sequence family and define at least one sector first.\n";
+constexpr const char* no_sectors = "No pulse sequence is currently prepared.\n"
+                                   "Compose or import a model with at least one sector first.\n";
+constexpr const char* no_grid = "The current model is spatially resolved, but the spatial grid\n"
+                                "is not fully defined yet.\n"
+                                "Define the spatial simulation domain first.\n";
+
+TEST(RunCurrentPreparedModel, NamesWhatIsMissingFirst) {
+    const TempTree folder;
+    kor_test::forget_model();
+    EXPECT_EQ(answer(), no_spins);
+    g_runtime.Nspins = 1;
+    EXPECT_EQ(answer(), no_spins);
+    g_runtime.systemset = 1;
+    g_runtime.sequencetype = 0;
+    EXPECT_EQ(answer(), no_family);
+    g_runtime.sequencetype = -1;
+    EXPECT_EQ(answer(), no_family);
+    g_runtime.sequencetype = 1;
+    EXPECT_EQ(answer(), no_sectors);
+    g_runtime.nos = 1;
+    EXPECT_EQ(answer(), no_sectors);
+    g_runtime.sectorset = 1;
+    g_runtime.ndx = g_runtime.ndy = g_runtime.ndz = 1;
+    g_runtime.offsetset = 0;
+    EXPECT_EQ(answer(), no_grid);
+    g_runtime.Nspins = 0;
+    EXPECT_EQ(answer(), no_spins);
+}
+
+TEST(RunCurrentPreparedModel, SpatialFamilyNeedsEveryAxisAndTheFlag) {
+    const TempTree folder;
+    for (int* axis : {&g_runtime.ndx, &g_runtime.ndy, &g_runtime.ndz}) {
+        for (int points : {0, -1}) {
+            ready_model(1);
+            *axis = points;
+            EXPECT_EQ(answer(), no_grid);
+        }
+    }
+    ready_model(1);
+    g_runtime.offsetset = 0;
+    EXPECT_EQ(answer(), no_grid);
+}
+
+TEST(RunCurrentPreparedModel, UnknownFamilyIsNamed) {
+    const TempTree folder;
+    ready_model(3);
+    EXPECT_EQ(answer(),
+              "Unknown sequence type (3).\nChoose a valid sequence family and verify the current model.\n");
+}
+
+TEST(RunCurrentPreparedModel, EachFamilyAnnouncesItsRun) {
+    const TempTree folder;
+    ready_model(1);
+    EXPECT_EQ(answer().find("Running current prepared spatially resolved model...\n"), 0U);
+    ready_model(2);
+    EXPECT_EQ(answer().find("Running current prepared 1D / 2D NMR model...\n"), 0U);
+}
+
+TEST(RunCurrentPreparedModel, ForwardersRunTheSame) {
+    const TempTree folder;
+    ready_model(2);
+    const std::string direct = answer();
+    EXPECT_EQ(play_console("", KORRunCurrentPreparedModel).out, direct);
+    EXPECT_EQ(play_console("", KOR_RunCurrentPreparedModel).out, direct);
+}
+
+TEST(RunCurrentPreparedModel, QuietModeLeavesTheFailuresOnly) {
+    const TempTree folder;
+    for (int family : {1, 2}) {
+        ready_model(family);
+        KOR_SetSmokeCheckMode(1);
+        EXPECT_EQ(answer(), "Error reading pulse file absent\n");
+        g_runtime.systemset = 0;
+        EXPECT_EQ(answer(), no_spins);
+        KOR_SetSmokeCheckMode(0);
+    }
+}
+
+TEST(RunCurrentPreparedModel, DeletesTheFilesOfAnEarlierRunOnlyWhenTheModelIsPrepared) {
+    const TempTree folder;
+    const std::vector<std::string> scratch{"dm.bin", "korsign.bin", "spectra.bin", "store"};
+    for (const std::string& name : scratch) {
+        folder.write(name, "old");
+    }
+    folder.write("result.bin", "old");
+    ready_model(2);
+    g_runtime.sectorset = 0;
+    answer();
+    for (const std::string& name : scratch) {
+        EXPECT_TRUE(folder.exists(name)) << name;
+    }
+    g_runtime.sectorset = 1;
+    g_runtime.sequencetype = 3;
+    answer();
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"result.bin"});
+}
+
+} // namespace
+} // namespace kor
