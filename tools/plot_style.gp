@@ -1,4 +1,5 @@
 # What every picture of the examples shares. Loaded by the plot_*.gp scripts.
+set encoding utf8
 set datafile separator ','
 set border 3 lw 1.2 lc rgb '#444444'
 set tics nomirror out scale 0.6 textcolor rgb '#222222'
