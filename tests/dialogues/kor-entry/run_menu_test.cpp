@@ -1,0 +1,160 @@
+// The run menu: its transcript through the built program, and what its spectrum item leaves in the state.
+#include "kor-entry.h"
+#include "kor/runtime_state.h"
+#include "korcurrentmodel/loaded_model.h"
+#include "support/console_script.h"
+#include "support/menu_texts.h"
+#include "support/model_fixtures.h"
+#include "support/program_tree.h"
+#include "support/temp_tree.h"
+#include "support/two_spin_model.h"
+
+#include <gtest/gtest.h>
+
+using namespace kor_test;
+
+namespace {
+
+const std::string SPECTRUM_QUESTION = "\nOptions:\n"
+                                      "  1. Calculate average spectrum\n"
+                                      "  2. Calculate spectra separately\n"
+                                      "Your choice [1,2] : ";
+const std::string AVERAGE_TITLE = "*** Calculation of average spectrum of density matrices ***\n";
+const std::string SEPARATE_TITLE = "-    Calculation spectra of density matrix / matrices    -\n";
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+class RunMenu : public testing::Test {
+protected:
+    /// What is printed between opening the menu without a model and leaving it with the last of the answers.
+    std::string without_model(const std::string& answers) const {
+        const ProgramResult result = program_.run({}, "2\n" + answers);
+        EXPECT_EQ(result.status, 0);
+        const std::string begin = main_menu_text() + OPENING_RUN_MENU;
+        const std::string end = main_menu_text() + EXITING;
+        EXPECT_EQ(result.out.substr(0, begin.size()), begin);
+        EXPECT_EQ(result.out.substr(result.out.size() - end.size()), end);
+        return result.out.substr(begin.size(), result.out.size() - begin.size() - end.size());
+    }
+
+    TempTree tree_;
+    ProgramTree program_{tree_.root()};
+    const std::string menu_ = run_menu_text("", NOTHING_TO_RUN);
+};
+
+/// The run menu of this process on two uncoupled spins whose density file holds one matrix, Ix of spin 1.
+class SpectrumItem : public testing::Test {
+protected:
+    void SetUp() override {
+        kor::clear_loaded_model_path();
+        define_spins({100.0, -40.0});
+        DenseMatrix ix(16);
+        ix[0 * 4 + 2] = ix[1 * 4 + 3] = ix[2 * 4 + 0] = ix[3 * 4 + 1] = 0.5;
+        tree_.write("dm.bin", density_file(0, 4, 1, {ix}));
+    }
+
+    std::string played(const std::string& answers) const {
+        return play_console(answers, kor::LiouvilleNonInteractive).out;
+    }
+
+    TempTree tree_;
+};
+
+} // namespace
+
+TEST_F(RunMenu, GoesBackWithSeven) {
+    EXPECT_EQ(without_model("7\n6\n"), menu_ + "\n");
+}
+
+TEST_F(RunMenu, GoesBackForALetterAndDropsItsLine) {
+    EXPECT_EQ(without_model("back 7\n6\n"), menu_);
+}
+
+TEST_F(RunMenu, WaitsForEnterAfterAnUnknownNumber) {
+    for (const char* answer : {"9", "0", "-7", "8 7", "9\r"})
+        EXPECT_EQ(without_model(std::string(answer) + "\n7 is swallowed by the prompt\n7\n6\n"),
+                  menu_ + "\nUnknown choice.\n" + NEW_LINE_ENTER + menu_ + "\n")
+            << answer;
+}
+
+TEST_F(RunMenu, RunsNothingWithoutAModel) {
+    EXPECT_EQ(without_model("2\n\n7\n6\n"), menu_ +
+                                                "\nNo spin system is currently prepared.\n"
+                                                "Import or define a model first.\n" +
+                                                NEW_LINE_ENTER + menu_ + "\n");
+}
+
+TEST_F(RunMenu, ReturnsFromTheMenuOfExpectationValues) {
+    const std::string out = without_model("3\n2\n\n7\n6\n");
+    const std::string begin = menu_ + "\n****************************************************\n"
+                                      "***       CALCULATION OF EXPECTATION VALUES      ***\n";
+    const std::string end = "Your choice [1,2] : " + NEW_LINE_ENTER + menu_ + "\n";
+    EXPECT_EQ(out.substr(0, begin.size()), begin);
+    EXPECT_EQ(out.substr(out.size() - end.size()), end);
+}
+
+TEST_F(RunMenu, HasNothingToSaveWithoutAModel) {
+    EXPECT_EQ(without_model("6\nmine\n\n\n7\n6\n"),
+              menu_ + "\n" + export_question(tree_.path("models")) +
+                  "\n[KOR] No current model is available to export yet.\n"
+                  "[KOR] Load, import, or define a spin system first, then export it.\n" +
+                  ENTER_FOR_MENU + NEW_LINE_ENTER + menu_ + "\n");
+}
+
+TEST_F(RunMenu, EndsAtTheEndOfInputBehindAnyPrompt) {
+    const std::string wait = menu_ + "\nUnknown choice.\n" + NEW_LINE_ENTER;
+    EXPECT_EQ(without_model(""), menu_);
+    EXPECT_EQ(without_model("9"), wait + menu_);
+    EXPECT_EQ(without_model("9\n"), wait + menu_);
+    for (const char* item : {"3\n", "3\n1\n", "4\n", "4\n2\n", "6\n"}) {
+        const std::string out = without_model(item);
+        const std::string end = NEW_LINE_ENTER + menu_;
+        EXPECT_EQ(out.substr(out.size() - end.size()), end) << item;
+    }
+}
+
+TEST_F(RunMenu, RunsAnImportedModelInTheRuntimeFolder) {
+    const std::string path = program_.write_model(two_spin_model("two"));
+    const ProgramResult result = program_.run({}, "3\n1\n\n2\n2\n\n7\n6\n");
+    const std::string menu = run_menu_text(path, two_spin_run_status(program_, "two"));
+    const std::string begin = OPENING_RUN_MENU + menu + "\n" + two_spin_run_begin(program_, "two");
+    const std::string end =
+        two_spin_run_end(program_, "two") + NEW_LINE_ENTER + menu + "\n" + main_menu_text(path) + EXITING;
+    EXPECT_TRUE(contains(result.out, begin)) << result.out;
+    EXPECT_EQ(result.out.substr(result.out.size() - end.size()), end);
+    EXPECT_TRUE(tree_.exists("build/runtime/dm.bin"));
+    EXPECT_TRUE(tree_.exists("build/runtime/results/two.bin"));
+    EXPECT_FALSE(tree_.exists("build/runtime/runs"));
+}
+
+TEST_F(SpectrumItem, AsksForTheKindOfSpectrum) {
+    const std::string average = played("4\n1\n");
+    EXPECT_TRUE(contains(average, SPECTRUM_QUESTION));
+    EXPECT_TRUE(contains(average, AVERAGE_TITLE));
+    EXPECT_FALSE(contains(average, SEPARATE_TITLE));
+    for (const char* other : {"2", "3", "0"}) {
+        const std::string separate = played("4\n" + std::string(other) + "\n");
+        EXPECT_TRUE(contains(separate, SEPARATE_TITLE)) << other;
+        EXPECT_FALSE(contains(separate, AVERAGE_TITLE)) << other;
+    }
+}
+
+TEST_F(SpectrumItem, TakesAnAnswerThatIsNoNumberForTheAverage) {
+    const std::string out = played("4\nxyz 2\n");
+    EXPECT_TRUE(contains(out, AVERAGE_TITLE));
+    EXPECT_FALSE(contains(out, SEPARATE_TITLE));
+}
+
+TEST_F(SpectrumItem, WritesASignalAndPutsThePlainTotalsBack) {
+    kor::g_runtime.Istat[1][1][1] = -1.0;
+    played("4\n2\n8\n0.008\n0\n");
+    EXPECT_EQ(tree_.read("korsign.bin").substr(0, 12), bytes_of<int>({1, 8, 1}));
+    // Izee + Icoup of offsets 100 and -40 Hz: pi (100 - 40) rad/s for the first state.
+    EXPECT_NEAR(kor::g_runtime.Istat[1][1][1], 60.0 * 3.141592653589793, 1e-9);
+    // Plain sums: Iz of the first state is 1/2 + 1/2. At unit norm each spin would add 1/2.
+    EXPECT_DOUBLE_EQ(kor::g_runtime.Iztot[1][1][1], 1.0);
+    EXPECT_DOUBLE_EQ(kor::g_runtime.Ixtot[1][2][1], 0.5);
+    EXPECT_DOUBLE_EQ(kor::g_runtime.Iytot[4][4][1], 0.0);
+}
