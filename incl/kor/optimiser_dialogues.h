@@ -1,0 +1,18 @@
+// Floor 3.22 - simulator: setting up and running the pulse optimiser from the console
+#pragma once
+
+namespace kor {
+
+/// Asks for a spin system, the operator O, the number of parameters and a start pulse, then optimises.
+/// A wrong answer ends it with a message on the error stream.
+void Optimize();
+
+/// Optimises par (npar parameters) from the current start density matrix, leaves the pulse in xb and yb, reports,
+/// and offers the pulse as a CSV table with a plot. A pulse with a sample that is not finite is not written.
+void StartOptimization();
+
+/// The parameter count of `units` mode pairs: 4 units, clamped to KOR_MAX_PARAMETERS (with a message that begins
+/// with `prefix`); stored in npar. 0 and a message "<prefix>invalid npar" are the caller's when the result is <= 0.
+int optimiser_parameter_count(int units, const char* prefix);
+
+} // namespace kor
