@@ -1,4 +1,4 @@
-// Floor 3.22 - simulator: setting up and running the pulse optimiser from the console
+// Floor 3.30 - simulator: setting up and running the pulse optimiser from the console
 #pragma once
 
 namespace kor {

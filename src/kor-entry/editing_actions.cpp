@@ -2,6 +2,7 @@
 
 #include "kor/runtime_state.h"
 #include "kor/spin_system_dialogues.h"
+#include "kormodel/sector_optimisation.h"
 
 #include <cstdio>
 
@@ -18,6 +19,6 @@ void RedefineSpinSystem() {
     g_runtime.systemset = 1;
 }
 
-void optimise_sector() {}
+void optimise_sector() { KORModel_OptimizePreparedSequenceSectorInteractive(); }
 
 } // namespace kor
