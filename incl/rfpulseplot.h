@@ -15,4 +15,8 @@ int WritePulseCSV(const char* filename, int ap, double h, const double* xb, cons
 /// ("WriteGnuplotPulseScript: cannot open ...").
 int WriteGnuplotPulseScript(const char* gp_name, const char* csv_name);
 
+/// Opens a plot script in gnuplot, in the background; says on standard output when gnuplot is not installed
+/// or cannot be started.
+void open_plot(const char* script_name);
+
 } // namespace kor

@@ -3,8 +3,10 @@
 #include "korlimits.h"
 #include "korplatform.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace kor {
 
@@ -75,6 +77,14 @@ int WriteGnuplotPulseScript(const char* gp_name, const char* csv_name) {
                  "pause -1\n",
                  csv_name, csv_name, csv_name, csv_name);
     return close_written(file, gp_name);
+}
+
+void open_plot(const char* script_name) {
+    const int error = platform_open_plot(script_name);
+    if (error == ENOENT)
+        std::printf("gnuplot is not installed (or not on the search path); the plot was not opened.\n");
+    else if (error != 0)
+        std::printf("gnuplot could not be started: %s\n", std::strerror(error));
 }
 
 } // namespace kor

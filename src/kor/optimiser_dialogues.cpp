@@ -7,7 +7,6 @@
 #include "kor/spin_system.h"
 #include "kor/spin_system_dialogues.h"
 #include "koroptseq.h"
-#include "korplatform.h"
 #include "rfpulselib/start_pulse.h"
 #include "rfpulseparam.h"
 #include "rfpulseplot.h"
@@ -94,7 +93,7 @@ void offer_pulse_table() {
     char script[KOR_FILE_NAME_SIZE + 4];
     std::snprintf(script, sizeof script, "%s.gp", name);
     if (WriteGnuplotPulseScript(script, name))
-        platform_open_plot(script);
+        open_plot(script);
 }
 
 } // namespace

@@ -2,26 +2,16 @@
 
 #include "consoleutil.h"
 #include "korlimits.h"
-#include "korplatform.h"
 #include "observablespectrumcalculator/spectrum_files.h"
+#include "rfpulseplot.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 namespace kor {
 
 namespace {
 
 constexpr std::size_t table_name_size = KOR_FILE_NAME_SIZE + sizeof "_fd.csv";
-
-void open_plot(const char* script_name) {
-    const int error = platform_open_plot(script_name);
-    if (error == ENOENT)
-        std::printf("gnuplot is not installed (or not on the search path); the plot was not opened.\n");
-    else if (error != 0)
-        std::printf("gnuplot could not be started: %s\n", std::strerror(error));
-}
 
 void create_csv_files_and_plot(double acq_time) {
     char fd_name[table_name_size];

@@ -64,8 +64,8 @@ kor_test::ConsoleOutput optimise(const std::string& answers) {
 const std::string table = "Current prepared 1D/2D sequence sectors:\n"
                           " idx   type   ap   nevo   duration[s]      statoff[Hz]   waveform file\n"
                           "--------------------------------------------------------------------------\n"
-                          "   1      1     64      1   0.004          0            pulse\n"
-                          "   2      1     64      1   0.004          0            pulse\n\n";
+                          "   1      1    64      1   0.004          0            pulse\n"
+                          "   2      1    64      1   0.004          0            pulse\n\n";
 const std::string ask_index = "Choose the optimizable sector index : ";
 const std::string ask_mode = "Objective mode:\n  1. Re <O>      (phase-sensitive target)\n"
                              "  2. |<O>|       (sequence-end magnitude target)\nYour choice [1..2] : ";
@@ -240,6 +240,7 @@ TEST(OfferWriteback, AFailedWriteLeavesTheOldFile) {
     const std::string before = tree.read("pulse");
     tree.make_folder("pulse.new");
     g_runtime.ap = 64;
+    std::fill_n(g_runtime.xb, 64, 1.0);
     const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
     EXPECT_NE(console.err.find("The waveform file pulse could not be written and was left as it was.\n"),
               std::string::npos);
