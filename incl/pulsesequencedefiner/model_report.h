@@ -3,7 +3,8 @@
 
 namespace kor {
 
-/// Spin system, grid (spatially resolved family only), family, number of sectors and result file.
+/// The editor's title and the model file, then spin system, grid (spatially resolved family only), family,
+/// number of sectors and result file.
 void print_model_state(int family);
 /// What is best done next: spins, grid (spatially resolved family only), sectors, then saving and running.
 void print_next_step(int family);

@@ -99,6 +99,12 @@ bool any_sector_is_defined() {
 
 void print_model_state(int family) {
     const RuntimeState& rt = g_runtime;
+    std::printf("\n"
+                "========================================\n"
+                " %s Pulse Sequence Editor\n"
+                "========================================\n"
+                "\n",
+                family == FAMILY_SPATIAL ? "Spatially Resolved" : "1D / 2D");
     KORPrintCurrentModelFileHint();
     std::puts("");
     std::puts("Current model state:");

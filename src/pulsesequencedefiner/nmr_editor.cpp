@@ -101,7 +101,6 @@ void Edit2DPulseSequence() {
     g_runtime.nevo[0] = 1;
     for (;;) {
         int choice = 0;
-        std::puts("");
         print_model_state(FAMILY_NMR);
         print_next_step(FAMILY_NMR);
         print_sector_overview(FAMILY_NMR);

@@ -97,7 +97,6 @@ void EditPulseSequence() {
     for (;;) {
         int choice = 0;
         clamp_spatial_grid();
-        std::puts("");
         print_model_state(FAMILY_SPATIAL);
         print_next_step(FAMILY_SPATIAL);
         print_sector_overview(FAMILY_SPATIAL);
