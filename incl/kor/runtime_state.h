@@ -1,6 +1,6 @@
 // Floor 3.1 - simulator: the one model that the process works on
 //
-// A single statically allocated record (about 14 MB), all zero when the process starts. Operations exchange
+// A single statically allocated record (about 13 MB), all zero when the process starts. Operations exchange
 // data through it: activation and the composer write the definition, spin_system derives operators and
 // basis from it, the drivers and the propagation update the rest. Arrays are indexed from 1 (element 0
 // unused) except the waveforms and the optimiser's vectors, which are indexed from 0. Single-threaded; take

@@ -1,0 +1,434 @@
+#include "kormodel/paths.h"
+
+#include "korlimits.h"
+#include "korpaths.h"
+#include "korplatform.h"
+#include "model_set.h"
+
+#include <gtest/gtest.h>
+
+using namespace kor;
+using namespace kor_test;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The text that operation(out, size) writes, or "<failed>".
+template <class Operation> std::string path_of(Operation operation) {
+    char out[KOR_PATH_SIZE] = "untouched";
+    return operation(out, sizeof out) ? out : "<failed>";
+}
+
+std::string join(const std::string& dir, const std::string& leaf) {
+    return path_of(
+        [&](char* out, std::size_t n) { return kor_join_path(out, n, dir.c_str(), leaf.c_str()); });
+}
+
+std::string folder_of(const char* path) {
+    return path_of([&](char* out, std::size_t n) { return kor_dirname_copy(path, out, n); });
+}
+
+std::string grandparent_of(const char* path) {
+    return path_of([&](char* out, std::size_t n) { return kor_parent_dir_copy(path, out, n); });
+}
+
+std::string leaf_of(const char* path) {
+    return path_of(
+        [&](char* out, std::size_t n) { return kor_copy_basename_without_extension_local(path, out, n); });
+}
+
+std::string tail_of(const char* path, const char* prefix) {
+    return path_of([&](char* out, std::size_t n) { return kor_tail_after_prefix(path, prefix, out, n); });
+}
+
+std::string root_of(const std::string& model) {
+    return path_of([&](char* out, std::size_t n) { return kor_set_root_folder(model.c_str(), out, n); });
+}
+
+std::string resolve_part(const std::string& model, const std::string& value) {
+    return path_of([&](char* out, std::size_t n) {
+        return kor_resolve_model_relative_path(model.c_str(), value.c_str(), out, n);
+    });
+}
+
+std::string resolve_result(const std::string& value) {
+    return path_of([&](char* out, std::size_t n) {
+        return kor_resolve_result_path("/m/x.kormodel", value.c_str(), out, n);
+    });
+}
+
+std::string resolve_pulse(const std::string& sequence, const std::string& stored) {
+    return path_of([&](char* out, std::size_t n) {
+        return kor_resolve_sector_pulse_path(sequence.c_str(), stored.c_str(), out, n);
+    });
+}
+
+std::string portable_pulse(const std::string& sequence, const std::string& stored) {
+    return path_of([&](char* out, std::size_t n) {
+        return kor_make_portable_sector_pulse_path(sequence.c_str(), stored.c_str(), out, n);
+    });
+}
+
+std::string portable_result(const std::string& model, const std::string& stored) {
+    return path_of([&](char* out, std::size_t n) {
+        return kor_make_portable_result_path(model.c_str(), stored.c_str(), out, n);
+    });
+}
+
+std::string not_found_message(const std::string& sequence, const std::string& stored) {
+    char message[4096] = "";
+    kor_set_sector_pulse_resolution_error(sequence.c_str(), stored.c_str(), 12, 3, message, sizeof message);
+    return message;
+}
+
+std::string results_folder() {
+    return path_of([](char* out, std::size_t n) { return kor_get_runtime_results_dir(out, n); });
+}
+
+std::string rf_output_folder() {
+    return path_of([](char* out, std::size_t n) { return KOR_GetDefaultRFOutputDir(out, n); });
+}
+
+/// A file in the RF output folder under a name of this process; taken away at the end.
+struct RfOutputFile {
+    std::string name = "kormodel-test-" + std::to_string(platform_process_id()) + ".bin";
+    std::string path = rf_output_folder() + platform_separator() + name;
+    RfOutputFile() { write_file(path, "x"); }
+    ~RfOutputFile() { fs::remove(path); }
+};
+
+const std::string separator(1, platform_separator());
+
+} // namespace
+
+TEST(JoinPath, InsertsOneSeparatorWhereNoneStands) {
+    EXPECT_EQ(join("a", "b"), "a" + separator + "b");
+    EXPECT_EQ(join("", "b"), "b");
+    EXPECT_EQ(join("C:\\", "b"), "C:\\b");
+    EXPECT_EQ(join("a/", "b"), "a/b");
+    EXPECT_EQ(join("a", ""), "a" + separator);
+}
+
+TEST(JoinPath, WritesNothingWhatDoesNotFit) {
+    char out[5] = "old";
+    EXPECT_EQ(kor_join_path(out, sizeof out, "ab", "cd"), 0);
+    EXPECT_STREQ(out, "old");
+    EXPECT_EQ(kor_join_path(out, sizeof out, "ab", "c"), 1);
+    EXPECT_EQ(std::string(out), "ab" + separator + "c");
+}
+
+TEST(Dirname, EndsBeforeTheLastSeparatorOfEitherKind) {
+    EXPECT_EQ(folder_of("a/b\\c"), "a/b");
+    EXPECT_EQ(folder_of("a\\b/c"), "a\\b");
+    EXPECT_EQ(folder_of("a/b/"), "a/b");
+    EXPECT_EQ(folder_of("C:\\x"), "C:");
+    EXPECT_EQ(folder_of("leaf"), "<failed>");
+    EXPECT_EQ(folder_of(""), "<failed>");
+    EXPECT_EQ(folder_of(nullptr), "<failed>");
+}
+
+TEST(Dirname, FailsWhenItDoesNotFit) {
+    char out[4] = "old";
+    EXPECT_EQ(kor_dirname_copy("abcd/e", out, sizeof out), 0);
+    EXPECT_STREQ(out, "old");
+    EXPECT_EQ(kor_dirname_copy("abc/e", out, sizeof out), 1);
+    EXPECT_STREQ(out, "abc");
+}
+
+TEST(Dirname, OfAFileInTheRootIsTheRoot) {
+    EXPECT_EQ(folder_of("/case.kormodel"), platform_path_is_absolute("/case.kormodel") ? "/" : "");
+}
+
+TEST(ParentDir, IsTheFolderOfTheFolder) {
+    EXPECT_EQ(grandparent_of("root/models/x.kormodel"), "root");
+    EXPECT_EQ(grandparent_of("root\\models/x.kormodel"), "root");
+    EXPECT_EQ(grandparent_of("./x.kormodel"), "<failed>");
+    EXPECT_EQ(grandparent_of("x.kormodel"), "<failed>");
+}
+
+TEST(SetRoot, IsTheParentOfTheModelFilesFolder) {
+    EXPECT_EQ(root_of("root/models/x.kormodel"), "root");
+    EXPECT_EQ(root_of("/data/root/models/x.kormodel"), "/data/root");
+    EXPECT_EQ(root_of("../models/x.kormodel"), "..");
+}
+
+TEST(SetRoot, ComesFromTheWorkingDirectoryWhenThePathDoesNotNameIt) {
+    const ModelSet set;
+    const std::string here = fs::current_path();
+    const std::string above = fs::current_path().parent_path();
+    EXPECT_EQ(root_of("x.kormodel"), above);
+    EXPECT_EQ(root_of("./x.kormodel"), above);
+    EXPECT_EQ(root_of("models/x.kormodel"), here);
+    EXPECT_EQ(root_of("models/./x.kormodel"), here);
+    EXPECT_EQ(root_of("models/../x.kormodel"), above);
+    EXPECT_EQ(root_of(here + "/models/deeper/../x.kormodel"), here);
+    EXPECT_EQ(root_of(here + "/models/./x.kormodel"), here);
+}
+
+TEST(AbsolutePath, IsADriveWithSeparatorOrTwoLeadingSeparators) {
+    for (const char* path : {"C:\\x", "z:/x", "\\\\server\\x", "//server/x"})
+        EXPECT_EQ(kor_path_is_absolute(path), 1) << path;
+    for (const char* path : {"", "x", "C:x", "C:", "1:/x", "\\x", "./x", "a//b"})
+        EXPECT_EQ(kor_path_is_absolute(path), 0) << path;
+    EXPECT_EQ(kor_path_is_absolute(nullptr), 0);
+}
+
+TEST(PathHasSeparator, KnowsBothKinds) {
+    EXPECT_EQ(kor_path_has_separator("a/b"), 1);
+    EXPECT_EQ(kor_path_has_separator("a\\b"), 1);
+    EXPECT_EQ(kor_path_has_separator("a:b"), 0);
+    EXPECT_EQ(kor_path_has_separator(""), 0);
+    EXPECT_EQ(kor_path_has_separator(nullptr), 0);
+}
+
+TEST(NormalizeSavedPath, TurnsBackslashesIntoSlashes) {
+    char path[] = "C:\\a/b\\\\c";
+    kor_normalize_saved_path(path);
+    EXPECT_STREQ(path, "C:/a/b//c");
+}
+
+TEST(BasenameWithoutExtension, CutsFolderAndLastExtension) {
+    EXPECT_EQ(leaf_of("a/b.c.kormodel"), "b.c");
+    EXPECT_EQ(leaf_of("a\\b.kormodel"), "b");
+    EXPECT_EQ(leaf_of("b"), "b");
+    EXPECT_EQ(leaf_of("a/.kormodel"), ".kormodel");
+    EXPECT_EQ(leaf_of("a/"), "<failed>");
+    EXPECT_EQ(leaf_of(""), "<failed>");
+    char out[3] = "";
+    EXPECT_EQ(kor_copy_basename_without_extension_local("abc.x", out, sizeof out), 0);
+    EXPECT_EQ(kor_copy_basename_without_extension_local("ab.x", out, sizeof out), 1);
+}
+
+TEST(EnsureDir, MakesOneFolderOrFindsIt) {
+    const ModelSet set;
+    EXPECT_EQ(kor_ensure_dir("made"), 1);
+    EXPECT_TRUE(fs::is_directory("made"));
+    EXPECT_EQ(kor_ensure_dir("made"), 1);
+    EXPECT_EQ(kor_ensure_dir("missing/made"), 0);
+    EXPECT_EQ(kor_ensure_dir(nullptr), 0);
+}
+
+TEST(FileExists, MeansThatItOpensForReading) {
+    const ModelSet set;
+    EXPECT_EQ(kor_file_exists_local(set.wave().c_str()), 1);
+    EXPECT_EQ(kor_file_exists_local("missing"), 0);
+    EXPECT_EQ(kor_file_exists_local(""), 0);
+}
+
+TEST(RuntimeResults, LieBesideTheExecutableAndAreMade) {
+    const std::string executable =
+        path_of([](char* out, std::size_t n) { return KOR_GetExecutableDir(out, n); });
+    EXPECT_EQ(results_folder(), executable + separator + "runtime" + separator + "results");
+    EXPECT_TRUE(fs::is_directory(results_folder()));
+    char small[8] = "";
+    EXPECT_EQ(kor_get_runtime_results_dir(small, sizeof small), 0);
+}
+
+TEST(ResolveModelRelative, StartsAtTheModelFilesFolder) {
+    EXPECT_EQ(resolve_part("m/x.kormodel", "../s/a.korspin"), "m" + separator + "../s/a.korspin");
+    EXPECT_EQ(resolve_part("m/x.kormodel", "/abs/a.korspin"), "/abs/a.korspin");
+    EXPECT_EQ(resolve_part("m/x.kormodel", "C:\\abs\\a.korspin"), "C:\\abs\\a.korspin");
+    EXPECT_EQ(resolve_part("x.kormodel", "a.korspin"), "a.korspin");
+    EXPECT_EQ(resolve_part("m/x.kormodel", ""), "");
+}
+
+TEST(ResolveModelRelative, FailsWhenItDoesNotFit) {
+    char out[8];
+    EXPECT_EQ(kor_resolve_model_relative_path("m/x", "12345", out, sizeof out), 1);
+    EXPECT_EQ(kor_resolve_model_relative_path("m/x", "123456", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_model_relative_path("x", "12345678", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_model_relative_path(nullptr, "a", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_model_relative_path("m/x", nullptr, out, sizeof out), 0);
+}
+
+TEST(ResolveModelRelative, TakesTheSpellingOfAnExistingFile) {
+    const ModelSet set;
+    const std::string exact = resolve_part(set.model(), "../spin-systems/test-two-spin.korspin");
+    EXPECT_EQ(exact, (set.root() / "models/../spin-systems/test-two-spin.korspin").string());
+    EXPECT_EQ(resolve_part(set.model(), "..\\Spin-Systems\\TEST-two-spin.KORSPIN"), exact);
+    EXPECT_EQ(resolve_part(set.model(), "../Spin-Systems/other.korspin"),
+              (set.root() / "models/../Spin-Systems/other.korspin").string());
+}
+
+TEST(ResolveResult, LeadsIntoTheRuntimeResultsWhateverTheModel) {
+    EXPECT_EQ(resolve_result("r.bin"), results_folder() + separator + "r.bin");
+    EXPECT_EQ(resolve_result("sub/r.bin"), results_folder() + separator + "sub/r.bin");
+    EXPECT_EQ(resolve_result("/abs/r.bin"), "/abs/r.bin");
+    EXPECT_EQ(resolve_result("D:/r.bin"), "D:/r.bin");
+    EXPECT_EQ(resolve_result(""), "");
+}
+
+TEST(ResolveResult, FailsWhenItDoesNotFit) {
+    const std::string folder = results_folder() + separator;
+    char out[KOR_FILE_NAME_SIZE];
+    const std::string fits(sizeof out - 1 - folder.size(), 'r');
+    EXPECT_EQ(kor_resolve_result_path("m", fits.c_str(), out, sizeof out), 1);
+    EXPECT_EQ(folder + fits, out);
+    EXPECT_EQ(kor_resolve_result_path("m", (fits + "r").c_str(), out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_result_path("m", ("/" + std::string(255, 'r')).c_str(), out, sizeof out), 0);
+}
+
+TEST(ResolveSectorPulse, EmptyAndAbsolutePathsStay) {
+    const ModelSet set;
+    EXPECT_EQ(resolve_pulse(set.sequence(), ""), "");
+    EXPECT_EQ(resolve_pulse(set.sequence(), "/missing/p.bin"), "/missing/p.bin");
+    EXPECT_EQ(resolve_pulse(set.sequence(), "C:\\missing\\p.bin"), "C:\\missing\\p.bin");
+    EXPECT_EQ(resolve_pulse(set.sequence(), set.wave()), set.wave());
+}
+
+TEST(ResolveSectorPulse, RelativeToTheSequenceFilesFolderFoundOrNot) {
+    const ModelSet set;
+    const std::string folder = set.root() / "sequences/test-gradient";
+    EXPECT_EQ(resolve_pulse(set.sequence(), "waveforms/wave1-excitation"), set.wave());
+    EXPECT_EQ(resolve_pulse(set.sequence(), "waveforms/missing"), folder + separator + "waveforms/missing");
+    EXPECT_EQ(resolve_pulse("test.korseq", "waveforms/missing"), "waveforms/missing");
+}
+
+TEST(ResolveSectorPulse, ALeafIsLookedForInThreeFolders) {
+    const ModelSet set;
+    const RfOutputFile rf;
+    const fs::path folder = set.root() / "sequences/test-gradient";
+    const std::string beside = folder.string() + separator + rf.name;
+    const std::string waves = (folder / "waveforms").string() + separator + rf.name;
+    EXPECT_EQ(resolve_pulse(set.sequence(), rf.name), rf.path);
+    write_file(waves, "x");
+    EXPECT_EQ(resolve_pulse(set.sequence(), rf.name), waves);
+    write_file(beside, "x");
+    EXPECT_EQ(resolve_pulse(set.sequence(), rf.name), beside);
+    EXPECT_EQ(resolve_pulse(set.sequence(), "nowhere.bin"), folder.string() + separator + "nowhere.bin");
+}
+
+TEST(ResolveSectorPulse, ALeafOfASequenceWithoutFolderComesFromTheRfOutput) {
+    const ModelSet set;
+    const RfOutputFile rf;
+    EXPECT_EQ(resolve_pulse("test.korseq", rf.name), rf.path);
+    EXPECT_EQ(resolve_pulse("test.korseq", "nowhere.bin"), "nowhere.bin");
+}
+
+TEST(ResolveSectorPulse, TakesTheSpellingOfAnExistingFile) {
+    const ModelSet set;
+    const fs::path folder = set.root() / "sequences/test-gradient";
+    write_file(folder / "Beside.BIN", "x");
+    write_file(folder / "waveforms/Inside.Bin", "x");
+    EXPECT_EQ(resolve_pulse(set.sequence(), "WAVEFORMS\\Wave1-Excitation"), set.wave());
+    EXPECT_EQ(resolve_pulse(set.sequence(), "beside.bin"), (folder / "Beside.BIN").string());
+    EXPECT_EQ(resolve_pulse(set.sequence(), "inside.bin"), (folder / "waveforms/Inside.Bin").string());
+    EXPECT_EQ(resolve_pulse("x.korseq", (set.root() / "SEQUENCES/test-gradient/BESIDE.bin").string()),
+              (folder / "Beside.BIN").string());
+}
+
+TEST(ResolveSectorPulse, ALeafFolderIsNoFile) {
+    const ModelSet set;
+    EXPECT_EQ(kor_file_exists_local(resolve_pulse(set.sequence(), "waveforms").c_str()), 0);
+}
+
+TEST(ResolveSectorPulse, FailsWhenItDoesNotFit) {
+    char out[8];
+    EXPECT_EQ(kor_resolve_sector_pulse_path("s/x", "a/123", out, sizeof out), 1);
+    EXPECT_EQ(kor_resolve_sector_pulse_path("s/x", "a/1234", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_sector_pulse_path("s/x", "/1234567", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_sector_pulse_path(nullptr, "a", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_sector_pulse_path("s/x", nullptr, out, sizeof out), 0);
+}
+
+TEST(SectorPulseError, SaysWhatWasStoredAndTried) {
+    const std::string start = "line 12: sector_pulsefile for sector 3 ";
+    const std::string rf = rf_output_folder() + separator;
+    EXPECT_EQ(not_found_message("s/x.korseq", ""), start + "is empty");
+    EXPECT_EQ(not_found_message("s/x.korseq", "/a/p"),
+              start + "not found; stored absolute path '/a/p' does not exist");
+    EXPECT_EQ(not_found_message("s/x.korseq", "w/p"), start +
+                                                          "not found; stored relative path 'w/p'; tried "
+                                                          "model-relative 's" +
+                                                          separator + "w/p'");
+    EXPECT_EQ(not_found_message("x.korseq", "w/p"), start + "not found; stored relative path 'w/p'");
+    EXPECT_EQ(not_found_message("s/x.korseq", "p"),
+              start + "not found; stored leafname 'p'; tried model-relative 's" + separator +
+                  "p' and RF-output '" + rf + "p'");
+    EXPECT_EQ(not_found_message("x.korseq", "p"),
+              start + "not found; stored leafname 'p'; tried RF-output '" + rf + "p'");
+}
+
+TEST(SectorPulseError, NamesNoCandidateThatCannotBeFormed) {
+    const std::string start = "line 12: sector_pulsefile for sector 3 not found; stored ";
+    const std::string long_leaf(1023, 'p');
+    EXPECT_EQ(not_found_message("s/x.korseq", long_leaf), start + "leafname '" + long_leaf + "'");
+    const std::string long_path = "w/" + std::string(1020, 'p');
+    EXPECT_EQ(not_found_message("s/x.korseq", long_path), start + "relative path '" + long_path + "'");
+}
+
+TEST(TailAfterPrefix, IsTheLowerCasePartBelowAFolder) {
+    EXPECT_EQ(tail_of("C:\\Data\\Seq\\Waves\\P1.BIN", "c:/data/SEQ"), "waves/p1.bin");
+    EXPECT_EQ(tail_of("/a/b///C", "/a/b"), "c");
+    EXPECT_EQ(tail_of("/a/b", "/a/b"), "");
+    EXPECT_EQ(tail_of("/a/b/", "/a/b"), "");
+    EXPECT_EQ(tail_of("/a/bc", "/a/b"), "<failed>");
+    EXPECT_EQ(tail_of("/a", "/a/b"), "<failed>");
+    EXPECT_EQ(tail_of("/x/b/c", "/a/b"), "<failed>");
+    EXPECT_EQ(tail_of(nullptr, "/a"), "<failed>");
+    EXPECT_EQ(tail_of("/a", nullptr), "<failed>");
+}
+
+TEST(TailAfterPrefix, FailsWhenItDoesNotFitAndLooksAt2047Characters) {
+    char tail[4];
+    EXPECT_EQ(kor_tail_after_prefix("/a/bcd", "/a", tail, sizeof tail), 1);
+    EXPECT_EQ(kor_tail_after_prefix("/a/bcde", "/a", tail, sizeof tail), 0);
+    char whole[4096];
+    const std::string path = "/a/" + std::string(3000, 'b');
+    EXPECT_EQ(kor_tail_after_prefix(path.c_str(), "/a", whole, sizeof whole), 1);
+    EXPECT_EQ(std::string(whole), std::string(2044, 'b'));
+}
+
+TEST(PortableSectorPulse, IsRelativeToTheSequenceFilesFolderOrItsParent) {
+    EXPECT_EQ(portable_pulse("C:\\Data\\Seq\\s.korseq", "C:\\Data\\Seq\\Waves\\P1.BIN"), "waves/p1.bin");
+    EXPECT_EQ(portable_pulse("C:\\Data\\Seq\\s.korseq", "C:\\Data\\Other\\P1.BIN"), "../other/p1.bin");
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/d/seq/P1.BIN"), "p1.bin");
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/D/Seq2/P1.BIN"), "../seq2/p1.bin");
+}
+
+TEST(PortableSectorPulse, OtherPathsStayWithSlashes) {
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", ""), "");
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "Waves\\P1.BIN"), "Waves/P1.BIN");
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "E:\\Other\\P1.BIN"), "E:/Other/P1.BIN");
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/other/P1.BIN"), "/other/P1.BIN");
+    EXPECT_EQ(portable_pulse("s.korseq", "/other/P1.BIN"), "/other/P1.BIN");
+    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/d/seq"), "../seq");
+}
+
+TEST(PortableSectorPulse, FailsWhenItDoesNotFit) {
+    char out[6];
+    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/ab", out, sizeof out), 1);
+    EXPECT_STREQ(out, "../ab");
+    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/abc", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/s/abcdef", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "abcdef", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_sector_pulse_path(nullptr, "a", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_sector_pulse_path("x", nullptr, out, sizeof out), 0);
+}
+
+TEST(PortableResult, IsALeafInTheRuntimeResults) {
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", results_folder() + "/Result.BIN"), "result.bin");
+}
+
+TEST(PortableResult, DeeperResultsAreSeenFromTheModelFile) {
+    const std::string results = results_folder();
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", results + "/sub/R.bin"), results + "/sub/R.bin");
+    EXPECT_EQ(portable_result(results + "/x.kormodel", results + "/sub/R.bin"), "sub/r.bin");
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", "/M/Models/Out/R.bin"), "out/r.bin");
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", "/m/out/R.bin"), "../out/r.bin");
+}
+
+TEST(PortableResult, OtherPathsStayWithSlashes) {
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", ""), "");
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", "Out\\R.bin"), "Out/R.bin");
+    EXPECT_EQ(portable_result("/m/models/x.kormodel", "D:\\Out\\R.bin"), "D:/Out/R.bin");
+    EXPECT_EQ(portable_result("x.kormodel", "/out/R.bin"), "/out/R.bin");
+}
+
+TEST(PortableResult, FailsWhenItDoesNotFit) {
+    char out[6];
+    EXPECT_EQ(kor_make_portable_result_path("/d/m/x", "/d/abc", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_result_path("/d/m/x", "/e/abc", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_result_path(nullptr, "a", out, sizeof out), 0);
+    EXPECT_EQ(kor_make_portable_result_path("x", nullptr, out, sizeof out), 0);
+}
