@@ -1,0 +1,276 @@
+#include "kormodel/save.h"
+
+#include "korplatform.h"
+#include "model_set.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace kor;
+using namespace kor_test;
+namespace fs = std::filesystem;
+
+namespace {
+
+Outcome io_error(const std::string& message) {
+    return {KOR_MODEL_ERR_IO, message};
+}
+
+template <std::size_t size> void set_text(char (&field)[size], const std::string& text) {
+    copy_truncated(text.c_str(), field, size);
+}
+
+const std::string written_model = "format_version: 1\n"
+                                  "model_name: out\n"
+                                  "\n"
+                                  "spin_system_file: ../spin-systems/out.korspin\n"
+                                  "sequence_file: ../sequences/out/out.korseq\n"
+                                  "\n"
+                                  "ndx: 1\n"
+                                  "ndy: 2\n"
+                                  "ndz: 3\n"
+                                  "x0_cm: -0.1\n"
+                                  "y0_cm: 1e-07\n"
+                                  "z0_cm: 0.333333333333333\n"
+                                  "dx_cm: 5\n"
+                                  "dy_cm: 123456789012345\n"
+                                  "dz_cm: 1.23456789012346e+15\n"
+                                  "result_file: result.bin\n";
+
+} // namespace
+
+TEST(SaveModel, WritesTheModelFileToTheByte) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    model.cfg = {1, 2, 3, -0.1, 1e-7, 1.0 / 3.0, 5.0, 123456789012345.0, 1234567890123456.0, "result.bin",
+                 ""};
+    const std::string file = set.root() / "models/out.kormodel";
+    EXPECT_EQ(save_model(file, model), ok);
+    EXPECT_EQ(read_file(file), written_model);
+}
+
+TEST(SaveModel, WritesTheSpinFileToTheByte) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    model.spin.nspins = 3;
+    model.spin.spin_quantum_numbers[3] = 2;
+    model.spin.relative_intensities[3] = -0.0;
+    model.spin.resonance_offsets_hz[3] = 1e-20;
+    model.spin.coupling_mode = 2;
+    model.spin.j_hz[2][3] = model.spin.j_hz[3][2] = -7.25;
+    model.spin.j_hz[4][5] = model.spin.j_hz[5][4] = 99.0;
+    EXPECT_EQ(save_model(set.root() / "models/out.kormodel", model), ok);
+    EXPECT_EQ(read_file(set.root() / "spin-systems/out.korspin"), "format_version: 1\n"
+                                                                  "spin_system_name: out\n"
+                                                                  "\n"
+                                                                  "nspins: 3\n"
+                                                                  "spin_quantum_numbers: 1 1 2\n"
+                                                                  "relative_intensities: 1 0.5 -0\n"
+                                                                  "resonance_offsets_hz: 100 -40 1e-20\n"
+                                                                  "coupling_mode: 2\n"
+                                                                  "jcoupling_hz: 1 2 12\n"
+                                                                  "jcoupling_hz: 2 3 -7.25\n");
+}
+
+TEST(SaveModel, WritesTheSequenceFileToTheByte) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    model.seq.sequence_type = 2;
+    model.seq.sector_count = 2;
+    const std::string wave = set.root() / "sequences/out/Waves/P1.BIN";
+    set_text(model.seq.sectors[1].pulse_filename, wave);
+    KORPulseSectorDef& second = model.seq.sectors[2];
+    second = {2, 1024, 16, 0.25, -1250.5, "..\\Shared\\adc.bin", ""};
+    EXPECT_EQ(save_model(set.root() / "models/out.kormodel", model), ok);
+    EXPECT_EQ(read_file(set.root() / "sequences/out/out.korseq"), "format_version: 1\n"
+                                                                  "sequence_name: out\n"
+                                                                  "\n"
+                                                                  "sequence_type: 2\n"
+                                                                  "number_of_sectors: 2\n"
+                                                                  "sector_type: 1 1\n"
+                                                                  "sector_timepoints: 1 1\n"
+                                                                  "sector_evolpoints: 1 1\n"
+                                                                  "sector_duration_s: 1 1e-05\n"
+                                                                  "sector_pulsefile: 1 waves/p1.bin\n"
+                                                                  "sector_statoff_hz: 1 0\n"
+                                                                  "sector_remark: 1 test\n"
+                                                                  "sector_type: 2 2\n"
+                                                                  "sector_timepoints: 2 1024\n"
+                                                                  "sector_evolpoints: 2 16\n"
+                                                                  "sector_duration_s: 2 0.25\n"
+                                                                  "sector_pulsefile: 2 ../Shared/adc.bin\n"
+                                                                  "sector_statoff_hz: 2 -1250.5\n"
+                                                                  "sector_remark: 2 \n");
+}
+
+TEST(SaveModel, TheSetIsNamedAfterTheModel) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    set_text(model.cfg.model_name, "Two words");
+    const std::string file = set.root() / "models/other.kormodel";
+    EXPECT_EQ(save_model(file, model), ok);
+    EXPECT_TRUE(fs::exists(set.root() / "spin-systems/Two words.korspin"));
+    EXPECT_TRUE(fs::exists(set.root() / "sequences/Two words/Two words.korseq"));
+    EXPECT_NE(read_file(file).find("sequence_file: ../sequences/Two words/Two words.korseq\n"),
+              std::string::npos);
+}
+
+TEST(SaveModel, AModelFileWithoutAUsableLeafNameIsCalledModel) {
+    const ModelSet set;
+    const std::string file = set.root() / "models" / (std::string(300, 'x') + ".kormodel");
+    EXPECT_EQ(save_model(file, two_spin_model()), io_error("could not open '" + file + "' for writing"));
+    EXPECT_TRUE(fs::exists(set.root() / "spin-systems/model.korspin"));
+    EXPECT_TRUE(fs::exists(set.root() / "sequences/model/model.korseq"));
+}
+
+TEST(SaveModel, ReplacesAnExistingSet) {
+    const ModelSet set;
+    const std::string file = set.root() / "models/out.kormodel";
+    write_file(file, std::string(5000, 'x'));
+    write_file(set.root() / "spin-systems/out.korspin", std::string(5000, 'x'));
+    EXPECT_EQ(save_model(file, two_spin_model()), ok);
+    EXPECT_EQ(read_file(file).find('x'), written_model.find('x'));
+    Model loaded;
+    write_file(set.root() / "sequences/out/waveforms/p1", "x");
+    EXPECT_EQ(load_model(file, loaded), ok);
+}
+
+TEST(SaveModel, AResultInTheRuntimeResultsIsSavedAsItsLeaf) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    char results[KOR_PATH_SIZE] = "";
+    kor_get_runtime_results_dir(results, sizeof results);
+    set_text(model.cfg.result_filename, std::string(results) + "/Run 1.bin");
+    const std::string file = set.root() / "models/out.kormodel";
+    EXPECT_EQ(save_model(file, model), ok);
+    EXPECT_NE(read_file(file).find("\nresult_file: run 1.bin\n"), std::string::npos);
+}
+
+TEST(SaveModel, APathWithoutGrandparentUsesTheWorkingDirectory) {
+    for (const std::string name : {"my_model.kormodel", "./my_model.kormodel"}) {
+        const ModelSet set;
+        const ScopedChdir models(set.root() / "models");
+        Model model = two_spin_model();
+        set_text(model.seq.sectors[1].pulse_filename, (set.root() / "sequences/my_model/w/p1").string());
+        write_file(set.root() / "sequences/my_model/w/p1", "x");
+        EXPECT_EQ(save_model(name, model), ok);
+        EXPECT_TRUE(fs::exists(set.root() / "models/my_model.kormodel"));
+        EXPECT_TRUE(fs::exists(set.root() / "spin-systems/my_model.korspin"));
+        EXPECT_NE(
+            read_file(set.root() / "sequences/my_model/my_model.korseq").find("sector_pulsefile: 1 w/p1\n"),
+            std::string::npos);
+        Model loaded;
+        EXPECT_EQ(load_model(name, loaded), ok);
+        EXPECT_STREQ(loaded.cfg.model_name, "my_model");
+    }
+}
+
+TEST(SaveModel, NullArguments) {
+    const Model model = two_spin_model();
+    for (int missing = 0; missing < 4; ++missing)
+        EXPECT_EQ(outcome_of([&](char* m, std::size_t n) {
+                      return KORModel_SaveText(
+                          missing == 0 ? nullptr : "x", missing == 1 ? nullptr : &model.spin,
+                          missing == 2 ? nullptr : &model.seq, missing == 3 ? nullptr : &model.cfg, m, n);
+                  }),
+                  (Outcome{KOR_MODEL_ERR_NULLPTR, "save arguments must be non-null"}));
+}
+
+TEST(SaveModel, AnInvalidModelWritesNothing) {
+    const TempTree tree;
+    Model model = two_spin_model();
+    model.seq.sectors[1].total_duration_s = 0.0;
+    EXPECT_EQ(save_model(tree.path("models/out.kormodel"), model),
+              (Outcome{KOR_MODEL_ERR_RANGE, "sector 1 total_duration_s=0 must be > 0"}));
+    EXPECT_TRUE(tree.names().empty());
+}
+
+TEST(SaveModel, FoldersThatCannotBeFormed) {
+    const std::string file = "/" + std::string(1010, 'r') + "/models/x.kormodel";
+    const std::string whole = "could not derive split output directories for '" + file + "'";
+    EXPECT_EQ(save_model(file, two_spin_model()), io_error(whole.substr(0, KOR_MESSAGE_SIZE - 1)));
+}
+
+TEST(SaveModel, FoldersThatCannotBeMade) {
+    const ModelSet set;
+    const Outcome refused = io_error("could not create split output directories");
+    EXPECT_EQ(save_model(set.root() / "missing/models/x.kormodel", two_spin_model()), refused);
+    EXPECT_EQ(save_model("/proc/models/x.kormodel", two_spin_model()), refused);
+    write_file(set.root() / "flat/sequences", "a file");
+    EXPECT_EQ(save_model(set.root() / "flat/models/x.kormodel", two_spin_model()), refused);
+    Model model = two_spin_model();
+    set_text(model.cfg.model_name, "two/levels");
+    EXPECT_EQ(save_model(set.root() / "models/x.kormodel", model), refused);
+}
+
+TEST(SaveModel, AFileInThePlaceOfTheSpinFolderStopsTheSpinFile) {
+    const ModelSet set;
+    const fs::path root = set.root() / "flat";
+    write_file(root / "spin-systems", "a file");
+    EXPECT_EQ(save_model(root / "models/x.kormodel", two_spin_model()),
+              io_error("could not open '" + (root / "spin-systems/x.korspin").string() + "' for writing"));
+    EXPECT_EQ(read_file(root / "spin-systems"), "a file");
+}
+
+TEST(SaveModel, LeafNamesHaveAtMost255Characters) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    const std::string file = set.root() / "models/x.kormodel";
+    set_text(model.cfg.model_name, std::string(247, 'n'));
+    EXPECT_EQ(save_model(file, model), ok);
+    set_text(model.cfg.model_name, std::string(248, 'n'));
+    EXPECT_EQ(save_model(file, model), io_error("split output path is too long"));
+    EXPECT_TRUE(fs::is_directory(set.root() / "sequences" / std::string(248, 'n')));
+}
+
+TEST(SaveModel, FullPathsHaveAtMost1023Characters) {
+    const ModelSet set;
+    fs::path root = set.root();
+    while (root.string().size() < 780)
+        root /= std::string(100, 'd');
+    // The longest path is ROOT/sequences/NAME/NAME.korseq; an odd rest goes into ROOT.
+    const std::size_t rest = 1023 - root.string().size() -
+                             std::strlen("/sequences/"
+                                         "/.korseq");
+    if (rest % 2 == 1)
+        root += "d";
+    fs::create_directories(root / "models");
+    Model model = two_spin_model();
+    set_text(model.cfg.model_name, std::string(rest / 2, 'n'));
+    EXPECT_EQ(save_model(root / "models/x.kormodel", model), ok);
+    set_text(model.cfg.model_name, std::string(rest / 2 + 1, 'n'));
+    EXPECT_EQ(save_model(root / "models/x.kormodel", model), io_error("split output path is too long"));
+}
+
+TEST(SaveModel, AModelFileThatDoesNotOpenLeavesTheOthers) {
+    const ModelSet set;
+    const std::string file = set.root() / "missing/x.kormodel";
+    EXPECT_EQ(save_model(file, two_spin_model()), io_error("could not open '" + file + "' for writing"));
+    EXPECT_TRUE(fs::exists(set.root() / "spin-systems/x.korspin"));
+    EXPECT_TRUE(fs::exists(set.root() / "sequences/x/x.korseq"));
+}
+
+TEST(SaveModel, ASequenceFileThatDoesNotOpenLeavesTheSpinFile) {
+    const ModelSet set;
+    fs::create_directories(set.root() / "sequences/x/x.korseq");
+    const std::string file = set.root() / "models/x.kormodel";
+    EXPECT_EQ(
+        save_model(file, two_spin_model()),
+        io_error("could not open '" + (set.root() / "sequences/x/x.korseq").string() + "' for writing"));
+    EXPECT_TRUE(fs::exists(set.root() / "spin-systems/x.korspin"));
+    EXPECT_FALSE(fs::exists(file));
+}
+
+TEST(SaveModel, AFullDiskIsReported) {
+    if (!fs::exists("/dev/full"))
+        GTEST_SKIP() << "needs the device that is always full";
+    for (const std::string name : {"spin-systems/x.korspin", "sequences/x/x.korseq", "models/x.kormodel"}) {
+        const ModelSet set;
+        const fs::path file = set.root() / name;
+        fs::create_directories(file.parent_path());
+        fs::create_symlink("/dev/full", file);
+        EXPECT_EQ(save_model(set.root() / "models/x.kormodel", two_spin_model()),
+                  io_error("failed while closing '" + file.string() + "'"));
+    }
+}
