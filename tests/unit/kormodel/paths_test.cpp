@@ -37,10 +37,6 @@ std::string leaf_of(const char* path) {
         [&](char* out, std::size_t n) { return kor_copy_basename_without_extension_local(path, out, n); });
 }
 
-std::string tail_of(const char* path, const char* prefix) {
-    return path_of([&](char* out, std::size_t n) { return kor_tail_after_prefix(path, prefix, out, n); });
-}
-
 std::string root_of(const std::string& model) {
     return path_of([&](char* out, std::size_t n) { return kor_set_root_folder(model.c_str(), out, n); });
 }
@@ -60,18 +56,6 @@ std::string resolve_result(const std::string& value) {
 std::string resolve_pulse(const std::string& sequence, const std::string& stored) {
     return path_of([&](char* out, std::size_t n) {
         return kor_resolve_sector_pulse_path(sequence.c_str(), stored.c_str(), out, n);
-    });
-}
-
-std::string portable_pulse(const std::string& sequence, const std::string& stored) {
-    return path_of([&](char* out, std::size_t n) {
-        return kor_make_portable_sector_pulse_path(sequence.c_str(), stored.c_str(), out, n);
-    });
-}
-
-std::string portable_result(const std::string& model, const std::string& stored) {
-    return path_of([&](char* out, std::size_t n) {
-        return kor_make_portable_result_path(model.c_str(), stored.c_str(), out, n);
     });
 }
 
@@ -355,80 +339,4 @@ TEST(SectorPulseError, NamesNoCandidateThatCannotBeFormed) {
     EXPECT_EQ(not_found_message("s/x.korseq", long_leaf), start + "leafname '" + long_leaf + "'");
     const std::string long_path = "w/" + std::string(1020, 'p');
     EXPECT_EQ(not_found_message("s/x.korseq", long_path), start + "relative path '" + long_path + "'");
-}
-
-TEST(TailAfterPrefix, IsTheLowerCasePartBelowAFolder) {
-    EXPECT_EQ(tail_of("C:\\Data\\Seq\\Waves\\P1.BIN", "c:/data/SEQ"), "waves/p1.bin");
-    EXPECT_EQ(tail_of("/a/b///C", "/a/b"), "c");
-    EXPECT_EQ(tail_of("/a/b", "/a/b"), "");
-    EXPECT_EQ(tail_of("/a/b/", "/a/b"), "");
-    EXPECT_EQ(tail_of("/a/bc", "/a/b"), "<failed>");
-    EXPECT_EQ(tail_of("/a", "/a/b"), "<failed>");
-    EXPECT_EQ(tail_of("/x/b/c", "/a/b"), "<failed>");
-    EXPECT_EQ(tail_of(nullptr, "/a"), "<failed>");
-    EXPECT_EQ(tail_of("/a", nullptr), "<failed>");
-}
-
-TEST(TailAfterPrefix, FailsWhenItDoesNotFitAndLooksAt2047Characters) {
-    char tail[4];
-    EXPECT_EQ(kor_tail_after_prefix("/a/bcd", "/a", tail, sizeof tail), 1);
-    EXPECT_EQ(kor_tail_after_prefix("/a/bcde", "/a", tail, sizeof tail), 0);
-    char whole[4096];
-    const std::string path = "/a/" + std::string(3000, 'b');
-    EXPECT_EQ(kor_tail_after_prefix(path.c_str(), "/a", whole, sizeof whole), 1);
-    EXPECT_EQ(std::string(whole), std::string(2044, 'b'));
-}
-
-TEST(PortableSectorPulse, IsRelativeToTheSequenceFilesFolderOrItsParent) {
-    EXPECT_EQ(portable_pulse("C:\\Data\\Seq\\s.korseq", "C:\\Data\\Seq\\Waves\\P1.BIN"), "waves/p1.bin");
-    EXPECT_EQ(portable_pulse("C:\\Data\\Seq\\s.korseq", "C:\\Data\\Other\\P1.BIN"), "../other/p1.bin");
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/d/seq/P1.BIN"), "p1.bin");
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/D/Seq2/P1.BIN"), "../seq2/p1.bin");
-}
-
-TEST(PortableSectorPulse, OtherPathsStayWithSlashes) {
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", ""), "");
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "Waves\\P1.BIN"), "Waves/P1.BIN");
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "E:\\Other\\P1.BIN"), "E:/Other/P1.BIN");
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/other/P1.BIN"), "/other/P1.BIN");
-    EXPECT_EQ(portable_pulse("s.korseq", "/other/P1.BIN"), "/other/P1.BIN");
-    EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/d/seq"), "../seq");
-}
-
-TEST(PortableSectorPulse, FailsWhenItDoesNotFit) {
-    char out[6];
-    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/ab", out, sizeof out), 1);
-    EXPECT_STREQ(out, "../ab");
-    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/abc", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/s/abcdef", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "abcdef", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_sector_pulse_path(nullptr, "a", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_sector_pulse_path("x", nullptr, out, sizeof out), 0);
-}
-
-TEST(PortableResult, IsALeafInTheRuntimeResults) {
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", results_folder() + "/Result.BIN"), "result.bin");
-}
-
-TEST(PortableResult, DeeperResultsAreSeenFromTheModelFile) {
-    const std::string results = results_folder();
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", results + "/sub/R.bin"), results + "/sub/R.bin");
-    EXPECT_EQ(portable_result(results + "/x.kormodel", results + "/sub/R.bin"), "sub/r.bin");
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", "/M/Models/Out/R.bin"), "out/r.bin");
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", "/m/out/R.bin"), "../out/r.bin");
-}
-
-TEST(PortableResult, OtherPathsStayWithSlashes) {
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", ""), "");
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", "Out\\R.bin"), "Out/R.bin");
-    EXPECT_EQ(portable_result("/m/models/x.kormodel", "D:\\Out\\R.bin"), "D:/Out/R.bin");
-    EXPECT_EQ(portable_result("x.kormodel", "/out/R.bin"), "/out/R.bin");
-}
-
-TEST(PortableResult, FailsWhenItDoesNotFit) {
-    char out[6];
-    EXPECT_EQ(kor_make_portable_result_path("/d/m/x", "/d/abc", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_result_path("/d/m/x", "/e/abc", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_result_path(nullptr, "a", out, sizeof out), 0);
-    EXPECT_EQ(kor_make_portable_result_path("x", nullptr, out, sizeof out), 0);
 }
