@@ -2,7 +2,10 @@
 #pragma once
 
 #include "kor/density_file.h"
+#include "kor/expectation_dialogues.h"
 #include "kor/expectation_values.h"
+#include "kor/optimiser.h"
+#include "kor/optimiser_dialogues.h"
 #include "kor/product_operator_dialogues.h"
 #include "kor/product_operators.h"
 #include "kor/propagation.h"

@@ -1,4 +1,6 @@
 // Floor 3.98 - simulator: umbrella of the model files, their records and their way into the state
+//
+// The dialogue that optimises a sector of the current model stands higher: kormodel/sector_optimisation.h.
 #pragma once
 
 #include "kormodel/activation.h"
