@@ -1,6 +1,7 @@
 // Short-lived work arrays whose length may come from a damaged file header.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -11,11 +12,14 @@ namespace kor {
 using DoubleBuffer = std::unique_ptr<double[]>;
 
 /// `count` doubles, not initialised: memory that is never written into costs nothing. Null when there is
-/// not enough.
+/// not enough (errno says so).
 inline DoubleBuffer allocate_doubles(std::size_t count) {
-    if (count > PTRDIFF_MAX / sizeof(double))
-        return nullptr;
-    return DoubleBuffer(new (std::nothrow) double[count]);
+    DoubleBuffer buffer;
+    if (count <= PTRDIFF_MAX / sizeof(double))
+        buffer.reset(new (std::nothrow) double[count]);
+    if (!buffer)
+        errno = ENOMEM;
+    return buffer;
 }
 
 } // namespace kor

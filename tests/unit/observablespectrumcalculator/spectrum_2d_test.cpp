@@ -153,7 +153,7 @@ TEST(Calc2Dfft, AShortSignalFileIsReported) {
 
 TEST(Calc2Dfft, ADamagedHeaderDoesNoHarm) {
     const TempTree folder;
-    for (const auto& [cols, rows] : {std::pair<int, int>{-4, 7}, {4, -7}, {0, 1 << 30}, {1 << 30, 1 << 30}}) {
+    for (const auto& [cols, rows] : {std::pair<int, int>{-4, 7}, {4, -7}, {0, 1 << 30}, {1 << 20, 3}}) {
         folder.write("korsign.bin", header_bytes(1, cols, rows) + "rest");
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -210,6 +210,15 @@ TEST(TransposeDataMatrix, AShortFileGivesAMessageAndNoData) {
     testing::internal::CaptureStdout();
     TransposeDataMatrix("in", "out");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), ">>> READ BINARY FILE ERROR (transpose) <<<\n");
+    EXPECT_EQ(folder.read("out"), "");
+}
+
+TEST(TransposeDataMatrix, SaysWhenAHeaderAsksForMoreMemoryThanThereIs) {
+    const TempTree folder;
+    folder.write("in", header_bytes(1, 1 << 30, 1 << 30));
+    testing::internal::CaptureStderr();
+    TransposeDataMatrix("in", "out");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "signal buffer: Cannot allocate memory\n");
     EXPECT_EQ(folder.read("out"), "");
 }
 
