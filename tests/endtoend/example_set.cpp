@@ -1,4 +1,5 @@
 #include "endtoend/example_set.h"
+#include "support/build_paths.h"
 
 #include <gtest/gtest.h>
 
@@ -42,7 +43,7 @@ fs::path empty_folder(const kor_test::TempTree& tree) {
 
 ExampleSet::ExampleSet() : program_(empty_folder(tree_)) {
     for (const char* folder : {"models", "spin-systems", "sequences"})
-        fs::copy(fs::path(KOR_SOURCE_DIR) / folder, root() / folder, fs::copy_options::recursive);
+        fs::copy(fs::path(kor_test::source_folder()) / folder, root() / folder, fs::copy_options::recursive);
 }
 
 std::string ExampleSet::command(const std::vector<std::string>& arguments) const {

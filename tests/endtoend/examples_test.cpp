@@ -1,5 +1,6 @@
 #include "endtoend/example_oracle.h"
 #include "endtoend/example_set.h"
+#include "support/build_paths.h"
 #include "support/run_program.h"
 
 #include <gtest/gtest.h>
@@ -99,7 +100,7 @@ TEST(Examples, GeneratorWritesTheCommittedWaveformsByteForByte) {
     const ExampleSet set;
     const fs::path fresh = set.root() / "fresh";
     fs::create_directories(fresh);
-    ASSERT_EQ(kor_test::run_program({KOR_MAKE_WAVEFORMS, {fresh.string()}}).status, 0);
+    ASSERT_EQ(kor_test::run_program({kor_test::make_waveforms_program(), {fresh.string()}}).status, 0);
     int files = 0;
     for (const auto& entry : fs::recursive_directory_iterator(set.root() / "sequences")) {
         if (entry.path().extension() != ".bin")

@@ -1,4 +1,5 @@
 #include "support/program_tree.h"
+#include "support/build_paths.h"
 
 #include "support/temp_tree.h"
 
@@ -63,7 +64,7 @@ std::string model_text(const ModelText& model) {
 
 ProgramTree::ProgramTree(const fs::path& root) : root_(fs::canonical(root)) {
     fs::create_directories(root_ / "build");
-    fs::copy_file(KOR_EXECUTABLE, root_ / "build/kor");
+    fs::copy_file(kor_test::kor_program(), root_ / "build/kor");
 }
 
 ProgramResult ProgramTree::run(const std::vector<std::string>& arguments, const std::string& input) const {

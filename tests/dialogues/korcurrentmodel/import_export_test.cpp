@@ -1,4 +1,5 @@
 // Importing and exporting model files, as the built program does it.
+#include "support/build_paths.h"
 #include "support/menu_texts.h"
 #include "support/program_tree.h"
 #include "support/temp_tree.h"
@@ -126,7 +127,7 @@ TEST_F(Import, ReportsAModelThatCannotBeLoadedAndKeepsTheLoadedOne) {
 TEST_F(Import, DoesNotKnowTheModelsFolderOfAnUnnameableProgram) {
     const std::string deep = "build/" + std::string(200, 'd') + "/" + std::string(100, 'e');
     tree_.make_folder(deep);
-    std::filesystem::copy_file(KOR_EXECUTABLE, tree_.path(deep + "/kor"));
+    std::filesystem::copy_file(kor_test::kor_program(), tree_.path(deep + "/kor"));
     const ProgramResult result = run_program(
         {.executable = tree_.path(deep + "/kor"), .input = "3\n\n4\n\n6\n", .working_dir = tree_.path()});
     const std::string unknown = "\n[KOR] Could not determine default models directory.\n" + ENTER_FOR_MENU;

@@ -1,0 +1,10 @@
+// Where the build put the programs under test, and where the project's files are.
+#pragma once
+
+namespace kor_test {
+
+const char* kor_program();            // the built kor
+const char* make_waveforms_program(); // the generator of the examples' waveforms
+const char* source_folder();          // the project's root
+
+} // namespace kor_test
