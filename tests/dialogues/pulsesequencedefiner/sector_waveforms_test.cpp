@@ -1,0 +1,213 @@
+#include "pulsesequencedefiner/sector_waveforms.h"
+
+#include "kor/runtime_state.h"
+#include "korcurrentmodel/loaded_model.h"
+#include "korpaths.h"
+#include "support/composer_state.h"
+#include "support/console_script.h"
+
+#include <gtest/gtest.h>
+
+using namespace kor;
+using namespace kor_test;
+
+namespace {
+
+const std::string input_menu = "Read ASCII-file containing reals:\n"
+                               "      1. Normal ASCII file\n"
+                               "      2. SGplot file format\n"
+                               "      3. Cancel file input\n"
+                               "Your choice [1..3] : \n";
+const std::string ascii_prompt = "<< ASCII File In >>\nEnter filename : ";
+const std::string sg_prompt = "<< SG-Plot File In >>\nEnter filename : ";
+
+std::string rf_output_folder() {
+    char folder[KOR_PATH_SIZE];
+    EXPECT_TRUE(KOR_GetDefaultRFOutputDir(folder, sizeof folder));
+    return folder;
+}
+
+std::string naming_text(const std::string& contents, const std::string& leaf) {
+    return "Default sector waveform directory : " + rf_output_folder() +
+           "\nDefault sector waveform file name : " + leaf + "\nThis binary file stores " + contents +
+           " samples for this sector.\n"
+           "Bare names are written to the default sector waveform directory.\n"
+           "Press Enter to use the default name: " +
+           leaf + "\nFile name : ";
+}
+
+/// A waveform of two samples and a model called "lac".
+void prepare_waveform() {
+    fresh_state_with_spins();
+    set_current_model_short_name("lac");
+    RuntimeState& rt = g_runtime;
+    rt.ap = 2;
+    double value = 1;
+    for (double* samples : {rt.xb, rt.yb, rt.gx, rt.gy, rt.gz})
+        for (int l = 0; l < 2; ++l)
+            samples[l] = value++;
+}
+
+struct BxBy {
+    std::string out, err;
+    int read = -1;
+    std::vector<double> xb, yb;
+};
+
+BxBy read_bx_by(const std::string& answers, int ap) {
+    BxBy pulse;
+    pulse.xb.assign(4, 9.0);
+    pulse.yb.assign(4, 9.0);
+    const ConsoleOutput printed =
+        play_console(answers, [&] { pulse.read = ReadBxByPulse(&ap, pulse.xb.data(), pulse.yb.data()); });
+    pulse.out = printed.out;
+    pulse.err = printed.err;
+    return pulse;
+}
+
+} // namespace
+
+TEST(ReadBxByPulse, ReadsBothComponentsAndScalesThem) {
+    TempTree tree;
+    tree.write("bx.txt", "1\n2\n3\n");
+    tree.write("by.sg", "1 0 -1\n1 1 -2\n1 2 -3\n");
+    const BxBy pulse = read_bx_by("1\nbx.txt\n2\nby.sg\n2.5\nleft\n", 3);
+    EXPECT_EQ(pulse.out, "\n\nFile name Bx(t)\n" + input_menu + ascii_prompt + "File name By(t)\n" +
+                             input_menu + sg_prompt + "\n\nMultiplication factor : ");
+    EXPECT_EQ(pulse.read, 1);
+    EXPECT_EQ(pulse.xb, (std::vector<double>{2.5, 5, 7.5, 9}));
+    EXPECT_EQ(pulse.yb, (std::vector<double>{-2.5, -5, -7.5, 9}));
+    EXPECT_EQ(unread_answers(), "left\n");
+}
+
+TEST(ReadBxByPulse, WhatAShortFileHeldIsUsedAndTheRestIsZero) {
+    TempTree tree;
+    tree.write("bx.txt", "1\n2\n");
+    const BxBy pulse = read_bx_by("1\nbx.txt\n1\nnowhere.txt\n10\n", 4);
+    EXPECT_EQ(pulse.xb, (std::vector<double>{10, 20, 0, 0}));
+    EXPECT_EQ(pulse.yb, (std::vector<double>{0, 0, 0, 0}));
+    EXPECT_NE(pulse.err.find("fscanf: "), std::string::npos);
+    EXPECT_NE(pulse.err.find("fopen(read): No such file or directory\n"), std::string::npos);
+}
+
+TEST(ReadBxByPulse, CancelledComponentsAreZeroAndTheFactorIsStillAsked) {
+    const BxBy pulse = read_bx_by("3\n3\n7\n", 2);
+    EXPECT_EQ(pulse.out, "\n\nFile name Bx(t)\n" + input_menu + "File name By(t)\n" + input_menu +
+                             "\n\nMultiplication factor : ");
+    EXPECT_EQ(pulse.xb, (std::vector<double>{0, 0, 9, 9}));
+    EXPECT_EQ(pulse.yb, (std::vector<double>{0, 0, 9, 9}));
+}
+
+TEST(ReadBxByPulse, ABadMenuAnswerDoesNotBecomeTheFactor) {
+    const BxBy pulse = read_bx_by("what 5\n3\n7\n", 1);
+    EXPECT_EQ(pulse.read, 1);
+    EXPECT_EQ(unread_answers(), "");
+}
+
+TEST(ReadBxByPulse, NoSamplesReadNothing) {
+    TempTree tree;
+    tree.write("bx.txt", "1\n");
+    for (int ap : {0, -3}) {
+        const BxBy pulse = read_bx_by("1\nbx.txt\n1\nbx.txt\n2\n", ap);
+        EXPECT_EQ(pulse.read, 1);
+        EXPECT_EQ(pulse.xb, std::vector<double>(4, 9.0));
+    }
+}
+
+TEST(ReadBxByPulse, AnEndedInputIsTold) {
+    for (const char* answers : {"", "3\n", "3\n3\n", "3\n3\nx\n"})
+        EXPECT_EQ(read_bx_by(answers, 2).read, 0) << answers;
+}
+
+TEST(ResolveDefaultOutputPath, OnlyBareNamesGoToTheOutputFolder) {
+    char path[KOR_PATH_SIZE];
+    EXPECT_EQ(ps_resolve_default_output_path(path, sizeof path, "my wave.bin"), 1);
+    EXPECT_EQ(path, rf_output_folder() + "/my wave.bin");
+    for (const char* name : {"./a.bin", "..\\a.bin", "/tmp/a.bin", "c:a.bin"}) {
+        EXPECT_EQ(ps_resolve_default_output_path(path, sizeof path, name), 1);
+        EXPECT_STREQ(path, name);
+    }
+    EXPECT_EQ(ps_resolve_default_output_path(path, 4, "./a.bin"), 0);
+    EXPECT_EQ(ps_resolve_default_output_path(path, 4, "a"), 0);
+}
+
+TEST(WriteSpatialSectorWaveformFile, WritesTheFiveArrays) {
+    TempTree tree;
+    prepare_waveform();
+    const ConsoleOutput printed = play_console(
+        " ./my wave.bin \nleft\n", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(7), 1); });
+    EXPECT_EQ(printed.out, naming_text("RF and gradient", "lac_s07.bin") +
+                               "Sector waveform file written to : ./my wave.bin\n");
+    EXPECT_STREQ(g_runtime.fnames[7], "./my wave.bin");
+    EXPECT_EQ(waveform_blocks(tree, "my wave.bin", 2, 5),
+              (std::vector<std::vector<double>>{{1, 2}, {3, 4}, {5, 6}, {7, 8}, {9, 10}}));
+    EXPECT_EQ(unread_answers(), "left\n");
+}
+
+TEST(Write2DSectorWaveformFile, WritesTheTwoArrays) {
+    TempTree tree;
+    prepare_waveform();
+    const ConsoleOutput printed =
+        play_console("./a.bin\n", [] { EXPECT_EQ(ps_write_2d_sector_waveform_file(12), 1); });
+    EXPECT_EQ(printed.out,
+              naming_text("RF", "lac_2d_s12.bin") + "Sector waveform file written to : ./a.bin\n");
+    EXPECT_EQ(waveform_blocks(tree, "a.bin", 2, 2), (std::vector<std::vector<double>>{{1, 2}, {3, 4}}));
+}
+
+TEST(WriteSectorWaveformFile, AsksForTheShortNameFirst) {
+    TempTree tree;
+    prepare_waveform();
+    clear_current_model_short_name();
+    const ConsoleOutput printed =
+        play_console("Lac 90\n./a.bin\n", [] { ps_write_2d_sector_waveform_file(1); });
+    EXPECT_EQ(printed.out,
+              "\nShort model name / file prefix\n(used for default sector waveform filenames)\n: "
+              "Using model prefix : lac_90\n" +
+                  naming_text("RF", "lac_90_2d_s01.bin") + "Sector waveform file written to : ./a.bin\n");
+}
+
+TEST(WriteSectorWaveformFile, AFileThatCannotBeWrittenLeavesNoName) {
+    TempTree tree;
+    prepare_waveform();
+    std::snprintf(g_runtime.fnames[3], sizeof g_runtime.fnames[3], "old.bin");
+    const ConsoleOutput printed =
+        play_console("./no/a.bin\n", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(3), 1); });
+    EXPECT_EQ(printed.out,
+              naming_text("RF and gradient", "lac_s03.bin") + "Sector waveform file was not written.\n");
+    EXPECT_EQ(printed.err, "./no/a.bin: No such file or directory\n");
+    EXPECT_STREQ(g_runtime.fnames[3], "");
+}
+
+TEST(WriteSectorWaveformFile, APathBeyond255CharactersLeavesNoName) {
+    TempTree tree;
+    prepare_waveform();
+    const std::string fits = "./" + std::string(120, '/') + "/" + std::string(132, 'a');
+    ASSERT_EQ(fits.size(), 255u);
+    play_console(fits + "\n", [] { ps_write_2d_sector_waveform_file(2); });
+    EXPECT_EQ(g_runtime.fnames[2], fits);
+    const std::string longer = fits + "a";
+    const ConsoleOutput printed = play_console(longer + "\n", [] { ps_write_2d_sector_waveform_file(2); });
+    EXPECT_EQ(printed.out, naming_text("RF", "lac_2d_s02.bin") +
+                               "Resolved output path is too long for internal storage:\n  " + longer + "\n");
+    EXPECT_STREQ(g_runtime.fnames[2], "");
+}
+
+TEST(WriteSectorWaveformFile, ANameThatFitsNoPathIsNotResolved) {
+    TempTree tree;
+    prepare_waveform();
+    const std::string name(1020, 'a');
+    const ConsoleOutput printed =
+        play_console(name + "\nleft\n", [] { ps_write_2d_sector_waveform_file(2); });
+    EXPECT_EQ(printed.out, naming_text("RF", "lac_2d_s02.bin") +
+                               "Could not resolve output path for the sector waveform file.\n");
+    EXPECT_EQ(unread_answers(), "left\n");
+}
+
+TEST(WriteSectorWaveformFile, AnEndedInputWritesNothing) {
+    TempTree tree;
+    prepare_waveform();
+    std::snprintf(g_runtime.fnames[3], sizeof g_runtime.fnames[3], "old.bin");
+    play_console("", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(3), 0); });
+    EXPECT_STREQ(g_runtime.fnames[3], "old.bin");
+    EXPECT_TRUE(tree.names().empty());
+}
