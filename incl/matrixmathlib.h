@@ -34,14 +34,14 @@ using LineList = double[3][KOR_MAX_LINES + 1];
 /// Rows 1 and 2, columns 1..n used: work block of the tridiagonal interface.
 using TwoDiagonal = double[3][KOR_MAX_STATES + 1];
 
-// ---- scalars ----
+// Scalars.
 
 /// 3.141592653589793
 double pi_val();
 /// |p| when q >= 0 (a negative zero counts as such), else -|p|.
 double sign(double p, double q);
 
-// ---- elementwise (cmatrix) ----
+// Elementwise (cmatrix).
 
 /// outmat = 0
 void CMatZero(int n, CMatrix& outmat);
@@ -71,7 +71,7 @@ double maxabs_cmat(int n, const CMatrix& A);
 /// Prints the real parts, then the imaginary parts, as titled tables on standard output.
 void ShowCMatElements(int n, const CMatrix& inmat);
 
-// ---- products ----
+// Products.
 
 /// outmat = inmat1 . inmat2 by the plain loop, each element summed over k = 1..n; may be either factor
 /// (aliasing is decided by address).
@@ -92,7 +92,7 @@ void DoRotation(int n, const CMatrix& romat, CMatrix& densmat);
 /// Eval = trace(inmat . dmat) = sum over k, l of inmat(k, l) dmat(l, k); not normalised.
 void ExpectationValue(int n, const CMatrix& inmat, const CMatrix& dmat, Complex2& Eval);
 
-// ---- exponential ----
+// Exponential.
 
 /// outm = exp(+i tau inm), Taylor series with scaling and squaring.
 /// inm  n x n, elements 1..n, rad/s; any square matrix, Hermitian for a propagator
@@ -106,7 +106,7 @@ void ExpMatrix(int n, const CMatrix& inm, double tau, CMatrix& outm);
 /// lamb[i] = exp(i EV[i] tau), i = 1..n; EV in rad/s, tau in seconds.
 void Epower(int n, const double* EV, Complex2* lamb, double tau);
 
-// ---- Hermitian eigensolver ----
+// Hermitian eigensolver.
 
 /// A = Z diag(D) adjoint(Z): eigenvalues D[1..n] ascending, orthonormal eigenvectors the columns of Z.
 /// A  n x n Hermitian, read whole       Z  n x n; may be A
@@ -153,7 +153,7 @@ void pr3x();
 void pr4x();
 void pr5x();
 
-// ---- line lists ----
+// Line lists.
 
 /// Rows 1 and 2, columns 1..KOR_MAX_LINES of spc = 0.
 void zero_spectrum(LineList& spc);

@@ -16,7 +16,7 @@ using SpinIList = int[KOR_MAX_SPINS + 1];
 /// Row k = 1..n: twice the magnetic quantum number of spins 1..8 in basis state k.
 using SpinKet = int[KOR_MAX_STATES + 1][KOR_MAX_SPINS + 1];
 
-// ---- the basis (kets) ----
+// The basis (kets).
 
 /// Number of the highest spin with a positive entry; 0 when there is none.
 int infer_nspins(const SpinIList& Ilist);
@@ -34,7 +34,7 @@ void enum_kets_rec(SpinKet& ket, const SpinIList& Ilist, int Nspins, int spin_in
 /// 1 when rows a and b (indices from 1) agree in spins 1..Nspins, else 0.
 int ket_equal(const int* a, const int* b, int Nspins);
 
-// ---- ladder operators ----
+// Ladder operators.
 
 /// Row Xstate of outket = that of inket with spin Xspin raised by one unit, *coefficient (may be null) =
 /// sqrt((I - m)(I + m + 1)). At the top of the ladder the row is copied unchanged and the coefficient is 0.
@@ -56,7 +56,7 @@ void MakeMatrixIplus(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspi
 /// out = I- of spin Xspin.
 void MakeMatrixImin(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, CMatrix& out);
 
-// ---- Cartesian and total operators, n x n, dimensionless ----
+// Cartesian and total operators, n x n, dimensionless.
 
 /// out = (I+ + I-) / 2
 void MakeMatrixIx(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, CMatrix& out);

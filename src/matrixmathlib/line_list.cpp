@@ -46,6 +46,26 @@ void sort_by_frequency(LineList& spc, int count) {
     }
 }
 
+/// The lines of every ordered pair of levels, sto and sig being the observable and the state in the
+/// eigenbasis.
+void collect_lines(int n, const double* Eigval, const CMatrix& sto, const CMatrix& sig, LineList& csp,
+                   LineList& ssp, int& cosines, int& sines) {
+    for (int r = 1; r <= n; ++r) {
+        for (int c = 1; c <= n; ++c) {
+            if (r == c) {
+                continue;
+            }
+            const double delta = Eigval[c] - Eigval[r];
+            const double frequency = std::fabs(delta) / (2.0 * KOR_PI);
+            const Complex2& a = sto[r][c];
+            const Complex2& b = sig[c][r];
+            const double im = a[2] * b[1] + a[1] * b[2];
+            append_line(csp, cosines, a[1] * b[1] - a[2] * b[2], frequency);
+            append_line(ssp, sines, delta < 0.0 ? -im : im, frequency);
+        }
+    }
+}
+
 } // namespace
 
 void zero_spectrum(LineList& spc) {
@@ -70,20 +90,7 @@ void DoSpectrum(int n, const CMatrix& densmat, const CMatrix& Hmat, const CMatri
     Transform(n, RotA, cohmat, Rot, sto);
     int cosines = 0;
     int sines = 0;
-    for (int r = 1; r <= n; ++r) {
-        for (int c = 1; c <= n; ++c) {
-            if (r == c) {
-                continue;
-            }
-            const double delta = Eigval[c] - Eigval[r];
-            const double frequency = std::fabs(delta) / (2.0 * KOR_PI);
-            const Complex2& a = sto[r][c];
-            const Complex2& b = sig[c][r];
-            const double im = a[2] * b[1] + a[1] * b[2];
-            append_line(csp, cosines, a[1] * b[1] - a[2] * b[2], frequency);
-            append_line(ssp, sines, delta < 0.0 ? -im : im, frequency);
-        }
-    }
+    collect_lines(n, Eigval, sto, sig, csp, ssp, cosines, sines);
     if (Nc) {
         *Nc = cosines;
     }
