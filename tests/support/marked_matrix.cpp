@@ -1,5 +1,7 @@
 #include "support/marked_matrix.h"
 
+#include <cstring>
+
 namespace kor_test {
 
 namespace {
@@ -26,6 +28,17 @@ bool MarkedMatrix::border_untouched(int n) const {
             const kor::Complex2& element = (*matrix_)[i][j];
             const bool inside = i >= 1 && i <= n && j >= 1 && j <= n;
             if (element[0] != kMark || (!inside && (element[1] != kMark || element[2] != kMark))) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool same_bits(int n, const kor::CMatrix& a, const kor::CMatrix& b) {
+    for (int i = 1; i <= n; ++i) {
+        for (int j = 1; j <= n; ++j) {
+            if (std::memcmp(&a[i][j].part[1], &b[i][j].part[1], 2 * sizeof(double)) != 0) {
                 return false;
             }
         }

@@ -26,4 +26,7 @@ private:
     std::unique_ptr<kor::CMatrix> matrix_;
 };
 
+/// Whether the leading blocks agree to the bit, signs of zeros included.
+bool same_bits(int n, const kor::CMatrix& a, const kor::CMatrix& b);
+
 } // namespace kor_test

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 using namespace kor;
 using namespace kor_test;
 
@@ -29,17 +27,6 @@ Dense sparse_matrix(Random& random, int n, int one_in) {
         }
     }
     return m;
-}
-
-bool same_bits(int n, const CMatrix& a, const CMatrix& b) {
-    for (int i = 1; i <= n; ++i) {
-        for (int j = 1; j <= n; ++j) {
-            if (std::memcmp(&a[i][j].part[1], &b[i][j].part[1], 2 * sizeof(double)) != 0) {
-                return false;
-            }
-        }
-    }
-    return true;
 }
 
 } // namespace
