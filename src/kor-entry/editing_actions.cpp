@@ -2,7 +2,6 @@
 
 #include "kor/runtime_state.h"
 #include "kor/spin_system_dialogues.h"
-#include "kormodel/sector_optimisation.h"
 
 #include <cstdio>
 
@@ -18,7 +17,5 @@ void RedefineSpinSystem() {
     SpinSpinCoupling();
     g_runtime.systemset = 1;
 }
-
-void optimise_sector() { KORModel_OptimizePreparedSequenceSectorInteractive(); }
 
 } // namespace kor

@@ -5,6 +5,5 @@ namespace kor {
 
 /// Asks for the spins, then, when they were defined, for intensities, offsets and couplings.
 void RedefineSpinSystem();
-void optimise_sector();
 
 } // namespace kor

@@ -1,7 +1,6 @@
 #include "kor-entry.h"
 
 #include "consoleutil.h"
-#include "editing_actions.h"
 #include "kor/expectation_dialogues.h"
 #include "kor/runtime_state.h"
 #include "kor/sequence_driver.h"
@@ -9,6 +8,7 @@
 #include "kor/spin_system.h"
 #include "korcurrentmodel/import_export.h"
 #include "korcurrentmodel/loaded_model.h"
+#include "kormodel/sector_optimisation.h"
 #include "menu.h"
 #include "observablespectrumcalculator/spectrum_routes.h"
 #include "pulsesequencedefiner/family_menu.h"
@@ -81,7 +81,7 @@ void act_on(int choice) {
         calculate_spectra();
         return;
     case OPTIMISE:
-        optimise_sector();
+        KORModel_OptimizePreparedSequenceSectorInteractive();
         return;
     case SAVE:
         KORExportCurrentModelInteractive();
