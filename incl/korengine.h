@@ -2,19 +2,33 @@
 //
 // The three operations in which a simulation spends its time. Callers say what they need as a whole
 // (these samples, this grid) and leave the plan to the engine. The reference engine
-// (src/korengine/reference.cpp) writes each with the plain matrix operations; select.cpp forwards to
-// the engine in use. One sector is open at a time; nothing here is reentrant.
+// (src/korengine/reference.cpp) writes each with the plain matrix operations and is the judge; the fast
+// engine (src/korengine/planner.cpp) gives the same numbers to 1e-12 of the largest element and hands
+// what it does not cover to the reference; select.cpp forwards to the engine in use. One sector is open
+// at a time; nothing here is reentrant.
 #pragma once
 
 #include "matrixmathlib.h"
 
 namespace kor {
 
-enum class Engine { reference };
+enum class Engine { reference, fast };
 
-/// The engine that later calls use; the reference at process start.
+/// The engine that later calls use; the fast one at process start. A sector stays with the engine that
+/// opened it: open it again after a change.
 void EngineSelect(Engine engine);
 Engine EngineSelected();
+
+/// Instruction sets that the fast engine is compiled for: 2, 4 and 8 doubles at a time. The baseline is
+/// every machine's.
+enum class InstructionSet { baseline, avx2, avx512 };
+
+/// Whether this processor (by its feature bits) and this build offer `set`.
+bool EngineHasInstructionSet(InstructionSet set);
+/// The set that the fast engine uses from here on; the widest that the machine has at process start. A
+/// set that the machine lacks is refused: false, nothing changes. Open the sector again afterwards.
+bool EngineUseInstructionSet(InstructionSet set);
+InstructionSet EngineInstructionSet();
 
 /// Operators of the spin system, each n x n, rad/s for H0 and dimensionless for the rest.
 struct EngineSystem {
@@ -56,6 +70,10 @@ struct EngineSector {
 /// Makes `sector` the open one and plans its work. The same samples with another dt (an evolution row) are
 /// another sector: open it again.
 void EngineOpenSector(const EngineSector& sector);
+
+/// How the open sector's propagators are made, for tests and timings: "reference", "identity", "free
+/// precession", "lanes" or "columns".
+const char* EngineSectorPlan();
 
 /// r = U_0 U_1 ... U_(count-1) of the open sector at voxel (ix, iy, iz), indices from 1, with
 /// U_j = exp(-i H_j dt), H_j = H0 + w_j Fz + xb[j] Fx + yb[j] Fy and

@@ -6,13 +6,15 @@ namespace kor {
 
 namespace {
 
-Engine g_selected = Engine::reference;
-const EngineOperations* g_operations = &kReferenceEngine;
+Engine g_selected = Engine::fast;
+const EngineOperations* g_operations = &kFastEngine;
 
 const EngineOperations* operations_of(Engine engine) {
     switch (engine) {
     case Engine::reference:
         return &kReferenceEngine;
+    case Engine::fast:
+        return &kFastEngine;
     }
     std::abort(); // not one of the enumerators
 }
@@ -26,6 +28,10 @@ void EngineSelect(Engine engine) {
 
 Engine EngineSelected() {
     return g_selected;
+}
+
+const char* EngineSectorPlan() {
+    return g_selected == Engine::fast ? fast_plan() : "reference";
 }
 
 void EngineOpenSector(const EngineSector& sector) {

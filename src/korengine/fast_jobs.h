@@ -1,0 +1,139 @@
+// What the planner hands to the kernels: plain records of pointers, shared by every instruction set.
+// Matrices here are 0-based and row-major. "Lanes" are the doubles of one vector register; an array over
+// lanes holds the values of all lanes of one entry side by side.
+#pragma once
+
+namespace kor {
+
+/// C = sum of c[k] X^k and S = A (sum of t[k] X^k), X = A^2, approximate cos A and sin A up to a bound of
+/// |A|. The powers X..X^powers are formed; with `high` the degree is 2 powers, else powers.
+struct TrigPolynomial {
+    double bound;
+    int powers;
+    bool high;
+    double c[9];
+    double t[9];
+};
+
+/// exp(-i (h H0 + hw Fz + hb Fx)) of a step: the polynomial of |A| / 2^squarings and the squarings.
+struct StepPlan {
+    const TrigPolynomial* polynomial;
+    int squarings;
+};
+
+/// Ordered product over the steps, one voxel or time segment per lane.
+struct LaneJob {
+    int n;             // rows, padded to a multiple of 4 (2 for the single spin 1/2)
+    const double* h0;  // n x n real symmetric, rad/s
+    const double* fx;  // n x n real symmetric
+    const double* m;   // n, diagonal of Fz
+    const int* ladder; // n, steps of m below the highest one
+    int ladder_top;    // largest of them
+    int steps;
+    const double* h;      // steps x lanes, s
+    const double* hw;     // steps x lanes, h times the offset
+    const double* hb;     // steps x lanes, h times the field along x (of its own direction when zc is set)
+    const double* hy;     // steps x lanes, h times the field along y; single spin 1/2 only
+    const double* zc;     // steps x lanes, cosine and sine of the turn of the field's direction since
+    const double* zs;     // the step before; null when it does not turn
+    const StepPlan* plan; // steps
+    double* work;         // lane_work(n) x lanes
+    double* re;           // n x n x lanes, result
+    double* im;
+};
+
+/// Number of n x n matrices that LaneJob::work holds, behind 2 (ladder_top + 1) entries.
+constexpr int kLaneWorkMatrices = 9;
+
+/// hw[j][lane] = h[j][lane] (gx[j] x[lane] + gy[j] y[lane] + gz[j] z[lane] + offset)
+struct OffsetJob {
+    int steps;
+    const double* h;  // steps x lanes
+    const double* gx; // steps
+    const double* gy;
+    const double* gz;
+    double offset;
+    const double* x; // lanes
+    const double* y;
+    const double* z;
+    double* hw; // steps x lanes
+};
+
+/// Chebyshev series of one step: exp(-i A) = sum of coefficient[k] (-i)^k T_k(A / radius).
+struct ChebyshevSeries {
+    double radius;
+    int degree; // at least 1
+    const double* coefficient;
+};
+
+/// Rows of a sparse real matrix: entries start[i]..start[i+1]-1 of row i.
+struct SparseRows {
+    const int* start;
+    const int* column;
+    const double* value;
+};
+
+/// Ordered product over the steps of one voxel, applied to the columns of the identity.
+struct ColumnJob {
+    int n;
+    SparseRows h0; // off-diagonal part, rad/s
+    SparseRows fx;
+    const double* h0_diagonal;
+    const double* m;
+    const int* ladder;
+    int ladder_top;
+    int steps;
+    const double* h;  // steps
+    const double* hw; // steps
+    const double* hb; // steps
+    const double* zc; // steps; null when the field keeps its direction
+    const double* zs;
+    const ChebyshevSeries* const* series; // steps
+    double* work;                         // column_work(n)
+    double* re;                           // n rows of `stride`, result
+    double* im;
+    int stride; // plane_stride(n)
+};
+
+/// Doubles of ColumnJob::work: three blocks of columns, the diagonal and the turns.
+constexpr int column_work(int n) {
+    return 3 * n * 32 + n + 2 * n;
+}
+
+/// out = a . b, complex, planes of real and imaginary parts with rows of `stride` doubles.
+struct ProductJob {
+    int n;
+    int stride;
+    const double *a_re, *a_im, *b_re, *b_im;
+    double *out_re, *out_im; // neither factor
+};
+
+/// re[p][q] += sum over lines of xr cos - xi sin and im[p][q] += sum of yr cos - yi sin: (xr, xi)[l][p] and
+/// (yr, yi)[l][p] are amplitudes turned to the time of block p, (cos, sin)[l][q] the turn of q points.
+struct LineSumJob {
+    int lines;
+    int blocks;                      // p, a multiple of 2
+    int points;                      // q, a multiple of 16
+    const double *xr, *xi, *yr, *yi; // lines x blocks
+    const double *cosine, *sine;     // lines x points
+    double *re, *im;                 // blocks x points
+};
+
+struct FastKernels {
+    int lanes;
+    void (*fill_offsets)(const OffsetJob& job);
+    void (*spin_half)(const LaneJob& job);
+    void (*lane_product)(const LaneJob& job);
+    void (*column_product)(const ColumnJob& job);
+    void (*complex_product)(const ProductJob& job);
+    void (*line_sums)(const LineSumJob& job);
+};
+
+extern const FastKernels kBaselineKernels;
+extern const FastKernels kAvx2Kernels;
+extern const FastKernels kAvx512Kernels;
+
+/// The kernels of the instruction set in use.
+const FastKernels& fast_kernels();
+
+} // namespace kor

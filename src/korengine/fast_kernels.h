@@ -1,0 +1,49 @@
+// The kernels of the fast engine, one source for every instruction set: a file that includes this one
+// has set kLanes, the doubles of a vector register, in kor's anonymous namespace. Everything here is
+// file-local and works on plain pointers, so that no function compiled for one instruction set is ever
+// linked into another's place. Memory is read and written without alignment.
+#pragma once
+
+#include "fast_jobs.h"
+
+namespace kor {
+
+namespace {
+
+typedef double Lanes __attribute__((vector_size(8 * kLanes), aligned(8), may_alias));
+
+inline Lanes load(const double* p) {
+    return *reinterpret_cast<const Lanes*>(p);
+}
+
+inline void store(double* p, Lanes v) {
+    *reinterpret_cast<Lanes*>(p) = v;
+}
+
+inline Lanes* as_lanes(double* p) {
+    return reinterpret_cast<Lanes*>(p);
+}
+
+inline const Lanes* as_lanes(const double* p) {
+    return reinterpret_cast<const Lanes*>(p);
+}
+
+} // namespace
+
+} // namespace kor
+
+#include "kernels/columns.h"
+#include "kernels/lane_products.h"
+#include "kernels/planes.h"
+#include "kernels/spin_half.h"
+
+namespace kor {
+
+namespace {
+
+constexpr FastKernels kKernelsHere{kLanes,         fill_offsets,    spin_half, lane_product,
+                                   column_product, complex_product, line_sums};
+
+} // namespace
+
+} // namespace kor

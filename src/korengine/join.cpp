@@ -1,0 +1,49 @@
+#include "join.h"
+
+#include <utility>
+
+namespace kor {
+
+// Element (i, j) is multiplied by exp(i (ladder_i phi0 - ladder_j phi1)).
+void turn_ends(const SystemStructure& s, const Step& first, const Step& last, Planes& p) {
+    std::vector<double> left{1.0, 0.0}, right{1.0, 0.0};
+    for (int k = 0; k < s.ladder_top; ++k) {
+        const auto at = static_cast<std::size_t>(2 * k);
+        left.push_back(left[at] * first.ux - left[at + 1] * first.uy);
+        left.push_back(left[at] * first.uy + left[at + 1] * first.ux);
+        right.push_back(right[at] * last.ux - right[at + 1] * last.uy);
+        right.push_back(right[at] * last.uy + right[at + 1] * last.ux);
+    }
+    for (int i = 0; i < s.n; ++i) {
+        const auto l = static_cast<std::size_t>(2 * s.ladder[static_cast<std::size_t>(i)]);
+        for (int j = 0; j < s.n; ++j) {
+            const auto r = static_cast<std::size_t>(2 * s.ladder[static_cast<std::size_t>(j)]);
+            const double zr = left[l] * right[r] + left[l + 1] * right[r + 1];
+            const double zi = left[l + 1] * right[r] - left[l] * right[r + 1];
+            double& re = p.re[p.at(i, j)];
+            double& im = p.im[p.at(i, j)];
+            const double turned = re * zr - im * zi;
+            im = re * zi + im * zr;
+            re = turned;
+        }
+    }
+}
+
+void multiply(int n, Planes& a, const Planes& b, Planes& work) {
+    work.shape(n);
+    fast_kernels().complex_product(
+        {n, a.stride, a.re.data(), a.im.data(), b.re.data(), b.im.data(), work.re.data(), work.im.data()});
+    std::swap(a, work);
+}
+
+void transpose(int n, const Planes& a, Planes& out) {
+    out.shape(n);
+    for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < n; ++j) {
+            out.re[out.at(j, i)] = a.re[a.at(i, j)];
+            out.im[out.at(j, i)] = a.im[a.at(i, j)];
+        }
+    }
+}
+
+} // namespace kor

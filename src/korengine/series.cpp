@@ -1,0 +1,148 @@
+#include "series.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+namespace kor {
+
+namespace {
+
+constexpr int kNodes = 32; // of the Chebyshev expansions; their coefficients vanish long before
+constexpr long double kPi = 3.141592653589793238462643383279502884L;
+
+using Series = std::array<long double, kNodes>;
+
+long double sine_over(long double x) {
+    return x < 1e-9L ? 1.0L - x * x / 6.0L : std::sin(x) / x;
+}
+
+/// Coefficients of f on 0 <= x <= top in Chebyshev polynomials of 2 x / top - 1.
+template <typename Function> Series chebyshev_coefficients(Function f, long double top) {
+    Series a{};
+    for (int i = 0; i < kNodes; ++i) {
+        const long double angle = kPi * (i + 0.5L) / kNodes;
+        const long double value = f(0.5L * top * (1.0L + std::cos(angle)));
+        for (int k = 0; k < kNodes; ++k) {
+            a[static_cast<std::size_t>(k)] += (k == 0 ? 1.0L : 2.0L) / kNodes * value * std::cos(k * angle);
+        }
+    }
+    return a;
+}
+
+/// The first `degree` terms as powers of x.
+void to_powers(const Series& a, int degree, long double top, double* out) {
+    Series sum{}, previous{}, current{};
+    current[0] = 1.0L; // T_0; T_(k+1) = 2 (2 x / top - 1) T_k - T_(k-1)
+    for (int k = 0; k <= degree; ++k) {
+        Series next{};
+        for (std::size_t p = 0; p <= static_cast<std::size_t>(degree); ++p) {
+            sum[p] += a[static_cast<std::size_t>(k)] * current[p];
+            const long double shifted = p > 0 ? 2.0L / top * current[p - 1] : 0.0L;
+            next[p] = k == 0 ? shifted - current[p] : 2.0L * (shifted - current[p]) - previous[p];
+        }
+        previous = current;
+        current = next;
+    }
+    for (int p = 0; p <= degree; ++p) {
+        out[p] = static_cast<double>(sum[static_cast<std::size_t>(p)]);
+    }
+}
+
+TrigPolynomial make_polynomial(double bound, int powers, bool high) {
+    TrigPolynomial p{bound, powers, high, {}, {}};
+    const int degree = high ? 2 * powers : powers;
+    const long double top = static_cast<long double>(bound) * bound;
+    const auto cosine = [](long double x) { return std::cos(std::sqrt(x)); };
+    const auto sine = [](long double x) { return sine_over(std::sqrt(x)); };
+    to_powers(chebyshev_coefficients(cosine, top), degree, top, p.c);
+    to_powers(chebyshev_coefficients(sine, top), degree, top, p.t);
+    return p;
+}
+
+/// Bounds at which the first term left out, top^(d+1) / (2d+2)! / 2^(2d+1), reaches 1e-16; 3, 4, 5, 6 and 7
+/// products of matrices.
+const std::array<TrigPolynomial, 5>& polynomials() {
+    static const std::array<TrigPolynomial, 5> ladder = {
+        make_polynomial(0.0115, 2, false), make_polynomial(0.069, 3, false), make_polynomial(0.21, 2, true),
+        make_polynomial(0.82, 3, true), make_polynomial(1.87, 4, true)};
+    return ladder;
+}
+
+struct OwnedSeries {
+    std::vector<double> coefficients;
+    ChebyshevSeries series{};
+};
+
+/// J_0(r), 2 J_1(r), 2 J_2(r), ... by backward recurrence, normalised by J_0 + 2 J_2 + 2 J_4 + ... = 1.
+std::vector<long double> bessel_coefficients(long double r) {
+    const int top = static_cast<int>(r + 20.0L * std::cbrt(r)) + 30;
+    std::vector<long double> j(static_cast<std::size_t>(top) + 2, 0.0L);
+    j[static_cast<std::size_t>(top)] = 1e-4000L;
+    long double sum = 0.0L;
+    for (int k = top; k >= 1; --k) {
+        const auto at = static_cast<std::size_t>(k);
+        j[at - 1] = 2.0L * k / r * j[at] - j[at + 1];
+        if (k % 2 == 1) {
+            sum += (k == 1 ? 1.0L : 2.0L) * j[at - 1];
+        }
+    }
+    for (std::size_t k = 0; k < j.size(); ++k) {
+        j[k] *= (k == 0 ? 1.0L : 2.0L) / sum;
+    }
+    return j;
+}
+
+OwnedSeries make_series(double radius) {
+    constexpr long double kTail = 5e-17L;
+    const std::vector<long double> j = bessel_coefficients(radius);
+    std::size_t degree = j.size() - 1;
+    for (long double tail = 0.0L; degree > 1; --degree) {
+        tail += std::fabs(j[degree]);
+        if (tail > kTail) {
+            break;
+        }
+    }
+    OwnedSeries owned;
+    for (std::size_t k = 0; k <= degree; ++k) {
+        owned.coefficients.push_back(static_cast<double>(j[k]));
+    }
+    owned.series = {radius, static_cast<int>(degree), nullptr};
+    return owned;
+}
+
+// Radii 2^(rung / 4).
+constexpr int kLowestRung = -80;
+constexpr int kHighestRung = 24;
+
+} // namespace
+
+StepPlan plan_step(double bound) {
+    const auto& ladder = polynomials();
+    int squarings = 0;
+    for (; bound > ladder.back().bound; bound *= 0.5) {
+        ++squarings;
+    }
+    for (const TrigPolynomial& p : ladder) {
+        if (bound <= p.bound) {
+            return {&p, squarings};
+        }
+    }
+    return {&ladder.back(), squarings};
+}
+
+const ChebyshevSeries* chebyshev_series(double bound) {
+    static std::array<OwnedSeries, kHighestRung - kLowestRung + 1> ladder;
+    const double rung = bound > 0.0 ? std::ceil(4.0 * std::log2(bound)) : kLowestRung;
+    const int r = static_cast<int>(std::clamp<double>(rung, kLowestRung, kHighestRung));
+    OwnedSeries& owned = ladder[static_cast<std::size_t>(r - kLowestRung)];
+    if (owned.coefficients.empty()) {
+        owned = make_series(std::exp2(0.25 * r));
+        owned.series.coefficient = owned.coefficients.data();
+    }
+    return &owned.series;
+}
+
+} // namespace kor

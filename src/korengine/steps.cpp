@@ -1,0 +1,133 @@
+#include "steps.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+
+namespace kor {
+
+namespace {
+
+/// Largest distance from 0 on each axis of the grid, cm.
+struct Reach {
+    double x, y, z;
+};
+
+double axis_reach(int count, double first, double step) {
+    return std::max(std::fabs(first), std::fabs((count - 1) * step + first));
+}
+
+Step sample_as_step(const EngineSamples& samples, int j) {
+    Step step{};
+    step.h = samples.dt;
+    step.bx = samples.xb[j];
+    step.by = samples.yb[j];
+    if (samples.gx) {
+        step.gx = samples.gx[j];
+        step.gy = samples.gy[j];
+        step.gz = samples.gz[j];
+    }
+    return step;
+}
+
+double largest_offset(const Step& step, const Reach& reach, double offset) {
+    return std::fabs(step.gx) * reach.x + std::fabs(step.gy) * reach.y + std::fabs(step.gz) * reach.z +
+           std::fabs(offset);
+}
+
+bool without_field(const Step& step) {
+    return step.bx == 0.0 && step.by == 0.0;
+}
+
+bool equal_samples(const Step& a, const Step& b) {
+    return a.bx == b.bx && a.by == b.by && a.gx == b.gx && a.gy == b.gy && a.gz == b.gz;
+}
+
+/// Joins `next` to `step`: equal samples last longer, and without RF all commutes, so that the mean
+/// gradient serves.
+void join(Step& step, const Step& next) {
+    if (!equal_samples(step, next)) {
+        const double whole = step.h + next.h;
+        step.gx += (next.gx - step.gx) * (next.h / whole);
+        step.gy += (next.gy - step.gy) * (next.h / whole);
+        step.gz += (next.gz - step.gz) * (next.h / whole);
+    }
+    step.h += next.h;
+}
+
+void set_directions(StepList& list) {
+    const auto strongest = std::max_element(list.steps.begin(), list.steps.end(),
+                                            [](const Step& a, const Step& b) { return a.b < b.b; });
+    list.any_field = strongest != list.steps.end() && strongest->b > 0.0;
+    if (!list.any_field) {
+        return;
+    }
+    list.ux = strongest->ux;
+    list.uy = strongest->uy;
+    for (const Step& step : list.steps) {
+        const double across = std::fabs(step.bx * list.uy - step.by * list.ux);
+        list.fixed_direction = list.fixed_direction && across <= 2.0 * DBL_EPSILON * step.b;
+    }
+    if (list.fixed_direction) {
+        for (Step& step : list.steps) {
+            step.b = step.bx * list.ux + step.by * list.uy;
+            step.ux = list.ux;
+            step.uy = list.uy;
+        }
+    }
+}
+
+} // namespace
+
+void make_steps(const EngineSector& sector, const SystemStructure& structure, double max_angle,
+                StepList& out) {
+    const EngineSamples& samples = sector.samples;
+    const EngineGrid& grid = sector.grid;
+    const Reach reach{axis_reach(grid.ndx, grid.x0, grid.dx), axis_reach(grid.ndy, grid.y0, grid.dy),
+                      axis_reach(grid.ndz, grid.z0, grid.dz)};
+    out = StepList{};
+    double unsound = 0.0;
+    for (int j = 0; j < samples.count; ++j) {
+        Step step = sample_as_step(samples, j);
+        const double offset = largest_offset(step, reach, samples.offset);
+        step.b = std::hypot(step.bx, step.by);
+        // A field that turns nothing keeps a fixed direction: that of noise would be noise.
+        const bool directed = step.b > DBL_MIN;
+        step.ux = directed ? step.bx / step.b : 1.0;
+        step.uy = directed ? step.by / step.b : 0.0;
+        const double norm = structure.h0_bound + structure.field_bound * offset +
+                            structure.fx_row_sum * (std::fabs(step.bx) + std::fabs(step.by));
+        unsound += norm - norm;
+        out.reference_norm = std::max(out.reference_norm, std::fabs(step.h) * norm);
+        step.angle =
+            std::fabs(step.h) * (structure.h0_bound + structure.field_bound * std::hypot(offset, step.b));
+        if (samples.dt == 0.0) {
+            continue; // exactly the identity
+        }
+        Step* last = out.steps.empty() ? nullptr : &out.steps.back();
+        const bool joins =
+            last && (equal_samples(*last, step) || (without_field(*last) && without_field(step)));
+        if (joins && last->angle + step.angle <= max_angle) {
+            join(*last, step);
+            last->angle += step.angle;
+        } else {
+            out.steps.push_back(step);
+        }
+    }
+    out.reference_norm += unsound;
+    set_directions(out);
+}
+
+bool is_palindrome(const StepList& list) {
+    const std::size_t count = list.steps.size();
+    for (std::size_t j = 0; j < count / 2; ++j) {
+        const Step& a = list.steps[j];
+        const Step& b = list.steps[count - 1 - j];
+        if (!equal_samples(a, b) || a.h != b.h) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace kor

@@ -1,0 +1,38 @@
+// The samples of a sector as steps of the fast engine: runs of equal samples and stretches without RF are
+// one step each.
+#pragma once
+
+#include "fast_jobs.h"
+#include "korengine.h"
+#include "structure.h"
+
+#include <vector>
+
+namespace kor {
+
+struct Step {
+    double h;          // s
+    double bx, by;     // RF, rad/s
+    double gx, gy, gz; // rad/s per cm
+    double b;          // field along (ux, uy), rad/s
+    double ux, uy;     // unit vector of the field's direction
+    double angle;      // bound of |exponent| over the grid
+};
+
+struct StepList {
+    std::vector<Step> steps;
+    bool fixed_direction = true; // (ux, uy) is the same in all steps, b signed
+    bool any_field = false;
+    double ux = 1.0, uy = 0.0; // the fixed direction
+    /// The largest |H dt| in the reference's norm, over samples and grid; not finite when a sample is not.
+    double reference_norm = 0.0;
+};
+
+/// max_angle limits the angle of a step that joins samples (one sample may exceed it).
+void make_steps(const EngineSector& sector, const SystemStructure& structure, double max_angle,
+                StepList& out);
+
+/// Whether step j is step count - 1 - j in every respect.
+bool is_palindrome(const StepList& list);
+
+} // namespace kor

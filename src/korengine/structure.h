@@ -1,0 +1,45 @@
+// What the fast engine relies on in a spin system's operators, checked and packed.
+#pragma once
+
+#include "fast_jobs.h"
+#include "korengine.h"
+
+#include <vector>
+
+namespace kor {
+
+struct SparseMatrix {
+    std::vector<int> start;
+    std::vector<int> column;
+    std::vector<double> value;
+
+    SparseRows rows() const { return {start.data(), column.data(), value.data()}; }
+};
+
+/// A system with H0 real symmetric and free of elements between states of different total m, Fz diagonal,
+/// Fx real and Fy its quarter turn about z: then (xb, yb) along the direction phi is
+/// exp(-i phi Fz) (B Fx) exp(+i phi Fz) and the turns commute with H0.
+struct SystemStructure {
+    int n = 0;
+    std::vector<double> h0;  // n x n, rad/s
+    std::vector<double> fx;  // n x n
+    std::vector<double> m;   // diagonal of Fz
+    std::vector<int> ladder; // steps of m below the highest
+    int ladder_top = 0;
+    SparseMatrix h0_off_diagonal;
+    SparseMatrix fx_entries;
+    double h0_bound = 0.0;    // of |H0|, rad/s
+    double field_bound = 0.0; // of |Fx| = |Fz|
+    double fx_row_sum = 0.0;  // largest row sum of |Fx|
+
+    double h0_at(int i, int j) const { return h0[index(i, j)]; }
+    double fx_at(int i, int j) const { return fx[index(i, j)]; }
+    std::size_t index(int i, int j) const {
+        return static_cast<std::size_t>(i) * static_cast<std::size_t>(n) + static_cast<std::size_t>(j);
+    }
+};
+
+/// False when the operators are of another kind; out is then undefined.
+bool analyse_system(const EngineSystem& system, SystemStructure& out);
+
+} // namespace kor

@@ -1,0 +1,27 @@
+// Voxels with the same offset history need one propagator: an axis without gradients, or with a single
+// place, does not tell voxels apart.
+#pragma once
+
+#include "steps.h"
+
+namespace kor {
+
+struct VoxelPlace {
+    double x, y, z; // cm
+};
+
+class VoxelClasses {
+public:
+    void plan(const EngineGrid& grid, const StepList& list);
+    long long count() const { return static_cast<long long>(nx_) * ny_ * nz_; }
+    /// Class of voxel (ix, iy, iz), indices from 1; from 0 to count - 1, in the order of the voxels.
+    long long of(int ix, int iy, int iz) const;
+    /// A place of the class.
+    VoxelPlace place(long long voxel_class) const;
+
+private:
+    EngineGrid grid_{};
+    int nx_ = 1, ny_ = 1, nz_ = 1; // places told apart on each axis
+};
+
+} // namespace kor
