@@ -135,5 +135,5 @@ TEST_P(FreeEvolutionParity, IsThatOfTheReferenceEngine) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, FreeEvolution, testing::ValuesIn(AllEngines()), EngineName);
-INSTANTIATE_TEST_SUITE_P(Engines, FreeEvolutionParity, testing::ValuesIn(AllEngines()), EngineName);
+INSTANTIATE_TEST_SUITE_P(Engines, FreeEvolution, testing::ValuesIn(AllEngines()), EngineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, FreeEvolutionParity, testing::ValuesIn(AllEngines()), EngineParamName);

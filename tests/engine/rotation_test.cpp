@@ -66,5 +66,5 @@ TEST_P(RotationParity, IsThatOfTheReferenceEngine) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, Rotation, testing::ValuesIn(AllEngines()), EngineName);
-INSTANTIATE_TEST_SUITE_P(Engines, RotationParity, testing::ValuesIn(AllEngines()), EngineName);
+INSTANTIATE_TEST_SUITE_P(Engines, Rotation, testing::ValuesIn(AllEngines()), EngineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, RotationParity, testing::ValuesIn(AllEngines()), EngineParamName);

@@ -158,5 +158,5 @@ TEST_P(SectorPropagatorParity, IsThatOfTheReferenceEngine) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, SectorPropagator, testing::ValuesIn(AllEngines()), EngineName);
-INSTANTIATE_TEST_SUITE_P(Engines, SectorPropagatorParity, testing::ValuesIn(AllEngines()), EngineName);
+INSTANTIATE_TEST_SUITE_P(Engines, SectorPropagator, testing::ValuesIn(AllEngines()), EngineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, SectorPropagatorParity, testing::ValuesIn(AllEngines()), EngineParamName);
