@@ -112,7 +112,7 @@ int close_written(std::FILE* out, const char* name) {
 }
 
 std::FILE* open_table(const char* name, const char* tag) {
-    std::FILE* const out = platform_open(name, "wb");
+    std::FILE* const out = platform_open(name, "w");
     if (out == nullptr)
         std::perror(tag);
     return out;
@@ -217,7 +217,7 @@ int write_pv_wave_file(const char* name) {
 }
 
 int WriteGnuplotSpectrumScript(const char* gp_name, const char* csv_name, const char* plot_title) {
-    std::FILE* const out = platform_open(gp_name, "wb");
+    std::FILE* const out = platform_open(gp_name, "w");
     if (out == nullptr) {
         std::perror(gp_name);
         return 0;
