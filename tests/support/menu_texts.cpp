@@ -2,31 +2,6 @@
 
 namespace kor_test {
 
-const std::string ENTER_FOR_MENU = "\nPress Enter to return to the menu...";
-const std::string ENTER_TO_CONTINUE = "Press Enter to continue...";
-const std::string NEW_LINE_ENTER = "\nPress Enter to continue...";
-const std::string EXITING = "\n[KOR] Exiting.\n";
-const std::string OPENING_PREPARATION = "\n[KOR] Opening model preparation / editing...\n";
-const std::string OPENING_RUN_MENU = "\n[KOR] Starting non-interactive mode...\n";
-
-const std::string NOTHING_PREPARED = "Current model state:\n"
-                                     "  Nspins           : 0\n"
-                                     "  sequence family  : <unset>\n"
-                                     "  sequence sectors : 0\n"
-                                     "  result file      : <unset>\n"
-                                     "  spin system      : <none prepared>\n"
-                                     "  pulse sequence   : <none prepared>\n"
-                                     "\n";
-const std::string NOTHING_TO_RUN = "Current model state:\n"
-                                   "  Nspins           : 0\n"
-                                   "  sequence family  : <unset>\n"
-                                   "  sequence sectors : 0\n"
-                                   "  result file      : <unset>\n"
-                                   "  run status       : incomplete (spin system missing)\n"
-                                   "  spin system      : <none prepared>\n"
-                                   "  pulse sequence   : <none prepared>\n"
-                                   "\n";
-
 namespace {
 
 std::string file_hint(const std::string& loaded) {

@@ -6,9 +6,10 @@
 namespace kor_test {
 
 /// The prompts that actions end with.
-extern const std::string ENTER_FOR_MENU;    // import, export, reference checks
-extern const std::string ENTER_TO_CONTINUE; // preparation menu
-extern const std::string NEW_LINE_ENTER;    // run menu
+inline const std::string ENTER_FOR_MENU =
+    "\nPress Enter to return to the menu...";                              // import, export, reference checks
+inline const std::string ENTER_TO_CONTINUE = "Press Enter to continue..."; // preparation menu
+inline const std::string NEW_LINE_ENTER = "\nPress Enter to continue...";  // run menu
 
 /// A menu up to and including its prompt.
 /// loaded: the path of the loaded model file, or empty. status: the lines of the status block.
@@ -17,14 +18,29 @@ std::string prepare_menu_text(const std::string& loaded, const std::string& stat
 std::string run_menu_text(const std::string& loaded, const std::string& status);
 
 /// The line that ends the program.
-extern const std::string EXITING;
+inline const std::string EXITING = "\n[KOR] Exiting.\n";
 /// The lines between the main menu and the two sub-menus.
-extern const std::string OPENING_PREPARATION;
-extern const std::string OPENING_RUN_MENU;
+inline const std::string OPENING_PREPARATION = "\n[KOR] Opening model preparation / editing...\n";
+inline const std::string OPENING_RUN_MENU = "\n[KOR] Starting non-interactive mode...\n";
 
 /// Status blocks without any model.
-extern const std::string NOTHING_PREPARED;
-extern const std::string NOTHING_TO_RUN;
+inline const std::string NOTHING_PREPARED = "Current model state:\n"
+                                            "  Nspins           : 0\n"
+                                            "  sequence family  : <unset>\n"
+                                            "  sequence sectors : 0\n"
+                                            "  result file      : <unset>\n"
+                                            "  spin system      : <none prepared>\n"
+                                            "  pulse sequence   : <none prepared>\n"
+                                            "\n";
+inline const std::string NOTHING_TO_RUN = "Current model state:\n"
+                                          "  Nspins           : 0\n"
+                                          "  sequence family  : <unset>\n"
+                                          "  sequence sectors : 0\n"
+                                          "  result file      : <unset>\n"
+                                          "  run status       : incomplete (spin system missing)\n"
+                                          "  spin system      : <none prepared>\n"
+                                          "  pulse sequence   : <none prepared>\n"
+                                          "\n";
 
 /// The question for the file to export to.
 std::string export_question(const std::string& models_dir);

@@ -46,6 +46,12 @@ private:
     std::FILE* file_;
 };
 
+constexpr unsigned NOBODY = 65534;
+
+bool drop_privileges() {
+    return geteuid() != 0 || (setgid(NOBODY) == 0 && setuid(NOBODY) == 0);
+}
+
 class Running {
 public:
     explicit Running(const ProgramCall& call) : call_(call), start_(Clock::now()) {
@@ -84,7 +90,8 @@ private:
         const bool ready = dup2(in_.descriptor(), STDIN_FILENO) >= 0 &&
                            dup2(out_.descriptor(), STDOUT_FILENO) >= 0 &&
                            dup2(err_.descriptor(), STDERR_FILENO) >= 0 &&
-                           (call_.working_dir.empty() || chdir(call_.working_dir.c_str()) == 0);
+                           (call_.working_dir.empty() || chdir(call_.working_dir.c_str()) == 0) &&
+                           (!call_.unprivileged || drop_privileges());
         if (ready)
             execv(call_.executable.c_str(), arguments.data());
         std::perror("cannot run the program");

@@ -20,6 +20,7 @@ struct ProgramCall {
     std::string input = {};
     std::string working_dir = {}; // empty: the caller's
     double timeout_s = 60.0;
+    bool unprivileged = false; // as "nobody" where the tests run as root, who may write everywhere
 };
 
 ProgramResult run_program(const ProgramCall& call);

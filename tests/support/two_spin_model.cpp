@@ -37,15 +37,6 @@ ModelText two_spin_model(const std::string& name) {
     return model;
 }
 
-const std::string TWO_SPIN_BUILD_REPORT =
-    "\n"
-    "BuildSpinSystemFromPulseSequenceGlobals()\n"
-    "  Nspins = 2\n"
-    "  n      = 4\n"
-    "  spin 1: quantnum=1  Ilist=1  relspinamp=1  resofreq=100 Hz\n"
-    "  spin 2: quantnum=1  Ilist=1  relspinamp=0.75  resofreq=-40.5 Hz\n"
-    "\n";
-
 std::string two_spin_summary(const ProgramTree& tree, const std::string& name) {
     return "\n[KOR] Loaded model: " + tree.root() + "/models/" + name +
            ".kormodel\n"

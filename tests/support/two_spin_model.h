@@ -9,7 +9,14 @@ namespace kor_test {
 ModelText two_spin_model(const std::string& name);
 
 /// What building the operators of this model prints.
-extern const std::string TWO_SPIN_BUILD_REPORT;
+inline const std::string TWO_SPIN_BUILD_REPORT =
+    "\n"
+    "BuildSpinSystemFromPulseSequenceGlobals()\n"
+    "  Nspins = 2\n"
+    "  n      = 4\n"
+    "  spin 1: quantnum=1  Ilist=1  relspinamp=1  resofreq=100 Hz\n"
+    "  spin 2: quantnum=1  Ilist=1  relspinamp=0.75  resofreq=-40.5 Hz\n"
+    "\n";
 /// The summary of the model after loading it from models/<name>.kormodel of the tree.
 std::string two_spin_summary(const ProgramTree& tree, const std::string& name);
 /// What a run of it prints, up to the receiver's listings.
