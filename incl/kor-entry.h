@@ -1,7 +1,7 @@
 // Floor 5.1 - entry: start-up, command-line modes and menus
 //
 // Rooms in src/kor-entry/: start_up, run_modes (the command-line modes), main_menu, prepare_menu, run_menu,
-// menu (what the menus share), editing_actions (the menu items that edit the current model).
+// menu (what the menus share).
 // Menus talk over standard input and output; the command-line modes report failures on standard error and
 // by their exit status.
 #pragma once
@@ -13,7 +13,7 @@ namespace kor {
 /// its number of arguments. Returns the exit status: 0, or 1 when a mode failed.
 int kor_main(int argc, char** argv);
 
-/// Start-up defaults of the runtime state.
+/// Start-up defaults of the runtime state; then the spin system's dialogues, if the defaults define one.
 void TotalStartUp();
 
 /// --run-model: loads the model file and runs it in a scratch folder of its own, in which relative paths
@@ -35,6 +35,8 @@ int read_menu_choice();
 /// The preparation menu and the run menu. An answer that is no number leaves them, as the end of input does.
 void KORPrepareMenu();
 void LiouvilleNonInteractive();
+/// Asks for the spins, then, when they were defined, for intensities, offsets and couplings.
+void RedefineSpinSystem();
 /// Clears the screen for mode 3; other modes do nothing.
 void ScreenMode(int mode);
 

@@ -1,9 +1,9 @@
 #include "kor-entry.h"
 
 #include "consoleutil.h"
-#include "editing_actions.h"
 #include "kor/runtime_state.h"
 #include "kor/spatial_grid_dialogue.h"
+#include "kor/spin_system_dialogues.h"
 #include "korcurrentmodel/import_export.h"
 #include "korcurrentmodel/loaded_model.h"
 #include "korcurrentmodel/model_summary.h"
@@ -70,6 +70,17 @@ void act_on(int choice) {
 }
 
 } // namespace
+
+void RedefineSpinSystem() {
+    SetupSpins();
+    if (!g_runtime.spinsystemdefined)
+        return;
+    std::printf("Spin system defined: Nspins=%d, n=%d\n", g_runtime.Nspins, g_runtime.n);
+    MakeBoltzmann();
+    MakeZeeman();
+    SpinSpinCoupling();
+    g_runtime.systemset = 1;
+}
 
 void KORPrepareMenu() {
     for (;;) {

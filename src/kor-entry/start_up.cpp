@@ -1,6 +1,7 @@
 #include "kor-entry.h"
 
 #include "kor/runtime_state.h"
+#include "kor/spin_system_dialogues.h"
 #include "korplatform.h"
 
 namespace kor {
@@ -13,6 +14,13 @@ constexpr int CLEAR_SCREEN = 3;
 
 void TotalStartUp() {
     init();
+    // The defaults define no spin system, so a process starts without asking for one.
+    if (g_runtime.spinsystemdefined) {
+        SetupSpins();
+        MakeBoltzmann();
+        MakeZeeman();
+        SpinSpinCoupling();
+    }
 }
 
 void ScreenMode(int mode) {

@@ -60,8 +60,7 @@ TEST_F(MainMenu, ContinuesALineOfMoreThan64CharactersAsTheNextAnswers) {
     const std::string again = main_menu_text() + INVALID;
     EXPECT_EQ(transcript(letters(64, "\n6\n")), again + main_menu_text() + EXITING);
     EXPECT_EQ(transcript(letters(64, "6\n")), again + main_menu_text() + EXITING);
-    EXPECT_EQ(transcript(letters(150, "\n6\n")),
-              again + again + again + main_menu_text() + EXITING);
+    EXPECT_EQ(transcript(letters(150, "\n6\n")), again + again + again + main_menu_text() + EXITING);
 }
 
 TEST_F(MainMenu, WaitsForEnterAfterTheReferenceChecks) {

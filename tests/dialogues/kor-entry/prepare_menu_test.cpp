@@ -1,4 +1,7 @@
 // The preparation menu, as the built program shows it.
+#include "kor-entry.h"
+#include "kor/runtime_state.h"
+#include "support/console_script.h"
 #include "support/menu_texts.h"
 #include "support/program_tree.h"
 #include "support/temp_tree.h"
@@ -56,6 +59,59 @@ TEST_F(PrepareMenu, ComposesNothingWithoutASpinSystem) {
                                                 "\nNo spin system is currently prepared.\n"
                                                 "Define or import a model first.\n" +
                                                 ENTER_TO_CONTINUE + menu_ + "\n");
+}
+
+TEST_F(PrepareMenu, DefinesASpinSystemAndWaits) {
+    const std::string out = without_model("1\n1\n1\n1\n250\n\n6\n6\n");
+    const std::string status = "Current model state:\n"
+                               "  Nspins           : 1\n"
+                               "  sequence family  : <unset>\n"
+                               "  sequence sectors : 0\n"
+                               "  result file      : <unset>\n"
+                               "  pulse sequence   : <none prepared>\n"
+                               "\n";
+    const std::string end = ENTER_TO_CONTINUE + prepare_menu_text("", status) + "\n";
+    EXPECT_NE(out.find("Spin system defined: Nspins=1, n=2\n"), std::string::npos) << out;
+    EXPECT_EQ(out.substr(out.size() - end.size()), end);
+}
+
+TEST_F(PrepareMenu, OpensTheDialogueOfTheSpatialDomain) {
+    const std::string out = without_model("1\n1\n1\n1\n250\n\n2\nx\n6\n6\n");
+    EXPECT_NE(out.find("***  SPATIAL SIMULATION DOMAIN SETUP   ***\n"), std::string::npos) << out;
+}
+
+TEST_F(PrepareMenu, OpensTheComposerForASpinSystem) {
+    const std::string out = without_model("1\n1\n1\n1\n250\n\n3\n");
+    EXPECT_NE(out.find("Choose the sequence family first.\n"), std::string::npos) << out;
+    EXPECT_EQ(out.find("No spin system is currently prepared."), std::string::npos);
+}
+
+TEST(RedefineSpinSystem, BuildsTheOperatorsOfTheAnswers) {
+    kor::init();
+    kor::g_runtime.systemset = 0;
+    const ConsoleOutput console =
+        play_console("2\n1\n2\n1\n0.5\n100\n-40\n1\n12\nunread\n", kor::RedefineSpinSystem);
+    EXPECT_EQ(console.err, "");
+    EXPECT_EQ(unread_answers(), "unread\n");
+    EXPECT_NE(console.out.find("Spin system defined: Nspins=2, n=6\n"), std::string::npos) << console.out;
+    EXPECT_EQ(kor::g_runtime.systemset, 1);
+    EXPECT_EQ(kor::g_runtime.spinsystemdefined, 1);
+    EXPECT_EQ(kor::g_runtime.Nspins, 2);
+    EXPECT_EQ(kor::g_runtime.n, 6);
+    // Spin 1/2 with 100 Hz up, spin 1 with -40 Hz at m = 1: 2 pi (50 - 40) rad/s, and the coupling 2 pi 12
+    // / 2.
+    const double two_pi = 2.0 * 3.141592653589793;
+    EXPECT_NEAR(kor::g_runtime.Izee[1][1][1], two_pi * 10.0, 1e-11);
+    EXPECT_NEAR(kor::g_runtime.Icoup[1][1][1], two_pi * 6.0, 1e-11);
+}
+
+TEST(RedefineSpinSystem, StopsWhenNoSpinsAreDefined) {
+    kor::init();
+    kor::g_runtime.systemset = 0;
+    const ConsoleOutput console = play_console("", kor::RedefineSpinSystem);
+    EXPECT_EQ(console.out.find("Spin system defined"), std::string::npos);
+    EXPECT_EQ(kor::g_runtime.spinsystemdefined, 0);
+    EXPECT_EQ(kor::g_runtime.systemset, 0);
 }
 
 TEST_F(PrepareMenu, ShowsTheSummaryOfAnEmptyModel) {
