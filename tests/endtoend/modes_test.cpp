@@ -1,4 +1,5 @@
 // Every form of the command line: what it prints, its exit status, and the folders it works in.
+#include "support/build_paths.h"
 #include "support/menu_texts.h"
 #include "support/program_tree.h"
 #include "support/temp_tree.h"
@@ -256,7 +257,7 @@ TEST_F(RuntimeFolder, IsTheStartingFolderForAnExecutableThatCannotBeNamed) {
     const std::string path = program_.write_model(two_spin_model("two"));
     tree_.make_folder(deep);
     tree_.make_folder("start");
-    fs::copy_file(KOR_EXECUTABLE, tree_.path(deep + "/kor"));
+    fs::copy_file(kor_program(), tree_.path(deep + "/kor"));
     const ProgramResult result = run_program({.executable = tree_.path(deep + "/kor"),
                                               .arguments = {"--run-model", "../models/two.kormodel"},
                                               .working_dir = tree_.path("start")});
