@@ -119,6 +119,15 @@ int write_spin_echo(const std::string& root, const char* name) {
            write_waveform(folder, "receiver-1024.bin", Layout::spatial, Waveform(1024));
 }
 
+/// What the optimiser starts from: 128 samples of a rectangular 90 degree pulse about x.
+int write_pulse_to_optimise(const std::string& root, const char* name, double duration_s) {
+    Waveform w(128);
+    rectangular_waveform(w.samples(), 0, 0.25 / duration_s, w.xb.data(), w.yb.data());
+    const std::string folder = waveform_folder(root, name);
+    return write_waveform(folder, "pulse.bin", Layout::nmr, w) &&
+           write_waveform(folder, "receiver-1024.bin", Layout::nmr, Waveform(1024));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -128,7 +137,9 @@ int main(int argc, char** argv) {
     }
     const std::string root = argv[1];
     const int written = write_pulse_acquire(root) && write_cosy(root) && write_slice_selection(root) &&
-                        write_spin_echo(root, "spin-echo-144") && write_spin_echo(root, "spin-echo-72");
+                        write_spin_echo(root, "spin-echo-144") && write_spin_echo(root, "spin-echo-72") &&
+                        write_pulse_to_optimise(root, "optimise-excitation", 0.004) &&
+                        write_pulse_to_optimise(root, "optimise-two-spin-order", 0.06);
     if (!written)
         std::fprintf(stderr, "make-example-waveforms: could not write below %s\n", argv[1]);
     return written ? 0 : 1;
