@@ -77,7 +77,7 @@ void print_editor_menu() {
                 "\n");
 }
 
-/// 1; 0 when the input has ended for good.
+/// 1; 0 when the input ended during the action, which is then left.
 int act_on(int choice) {
     switch (choice) {
     case SECTOR:
@@ -105,7 +105,9 @@ void Edit2DPulseSequence() {
         print_next_step(FAMILY_NMR);
         print_sector_overview(FAMILY_NMR);
         print_editor_menu();
-        if (!read_int_prompt("Your choice is [1..5] : ", &choice) || choice == BACK || !act_on(choice))
+        if (!read_int_prompt("Your choice is [1..5] : ", &choice) || choice == BACK)
+            return;
+        if (!act_on(choice) && !console_resume_after_end())
             return;
     }
 }

@@ -64,6 +64,7 @@ template <typename Parse> int ask_until_parsed(const char* prompt, const char* a
             retried = false;
         } else {
             const bool can_come_back = console_resume_after_end();
+            std::puts("");
             if (retried && !can_come_back)
                 return 0;
             retried = true;

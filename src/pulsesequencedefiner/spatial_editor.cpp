@@ -1,5 +1,6 @@
 #include "pulsesequencedefiner/spatial_editor.h"
 
+#include "consoleutil.h"
 #include "fieldgradient_dialogues.h"
 #include "fieldgradientlib.h"
 #include "kor/runtime_state.h"
@@ -54,7 +55,7 @@ int define_spatial_grid() {
 
 /// Without a usable answer there is no gradient along the axis; that is told.
 void define_gradient(char axis, double* samples) {
-    std::printf("\nDefine %c-gradient waveform\n", axis);
+    std::printf("Define %c-gradient waveform\n", axis);
     CalcGrad(&g_runtime.ap, &g_runtime.ti, samples);
     if (fieldgrad_last_status != FIELDGRAD_OK)
         std::printf("No %c-gradient waveform was defined: this sector has no %c-gradient.\n", axis, axis);
@@ -70,7 +71,7 @@ void print_editor_menu() {
                 "\n");
 }
 
-/// 1; 0 when the input has ended for good.
+/// 1; 0 when the input ended during the action, which is then left.
 int act_on(int choice) {
     switch (choice) {
     case SECTOR:
@@ -101,7 +102,9 @@ void EditPulseSequence() {
         print_next_step(FAMILY_SPATIAL);
         print_sector_overview(FAMILY_SPATIAL);
         print_editor_menu();
-        if (!read_int_prompt("Your choice is [1..6] : ", &choice) || choice == BACK || !act_on(choice))
+        if (!read_int_prompt("Your choice is [1..6] : ", &choice) || choice == BACK)
+            return;
+        if (!act_on(choice) && !console_resume_after_end())
             return;
     }
 }

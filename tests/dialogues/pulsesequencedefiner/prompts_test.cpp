@@ -79,8 +79,8 @@ TEST(ReadIntPrompt, AnEndedInputIsTriedAgainAndThenLeft) {
     const IntAnswer answer = ask_int("");
     EXPECT_EQ(answer.read, 0);
     EXPECT_EQ(answer.value, 77);
-    EXPECT_EQ(answer.out, "n : n : ");
-    EXPECT_EQ(ask_int("x\n").out, "n : " + whole + "n : n : ");
+    EXPECT_EQ(answer.out, "n : \nn : \n");
+    EXPECT_EQ(ask_int("x\n").out, "n : " + whole + "n : \nn : \n");
 }
 
 TEST(ReadDoublePrompt, ReadsDecimalNumbers) {

@@ -54,7 +54,7 @@ std::string header(int k) {
 std::string constant_gradients() {
     std::string text;
     for (const char* axis : {"X", "Y", "Z"})
-        text += "\nDefine " + std::string(axis) + "-gradient waveform\n" + gradient_menu +
+        text += "Define " + std::string(axis) + "-gradient waveform\n" + gradient_menu +
                 " Constant gradient strength [Hz/cm] : \n";
     return text;
 }
@@ -237,7 +237,7 @@ TEST(DefineSeqSector, EveryGradientReachesTheFile) {
     start();
     const ConsoleOutput printed =
         define_sector("2\n32\n3.2\n1\n0\n0\n0\n1\n-150\n2\n0.5\n4\n3\n0.25\n4\n./a.bin\n\n");
-    EXPECT_NE(printed.out.find("f(t) = cos(2*pi*n*t/T)\nA    : \nn    : \n\nDefine Z-gradient waveform\n"),
+    EXPECT_NE(printed.out.find("f(t) = cos(2*pi*n*t/T)\nA    : \nn    : \nDefine Z-gradient waveform\n"),
               std::string::npos);
     const Blocks blocks = waveform_blocks(tree, "a.bin", N, 5);
     for (int k = 0; k < N; ++k) {
@@ -257,7 +257,7 @@ TEST(DefineSeqSector, AGradientWithoutAUsableAnswerIsZeroAndTold) {
     const char* extra[] = {"", "", " Constant gradient strength [Hz/cm] : "};
     const char* axes[] = {"X", "Y", "Z"};
     for (int i = 0; i < 3; ++i)
-        expected += "\nDefine " + std::string(axes[i]) + "-gradient waveform\n" + gradient_menu + extra[i] +
+        expected += "Define " + std::string(axes[i]) + "-gradient waveform\n" + gradient_menu + extra[i] +
                     "No " + axes[i] + "-gradient waveform was defined: this sector has no " + axes[i] +
                     "-gradient.\n";
     EXPECT_NE(printed.out.find(expected), std::string::npos) << printed.out;

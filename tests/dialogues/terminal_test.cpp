@@ -1,0 +1,119 @@
+// At a real terminal an end of input (Ctrl-D) is not the end: a person goes on.
+#include "support/build_paths.h"
+#include "support/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace kor_test;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The program on a pseudo-terminal.
+class Terminal {
+public:
+    explicit Terminal(const std::string& program) : side_(posix_openpt(O_RDWR | O_NOCTTY)) {
+        if (side_ < 0 || grantpt(side_) != 0 || unlockpt(side_) != 0)
+            return;
+        const std::string name = ptsname(side_);
+        child_ = fork();
+        if (child_ == 0)
+            become_program(name, program);
+    }
+    ~Terminal() {
+        if (child_ > 0) {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, 0);
+        }
+        close(side_);
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    /// Waits until the screen's new text ends with this; false after ten seconds without any text.
+    bool shows(const std::string& ending) {
+        while (!seen_.ends_with(ending)) {
+            pollfd ready = {side_, POLLIN, 0};
+            char text[4096];
+            const ssize_t got = poll(&ready, 1, 10000) > 0 ? read(side_, text, sizeof text) : 0;
+            if (got <= 0)
+                return false;
+            seen_.append(text, static_cast<std::size_t>(got));
+        }
+        return true;
+    }
+    void type(const std::string& keys) {
+        seen_.clear();
+        ASSERT_EQ(write(side_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+    const std::string& seen() const { return seen_; }
+    int exit_status() {
+        int state = 0;
+        waitpid(child_, &state, 0);
+        child_ = -1;
+        return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
+    }
+
+private:
+    [[noreturn]] static void become_program(const std::string& terminal, const std::string& program) {
+        setsid();
+        const int descriptor = open(terminal.c_str(), O_RDWR);
+        ioctl(descriptor, TIOCSCTTY, 0);
+        for (int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            dup2(descriptor, stream);
+        execl(program.c_str(), program.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+
+    int side_;
+    pid_t child_ = -1;
+    std::string seen_;
+};
+
+const std::string CTRL_D = "\x04";
+const std::string FAMILY = "Your choice [1..3] : ";
+const std::string EDITOR = "Your choice is [1..6] : ";
+const std::string SECTOR = "Sector number to define / edit = ";
+
+} // namespace
+
+TEST(AtATerminal, APersonGoesOnAfterAnEndOfInput) {
+    TempTree tree;
+    tree.make_folder("build");
+    fs::copy_file(kor_program(), tree.path("build/kor"));
+    Terminal terminal(tree.path("build/kor"));
+    const auto answer = [&](const std::string& keys, const std::string& next) {
+        terminal.type(keys);
+        EXPECT_TRUE(terminal.shows(next)) << "after " << keys << ":\n" << terminal.seen();
+    };
+    ASSERT_TRUE(terminal.shows("Select [1-6]: "));
+    answer("2\n", "Your choice [1..7] : ");
+    answer("1\n", FAMILY);
+    answer(CTRL_D, "\r\n" + FAMILY);
+    answer("1\n", FAMILY);
+    answer("2\n", EDITOR);
+    answer("1\n", SECTOR);
+    answer(CTRL_D, "\r\n" + SECTOR);
+    answer(CTRL_D, "\r\n" + SECTOR);
+    answer("1\n", "Your choice [1..5] : ");
+    answer("5\n", "Waiting time [ms] : ");
+    answer("2\n", "Static offset frequency [Hz] : ");
+    answer("0\n", "Your choice [1..3] : ");
+    // Within the dialogue of a gradient it leaves the sector; the editor goes on.
+    answer(CTRL_D, EDITOR);
+    EXPECT_NE(terminal.seen().find("  sequence sectors      : 0\r\n"), std::string::npos);
+    answer("6\n", FAMILY);
+    answer("3\n", "Press Enter to continue...");
+    answer("\n", "Your choice [1..7] : ");
+    answer("7\n", "Select [1-6]: ");
+    answer(CTRL_D, "[KOR] Exiting.\r\n");
+    EXPECT_EQ(terminal.exit_status(), 0);
+}
