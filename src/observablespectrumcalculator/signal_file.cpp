@@ -6,6 +6,7 @@
 #include "kor/smoke_check_mode.h"
 #include "korplatform.h"
 #include "observablespectrumcalculator/signals.h"
+#include "written_file.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -36,8 +37,10 @@ enum class Outcome { done, input_ended, failed };
 Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& receiver, CMatrix& densmat) {
     const DoubleBuffer re = allocate_doubles(static_cast<std::size_t>(receiver.points));
     const DoubleBuffer im = allocate_doubles(static_cast<std::size_t>(receiver.points));
-    if (!re || !im)
+    if (!re || !im) {
+        std::perror("signal buffer");
         return Outcome::failed;
+    }
     const bool single = count < 2;
     for (int m = 1; m <= count; ++m) {
         if (!read_density_matrix(in, receiver.n, receiver.n, densmat)) {
@@ -53,15 +56,6 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
             return Outcome::failed;
     }
     return Outcome::done;
-}
-
-/// Closes a written file; false, with a message naming it, when anything did not reach the disk.
-bool close_written(std::FILE* out, const char* name) {
-    const bool incomplete = std::ferror(out) != 0;
-    if (std::fclose(out) == 0 && !incomplete)
-        return true;
-    std::perror(name);
-    return false;
 }
 
 /// Header and signals into the named file; a message where they cannot be written.

@@ -4,6 +4,7 @@
 #include "double_buffer.h"
 #include "korlimits.h"
 #include "korplatform.h"
+#include "written_file.h"
 
 #include <algorithm>
 #include <cmath>
@@ -100,15 +101,6 @@ int write_frequency_domain(std::FILE* out, const Signals& signals, double dt) {
         write_spectrum_rows(out, N, df, signals.count >= 2 ? s : 0.0, re.get(), im.get());
     }
     return 1;
-}
-
-/// Closes a written file: 1, or 0 with a message naming it when anything did not reach the disk.
-int close_written(std::FILE* out, const char* name) {
-    const bool incomplete = std::ferror(out) != 0;
-    if (std::fclose(out) == 0 && !incomplete)
-        return 1;
-    std::perror(name);
-    return 0;
 }
 
 std::FILE* open_table(const char* name, const char* tag) {
