@@ -4,6 +4,8 @@
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <cstring>
 #include <memory>

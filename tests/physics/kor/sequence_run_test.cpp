@@ -7,6 +7,8 @@
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <random>
 

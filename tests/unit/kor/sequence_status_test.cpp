@@ -4,6 +4,8 @@
 #include "support/console_script.h"
 #include "support/run_models.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 
 namespace kor {

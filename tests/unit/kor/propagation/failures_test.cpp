@@ -6,6 +6,8 @@
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <filesystem>
 

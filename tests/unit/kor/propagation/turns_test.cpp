@@ -5,6 +5,8 @@
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 
 namespace kor {

@@ -3,6 +3,8 @@
 
 #include "support/run_models.h"
 
+#include <gtest/gtest.h>
+
 #include <climits>
 
 namespace kor {
