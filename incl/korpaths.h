@@ -12,7 +12,10 @@ namespace kor {
 
 /// out = dir, a separator unless dir is empty or ends in one, name.
 int KOR_BuildPath(char* out, std::size_t cap, const char* dir, const char* name);
-/// E: the executable's file name cut at its last backslash, or last slash when there is none.
+/// out = path cut at its last backslash, or last slash when there is none; the root keeps its separator.
+/// 0 also for a path without separators. out may be path itself.
+int KOR_GetFolder(char* out, std::size_t cap, const char* path);
+/// E: the folder of the executable.
 int KOR_GetExecutableDir(char* out, std::size_t cap);
 int KOR_GetDefaultModelsDir(char* out, std::size_t cap);
 int KOR_GetDefaultDensityMatricesDir(char* out, std::size_t cap);

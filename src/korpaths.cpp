@@ -35,14 +35,9 @@ std::size_t last_separator(std::string_view path) {
 }
 
 int default_dir(char* out, std::size_t cap, const char* name) {
-    char executable_dir[KOR_PATH_SIZE];
-    if (!KOR_GetExecutableDir(executable_dir, sizeof executable_dir))
-        return 0;
-    const std::size_t cut = last_separator(executable_dir);
-    if (cut == std::string_view::npos)
-        return 0;
-    executable_dir[cut] = '\0';
-    return KOR_BuildPath(out, cap, executable_dir, name);
+    char dir[KOR_PATH_SIZE];
+    return KOR_GetExecutableDir(dir, sizeof dir) && KOR_GetFolder(dir, sizeof dir, dir) &&
+           KOR_BuildPath(out, cap, dir, name);
 }
 
 const char* last_extension(const char* path) {
@@ -70,13 +65,20 @@ int KOR_BuildPath(char* out, std::size_t cap, const char* dir, const char* name)
     return copy_text(path + name, out, cap);
 }
 
+int KOR_GetFolder(char* out, std::size_t cap, const char* path) {
+    if (!path)
+        return 0;
+    const std::string_view name = path;
+    const std::size_t cut = last_separator(name);
+    if (cut == std::string_view::npos)
+        return 0;
+    // Without its separator the root would be the working directory.
+    return copy_text(name.substr(0, cut == 0 ? 1 : cut), out, cap);
+}
+
 int KOR_GetExecutableDir(char* out, std::size_t cap) {
     char file[EXECUTABLE_NAME_SIZE];
-    if (!platform_executable_file(file, sizeof file))
-        return 0;
-    const std::string_view name = file;
-    const std::size_t cut = last_separator(name);
-    return cut == std::string_view::npos ? 0 : copy_text(name.substr(0, cut), out, cap);
+    return platform_executable_file(file, sizeof file) && KOR_GetFolder(out, cap, file);
 }
 
 int KOR_GetDefaultModelsDir(char* out, std::size_t cap) {

@@ -72,20 +72,38 @@ TEST(BuildPath, MayExtendTheFolderInPlace) {
     EXPECT_STREQ(path, "abc/def");
 }
 
+TEST(Folder, EndsBeforeTheLastSeparatorAndKeepsTheRoot) {
+    const struct {
+        const char* path;
+        const char* folder;
+    } cases[] = {{"/opt/app/kor", "/opt/app"}, {"/kor", "/"},         {"/", "/"},     {"a/b/", "a/b"},
+                 {"C:\\x\\kor.exe", "C:\\x"},  {"C:\\kor.exe", "C:"}, {"a\\b/c", "a"}};
+    for (const auto& c : cases) {
+        char out[16] = "untouched";
+        EXPECT_EQ(KOR_GetFolder(out, sizeof out, c.path), 1) << c.path;
+        EXPECT_STREQ(out, c.folder) << c.path;
+    }
+    char out[16] = "untouched";
+    EXPECT_EQ(KOR_GetFolder(out, sizeof out, "kor"), 0);
+    EXPECT_EQ(KOR_GetFolder(out, sizeof out, nullptr), 0);
+    EXPECT_EQ(KOR_GetFolder(out, 3, "abc/d"), 0);
+    EXPECT_STREQ(out, UNTOUCHED);
+}
+
 TEST(DefaultFolders, LieBesideTheExecutablesFolder) {
     const auto executable_dir = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const std::string parent = executable_dir.parent_path().string();
+    const auto parent = executable_dir.parent_path();
     char out[KOR_PATH_SIZE];
     ASSERT_EQ(KOR_GetExecutableDir(out, sizeof out), 1);
     EXPECT_EQ(out, executable_dir.string());
     ASSERT_EQ(KOR_GetDefaultModelsDir(out, sizeof out), 1);
-    EXPECT_EQ(out, parent + "/models");
+    EXPECT_EQ(out, parent / "models");
     ASSERT_EQ(KOR_GetDefaultDensityMatricesDir(out, sizeof out), 1);
-    EXPECT_EQ(out, parent + "/density_matrices");
+    EXPECT_EQ(out, parent / "density_matrices");
     ASSERT_EQ(KOR_GetDefaultRFOutputDir(out, sizeof out), 1);
-    EXPECT_EQ(out, parent + "/rf-output");
+    EXPECT_EQ(out, parent / "rf-output");
     ASSERT_EQ(KOR_GetDefaultRFInputDir(out, sizeof out), 1);
-    EXPECT_EQ(out, parent + "/rf-input");
+    EXPECT_EQ(out, parent / "rf-input");
 }
 
 TEST(DefaultFolders, NeedRoomForTheirNames) {
