@@ -31,7 +31,7 @@ KORModelStatus report_bad_list(const SpinReader& reader, const char* key, const 
 template <class Number, Number (KORSpinSystemDef::*field)[KOR_MAX_SPINS + 1],
           int (*parse)(const char*, int, Number*, int)>
 KORModelStatus read_list(SpinReader& reader, const char* key, const char* value) {
-    const int expected = reader.def->nspins < 0 ? 0 : reader.def->nspins;
+    const int expected = reader.def->nspins;
     if (!parse(value, expected, reader.def->*field, KOR_MAX_SPINS))
         return report_bad_list(reader, key, value, expected);
     return KOR_MODEL_OK;

@@ -142,7 +142,8 @@ TEST(SpinSystemFile, ListsOfNoSpinsAreEmpty) {
                             "coupling_mode: 1\n"),
                   (Outcome{KOR_MODEL_ERR_RANGE, "nspins=" + count + " is outside 1..8"}));
         EXPECT_EQ(load_text("nspins: " + count + "\nspin_quantum_numbers: 1\n"),
-                  parse_error("line 2: key 'spin_quantum_numbers' has too many values (expected 0, got 1)"));
+                  parse_error("line 2: key 'spin_quantum_numbers' has too many values (expected " + count +
+                              ", got 1)"));
     }
 }
 
