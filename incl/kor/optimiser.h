@@ -20,8 +20,8 @@ void dfnc(double f, const double* parvec, int nn, double* df);
 /// set.
 double func(double z);
 
-/// Brackets a minimum of func, downhill from ax and bx by golden magnification and parabolic steps: bx ends between
-/// ax and cx with fb <= fa, fc.
+/// Brackets a minimum of func, downhill from ax and bx by golden magnification and parabolic steps: bx ends
+/// between ax and cx with fb <= fa, fc.
 void mnbrak(double* ax, double* bx, double* cx, double* fa, double* fb, double* fc);
 /// Minimum of func inside the bracket ax, bx, cx to the fractional tolerance tol; its place in *xmin.
 /// R. P. Brent, Algorithms for Minimization without Derivatives (1973), ch. 5.

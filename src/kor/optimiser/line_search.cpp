@@ -177,8 +177,9 @@ double brent(double ax, double bx, double cx, double tol, double* xmin) {
 
 void linmin(double* parvec, double* xi, int nn, double* fret) {
     g_runtime.kor_ncom = nn;
-    std::copy_n(parvec, nn, g_runtime.pcom);
-    std::copy_n(xi, nn, g_runtime.xicom);
+    const int kept = std::min(nn, KOR_MAX_PARAMETERS);
+    std::copy_n(parvec, kept, g_runtime.pcom);
+    std::copy_n(xi, kept, g_runtime.xicom);
     double ax = 0.0;
     double xx = 1.0;
     double bx = 2.0;

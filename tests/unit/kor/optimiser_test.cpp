@@ -117,12 +117,11 @@ TEST(OptimiserGradient, AgreesWithCentralDifferences) {
 
 TEST(OptimiserGradient, StepsByTheTenMillionthOfAParameterOrOfOne) {
     prepare_one_spin(0.0);
-    // With a dwell of 1 s / 64 the objective of mode 0 of x is -sin(p / 64) / 2, so that small steps show.
+    // Mode 0 of x is a field of p / 64 rad/s; over 64 samples of 1 s it turns by p rad.
     g_runtime.h = 1.0;
     g_runtime.npar = 8;
     std::vector<double> par = {-3.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
     std::vector<double> gradient(8);
-    std::vector<double> evaluated;
     const auto console = play_console("", [&] { kor::dfnc(0.25, par.data(), 8, gradient.data()); });
     const auto objective = [](double p) { return -0.5 * std::sin(p); };
     EXPECT_NEAR(gradient[0] * -3e-7, objective(-3.0 - 3e-7) - 0.25, 1e-13);
@@ -195,6 +194,18 @@ TEST(Linmin, MovesThePointAndTurnsTheDirectionIntoTheStep) {
     EXPECT_EQ(g_runtime.kor_ncom, 8);
 }
 
+TEST(Linmin, KeepsToItsArraysForALineThatIsTooLong) {
+    prepare_one_spin(0.0);
+    std::vector<double> point(200, 1.0), direction(200, 2.0);
+    std::fill_n(g_runtime.xt, kor::KOR_MAX_PARAMETERS, 7.0);
+    double minimum = 0.0;
+    play_console("", [&] { kor::linmin(point.data(), direction.data(), 200, &minimum); });
+    EXPECT_EQ(g_runtime.kor_ncom, 200);
+    EXPECT_EQ(g_runtime.pcom[159], 1.0);
+    EXPECT_EQ(g_runtime.xicom[159], 2.0);
+    EXPECT_EQ(g_runtime.xt[0], 7.0);
+}
+
 TEST(Frprmn, ReachesTheBestPulseOfOneSpinOffResonance) {
     prepare_one_spin(120.0);
     auto par = constant_pulse(180.0);
@@ -209,6 +220,10 @@ TEST(Frprmn, ReachesTheBestPulseOfOneSpinOffResonance) {
     // No pulse does better than turning all of Iz into Iy: -trace(Iy Iy) = -1/2.
     EXPECT_GE(minimum, -0.5 - 1e-12);
     EXPECT_LT(minimum, -0.5 * 0.999);
+    EXPECT_EQ(g_runtime.densmat[1][1][1], 0.5);
+    EXPECT_EQ(g_runtime.densmat[1][2][1], 0.0);
+    EXPECT_EQ(g_runtime.densmat[1][2][2], 0.0);
+    EXPECT_EQ(g_runtime.densmat[2][2][1], -0.5);
     double again = 0.0;
     play_console("", [&] { again = kor::fnc(par.data()); });
     EXPECT_NEAR(again, minimum, 1e-9);
