@@ -49,7 +49,7 @@ double kor_objective_from_eval(int mode, double re, double im);
 
 /// Objective of a pulse in the context: the start state (prefix state, else densmat) is propagated through
 /// the waveform of `parvec` and observed (suffix observable, else Istat).
-///   n_local         Hilbert dimension              ap_local   waveform points, 0-based arrays
+///   n_local         dimension n of the state       ap_local   waveform points, 0-based arrays
 ///   npar_local      length of parvec               h_local    time step, s
 ///   x0_s_local      position, cm                   gs_local   gradient, rad/s per cm
 ///   re_out, im_out  <O>; may be null

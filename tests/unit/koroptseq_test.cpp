@@ -71,7 +71,7 @@ void prepare_random_sequence(int spins, int sectors, int points, unsigned seed) 
     kor::KOR_SetSmokeCheckMode(0);
 }
 
-/// Observable = a random Hermitian-free matrix, so that <O> is complex.
+/// Observable = a random matrix that is not Hermitian, so that <O> is complex.
 void set_random_observable(unsigned seed) {
     std::mt19937 random(seed);
     std::normal_distribution<double> normal;
@@ -243,6 +243,39 @@ TEST(PrepareSequenceSector, ReportsWhatItPrepared) {
     EXPECT_EQ(g_runtime.calc, 0);
     EXPECT_EQ(g_runtime.ndw, 1);
     EXPECT_EQ(g_runtime.pulseflag, 1);
+}
+
+TEST(PrepareSequenceSector, TheFirstSectorHasNoPrefixAndTheLastNoSuffix) {
+    const kor_test::TempTree tree;
+    prepare_random_sequence(2, 3, 8, 15);
+    set_random_observable(16);
+    static CMatrix observable;
+    kor::CopyCMatrix(4, g_runtime.Istat, observable);
+    kor_test::ConsoleOutput console;
+    ASSERT_EQ(prepare(1, kor::KOR_OPT_OBJECTIVE_RE_EXPECT, &console), 1);
+    EXPECT_NE(console.out.find("  objective mode         : Re <O>\n"
+                               "  prefix sectors cached  : 0\n  suffix sectors cached  : 2\n\n"),
+              std::string::npos);
+    for (int r = 1; r <= 4; ++r)
+        EXPECT_EQ(kor::g_kor_opt_ctx.rho_in[r][r][1], g_runtime.densmat[r][r][1]) << r;
+    ASSERT_EQ(prepare(3, kor::KOR_OPT_OBJECTIVE_RE_EXPECT, &console), 1);
+    EXPECT_NE(console.out.find("  prefix sectors cached  : 2\n  suffix sectors cached  : 0\n\n"),
+              std::string::npos);
+    for (int r = 1; r <= 4; ++r)
+        EXPECT_EQ(kor::g_kor_opt_ctx.obs_out[r][1][2], observable[r][1][2]) << r;
+}
+
+TEST(PrepareSequenceSector, LoadsAtMost8192Points) {
+    const kor_test::TempTree tree;
+    prepare_random_sequence(1, 1, kor::KOR_MAX_RF_POINTS, 17);
+    EXPECT_EQ(prepare(1, 0), 1);
+    EXPECT_EQ(g_runtime.ap, 8192);
+    EXPECT_EQ(g_runtime.h, 2e-3 / 8192);
+    g_runtime.noti[1] = 8193;
+    kor_test::ConsoleOutput console;
+    EXPECT_EQ(prepare(1, 0, &console), 0);
+    EXPECT_EQ(console.out, "Sequence optimization: failed to load selected sector 1 into runtime.\n");
+    EXPECT_EQ(g_runtime.ap, 8192);
 }
 
 TEST(PrepareSequenceSector, NamesEveryReasonToRefuse) {
