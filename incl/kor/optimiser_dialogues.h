@@ -7,12 +7,14 @@ namespace kor {
 /// A wrong answer ends it with a message on the error stream.
 void Optimize();
 
-/// Optimises par (npar parameters) from the current start density matrix, leaves the pulse in xb and yb, reports,
-/// and offers the pulse as a CSV table with a plot. A pulse with a sample that is not finite is not written.
+/// Optimises par (npar parameters) from the current start density matrix, leaves the pulse in xb and yb,
+/// reports, and offers the pulse as a CSV table with a plot. A pulse with a sample that is not finite is not
+/// written.
 void StartOptimization();
 
-/// The parameter count of `units` mode pairs: 4 units, clamped to KOR_MAX_PARAMETERS (with a message that begins
-/// with `prefix`); stored in npar. 0 and a message "<prefix>invalid npar" are the caller's when the result is <= 0.
+/// npar = the four parameters of each of `units` mode pairs, at most KOR_MAX_PARAMETERS: more are clamped,
+/// with a message that begins with `prefix`. Returns 1; 0 with npar unchanged when units is below 1, which
+/// the caller reports.
 int optimiser_parameter_count(int units, const char* prefix);
 
 } // namespace kor

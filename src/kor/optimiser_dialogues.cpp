@@ -115,7 +115,7 @@ void Optimize() {
         return;
     if (!GenerateOptimizationStartPulse(&g_runtime.ap, &g_runtime.h, g_runtime.xb, g_runtime.yb,
                                         g_runtime.npar)) {
-        std::printf("Optimize: RF optimization start pulse not generated\n");
+        std::fprintf(stderr, "Optimize: RF optimization start pulse not generated\n");
         return;
     }
     g_runtime.ti = g_runtime.h * g_runtime.ap;

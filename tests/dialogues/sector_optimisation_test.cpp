@@ -12,12 +12,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -214,6 +218,52 @@ TEST(OptimizeSector, ModePairsBeyondTheParameterArrayAreClamped) {
               std::string::npos);
 }
 
+/// The model's first sector with another number of points, all of its waveform at 62.5 Hz along x.
+void prepare_points(int points) {
+    prepare_model();
+    g_runtime.noti[1] = points;
+    const std::vector<double> xb(static_cast<std::size_t>(points), two_pi * 62.5), yb(xb.size(), 0.0);
+    kor::BinArrayOut2D(points, xb.data(), yb.data(), "short");
+    set_text(g_runtime.fnames[1], sizeof g_runtime.fnames[1], "short");
+}
+
+TEST(OptimizeSector, OnePointHasNoModesAndStaysAsItIs) {
+    const TempTree tree;
+    prepare_points(1);
+    const std::string before = tree.read("short");
+    const auto console = optimise("1\n1\n2\n1\n2\n1\n");
+    EXPECT_EQ(console.err, "");
+    EXPECT_NE(console.out.find("Iterations          : 1\n"), std::string::npos);
+    EXPECT_EQ(tree.read("short"), before);
+    EXPECT_EQ(optimise("1\n1\n2\n2\n").err,
+              "GenerateOptimizationStartPulseFixedGridInteractive: invalid ap/h\n");
+}
+
+// The Fourier transform refuses such a count: two samples of each half serve as the parameters.
+TEST(OptimizeSector, ACountThatIsNoPowerOfTwoOptimisesSamplesInstead) {
+    const TempTree tree;
+    prepare_points(48);
+    const auto console = optimise("1\n1\n1\n1\n2\n1\n");
+    EXPECT_EQ(console.err, "");
+    const std::string written = tree.read("short");
+    ASSERT_EQ(written.size(), 2u * 48u * sizeof(double));
+    std::vector<double> samples(96);
+    std::memcpy(samples.data(), written.data(), written.size());
+    EXPECT_NE(samples[24], two_pi * 62.5);
+    samples[24] = two_pi * 62.5;
+    EXPECT_EQ(std::vector<double>(samples.begin(), samples.begin() + 48),
+              std::vector<double>(48, two_pi * 62.5));
+}
+
+TEST(OptimizeSector, MorePointsThanTheArraysHoldAreRefused) {
+    const TempTree tree;
+    prepare_points(8193);
+    const std::string out = optimise("1\n1\n").out;
+    EXPECT_NE(out.find("Sequence optimization: failed to load selected sector 1 into runtime.\n"
+                       "Could not prepare current sequence-sector optimization context\n"),
+              std::string::npos);
+}
+
 TEST(OfferWriteback, SkipsASectorWithoutAFile) {
     prepare_model();
     g_runtime.fnames[1][0] = '\0';
@@ -248,6 +298,55 @@ TEST(OfferWriteback, AFailedWriteLeavesTheOldFile) {
     EXPECT_EQ(tree.read("pulse"), before);
 }
 
+TEST(OfferWriteback, AFullDiskLeavesTheOldFile) {
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "needs the device that is always full";
+    const TempTree tree;
+    prepare_model();
+    const std::string before = tree.read("pulse");
+    std::filesystem::create_symlink("/dev/full", "pulse.new");
+    g_runtime.ap = 64;
+    const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
+    EXPECT_EQ(console.err, "The waveform file pulse could not be written and was left as it was.\n");
+    EXPECT_EQ(tree.read("pulse"), before);
+    EXPECT_EQ(tree.names(), std::vector<std::string>{"pulse"});
+}
+
+TEST(OfferWriteback, AReadOnlyFileIsNotReplaced) {
+    const TempTree tree;
+    prepare_model();
+    const std::string before = tree.read("pulse");
+    std::filesystem::permissions(tree.path(), std::filesystem::perms::all);
+    std::filesystem::permissions("pulse",
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
+    g_runtime.ap = 64;
+    std::fill_n(g_runtime.xb, 64, 1.0);
+    // The superuser may write everywhere; the effective user decides.
+    const uid_t user = geteuid();
+    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+    const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
+    ASSERT_EQ(seteuid(user), 0);
+    EXPECT_EQ(console.err, "pulse: Permission denied\n"
+                           "The waveform file pulse could not be written and was left as it was.\n");
+    EXPECT_EQ(console.out, ask_write_back);
+    EXPECT_EQ(tree.read("pulse"), before);
+    EXPECT_EQ(tree.names(), std::vector<std::string>{"pulse"});
+}
+
+TEST(OfferWriteback, MakesAFileThatIsNotThereYet) {
+    const TempTree tree;
+    prepare_model();
+    std::filesystem::remove("pulse");
+    g_runtime.ap = 2;
+    g_runtime.xb[0] = 1.0;
+    g_runtime.xb[1] = 2.0;
+    g_runtime.yb[0] = 3.0;
+    g_runtime.yb[1] = 4.0;
+    const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
+    EXPECT_EQ(console.err, "");
+    EXPECT_EQ(tree.read("pulse"), kor_test::bytes_of<double>({1.0, 2.0, 3.0, 4.0}));
+}
+
 struct Remark {
     const char* remark;
     const char* name;
@@ -277,7 +376,7 @@ TEST(MetadataValue, ReadsTheGroupOfARemark) {
             << c.remark;
         EXPECT_STREQ(out, c.value) << c.remark;
     }
-    char out[4] = "x";
+    char out[4] = "x"; // room for three characters
     EXPECT_EQ(kor::kormodel_metadata_value("optimizeRf[a=123]", "optimizeRf", "a", out, sizeof out), 1);
     EXPECT_EQ(kor::kormodel_metadata_value("optimizeRf[a=1234]", "optimizeRf", "a", out, sizeof out), 0);
     EXPECT_STREQ(out, "");
@@ -312,6 +411,10 @@ TEST(TargetFromRemark, PrefersTheManualRecipeOnlyInManualMode) {
               using_operator("Iy"));
     EXPECT_EQ(chosen("optimizeRf[manualRecipe=Ix,productOperator=not defined]"), using_operator("Ix"));
     EXPECT_EQ(chosen("no target here"), "");
+    // Values of 255 characters are read; longer ones count as absent.
+    const std::string blanks(253, '_');
+    EXPECT_EQ(chosen("optimizeRf[productOperator=Ix" + blanks + "]"), using_operator("Ix" + blanks));
+    EXPECT_EQ(chosen("optimizeRf[productOperator=Ix_" + blanks + ",manualRecipe=Iy]"), using_operator("Iy"));
 }
 
 TEST(TargetFromRemark, SaysWhichTargetCannotBeParsed) {
@@ -334,6 +437,28 @@ TEST(StartOptimization, RefusesWithoutParameters) {
     const auto console = play_console("", [] { kor::StartOptimization(); });
     EXPECT_EQ(console.out.find("\nOptimization start density matrix:\n"), 0u);
     EXPECT_EQ(console.err, "StartOptimization: npar not set\n");
+}
+
+TEST(StartOptimization, WritesNoTableOfAPulseThatIsNotFinite) {
+    const TempTree tree;
+    prepare_model();
+    g_runtime.npar = 4;
+    g_runtime.ap = 8;
+    g_runtime.h = 1e-4;
+    std::fill_n(g_runtime.par, 4, std::numeric_limits<double>::quiet_NaN());
+    const auto console = play_console("1\nbad.csv\n", [] { kor::StartOptimization(); });
+    EXPECT_EQ(console.err, "The optimised pulse has a sample that is not finite; bad.csv was not written.\n");
+    EXPECT_EQ(tree.names(), std::vector<std::string>{"pulse"});
+}
+
+TEST(StartOptimization, NeedsANameForTheTable) {
+    const TempTree tree;
+    prepare_model();
+    g_runtime.npar = 4;
+    g_runtime.ap = 1; // no modes: nothing to search
+    const auto console = play_console("1\n", [] { kor::StartOptimization(); });
+    EXPECT_EQ(after(console.out, ask_csv), ask_csv + "Enter output CSV filename: ");
+    EXPECT_EQ(console.err, "Invalid filename\n");
 }
 
 TEST(Optimize, DefinesEverythingAndReachesTheTarget) {
@@ -374,8 +499,8 @@ TEST(Optimize, NamesTheAnswerThatEndsIt) {
     EXPECT_EQ(failure("0\n").err, "Optimize: invalid npar\n");
     EXPECT_NE(failure("50\n1\n").out.find("Optimize: npar=200 exceeds par[160]; clamping to 160\n"),
               std::string::npos);
-    EXPECT_NE(failure("2\n1\n").out.find("Optimize: RF optimization start pulse not generated\n"),
-              std::string::npos);
+    EXPECT_EQ(failure("2\n1\n").err,
+              "Invalid number of points\nOptimize: RF optimization start pulse not generated\n");
 }
 
 } // namespace
