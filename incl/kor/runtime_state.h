@@ -31,7 +31,7 @@ struct RuntimeState {
     int sector;       // sector being edited
     int sectype[KOR_MAX_SECTORS + 1];
     int noti[KOR_MAX_SECTORS + 1];       // waveform samples
-    int nevo[KOR_MAX_SECTORS + 1];       // evolution intervals; nevo[0] is 1
+    int nevo[KOR_MAX_SECTORS + 1];       // evolution intervals
     double sectdur[KOR_MAX_SECTORS + 1]; // s
     double statoff[KOR_MAX_SECTORS + 1]; // Hz
     char fnames[KOR_MAX_SECTORS + 1][KOR_FILE_NAME_SIZE];
