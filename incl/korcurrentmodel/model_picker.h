@@ -13,6 +13,8 @@ namespace kor {
 inline constexpr int KOR_LISTED_NAME_SIZE = 260;
 inline constexpr int KOR_MAX_LISTED_MODELS = 256;
 
+/// Says that Enter leads back to the menu and waits for it, as every action of the main menu does at its end.
+void wait_for_menu();
 /// 1 when the file has a line with "spin_system_file:" and a line with "sequence_file:".
 int is_split_model_file(const char* dir, const char* name);
 /// Fills names[0 ..] with the names of the folder's model files (*.kormodel that are split model files), in

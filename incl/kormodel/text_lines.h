@@ -42,7 +42,7 @@ int parse_int_list(const char* text, int count, int* out, int capacity);
 int parse_double_list(const char* text, int count, double* out, int capacity);
 /// White-space separated words (blank, tab, CR, LF).
 int count_words(const char* text);
-/// Copies at most size - 1 characters and terminates them. size >= 1.
+/// Copies at most size - 1 characters and terminates them. size >= 1; out may be text itself.
 void copy_truncated(const char* text, char* out, std::size_t size);
 
 /// One model file while it is being read: where it stands, which keys it has given, where errors go.

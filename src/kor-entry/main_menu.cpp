@@ -3,6 +3,7 @@
 #include "consoleutil.h"
 #include "korcurrentmodel/import_export.h"
 #include "korcurrentmodel/loaded_model.h"
+#include "korcurrentmodel/model_picker.h"
 #include "korcurrentmodel/work_dirs.h"
 #include "kormodel_refcheck.h"
 #include "korplatform.h"
@@ -40,8 +41,7 @@ void print_main_menu() {
 void run_reference_checks() {
     std::puts("\n[KOR] Running developer smoke/reference checks...\n");
     KORModel_RunReferenceChecks();
-    std::printf("\nPress Enter to return to the menu...");
-    console_wait_for_enter();
+    wait_for_menu();
 }
 
 /// The action of one item; false for the one that leaves the program.

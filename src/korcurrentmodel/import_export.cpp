@@ -1,6 +1,5 @@
 #include "korcurrentmodel/import_export.h"
 
-#include "consoleutil.h"
 #include "korcurrentmodel/loaded_model.h"
 #include "korcurrentmodel/model_picker.h"
 #include "korcurrentmodel/model_summary.h"
@@ -12,11 +11,6 @@
 namespace kor {
 
 namespace {
-
-void wait_for_menu() {
-    std::printf("\nPress Enter to return to the menu...");
-    console_wait_for_enter();
-}
 
 void report_failure(const char* what, KORModelStatus status, const char* message, const char* path) {
     std::printf("\n[KOR] %s failed: %s (%s)\n", what, KORModelStatusString(status), message);

@@ -1,9 +1,9 @@
 #include "korcurrentmodel/loaded_model.h"
 
 #include "consoleutil.h"
+#include "kormodel/text_lines.h"
 #include "korpaths.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -17,13 +17,6 @@ int g_current_model_short_name_valid;
 namespace {
 
 constexpr std::size_t ANSWER_SIZE = 256;
-
-/// Copies as much as fits; out may be text itself.
-void copy_cut(const char* text, char* out, std::size_t cap) {
-    const std::size_t length = std::min(std::strlen(text), cap - 1);
-    std::memmove(out, text, length);
-    out[length] = '\0';
-}
 
 void forget_loaded_path() {
     g_loaded_model_path[0] = '\0';
@@ -60,7 +53,7 @@ void set_loaded_model_path(const char* path) {
         forget_loaded_path();
         return;
     }
-    copy_cut(path, g_loaded_model_path, sizeof g_loaded_model_path);
+    copy_truncated(path, g_loaded_model_path, sizeof g_loaded_model_path);
     g_loaded_model_path_valid = 1;
     seed_current_model_short_name_from_path(g_loaded_model_path);
 }
@@ -75,7 +68,7 @@ void set_current_model_short_name(const char* name) {
         clear_current_model_short_name();
         return;
     }
-    copy_cut(name, g_current_model_short_name, sizeof g_current_model_short_name);
+    copy_truncated(name, g_current_model_short_name, sizeof g_current_model_short_name);
     g_current_model_short_name_valid = 1;
 }
 
@@ -99,7 +92,7 @@ int KOREnsureCurrentModelShortName(char* out, std::size_t cap) {
         seed_current_model_short_name_from_path(g_loaded_model_path);
     if (!g_current_model_short_name_valid && !ask_for_short_name())
         return 0;
-    copy_cut(g_current_model_short_name, out, cap);
+    copy_truncated(g_current_model_short_name, out, cap);
     return 1;
 }
 

@@ -35,11 +35,6 @@ int keep_split_model(const char* name, void* context) {
     return list.count < list.max;
 }
 
-void wait_for_menu() {
-    std::printf("\nPress Enter to return to the menu...");
-    console_wait_for_enter();
-}
-
 /// The default models folder, or the message that it is unknown.
 bool find_models_dir(char* out, std::size_t cap) {
     if (KOR_GetDefaultModelsDir(out, cap))
@@ -86,6 +81,11 @@ bool confirm_overwriting(const char* path) {
 }
 
 } // namespace
+
+void wait_for_menu() {
+    std::printf("\nPress Enter to return to the menu...");
+    console_wait_for_enter();
+}
 
 int is_split_model_file(const char* dir, const char* name) {
     char path[KOR_PATH_SIZE];

@@ -125,7 +125,7 @@ void copy_truncated(const char* text, char* out, std::size_t size) {
     std::size_t length = std::strlen(text);
     if (length >= size)
         length = size - 1;
-    std::memcpy(out, text, length);
+    std::memmove(out, text, length);
     out[length] = '\0';
 }
 

@@ -204,6 +204,9 @@ TEST(CopyTruncated, KeepsWhatFits) {
     EXPECT_STREQ(out, "ab");
     copy_truncated("abcdef", out, sizeof out);
     EXPECT_STREQ(out, "abc");
+    char own[8] = "abcdef";
+    copy_truncated(own, own, 4);
+    EXPECT_STREQ(own, "abc");
 }
 
 TEST(LineError, BeginsWithTheLineNumber) {
