@@ -1,4 +1,5 @@
-// More than 16 states: one voxel at a time, its steps acting on blocks of columns of the identity.
+// More than 16 states: one voxel at a time, its steps acting on blocks of columns of the identity. Of a
+// palindrome only the first half is computed.
 #include "join.h"
 #include "sector_plan.h"
 #include "series.h"
@@ -12,7 +13,7 @@ namespace {
 
 struct ColumnPlan {
     std::vector<Step> steps; // none beyond the radius that the series serve
-    bool mirrored = false;
+    Palindrome mirror;
     std::vector<const ChebyshevSeries*> series;
     std::vector<double> h, hw, hb, zc, zs, diagonal;
     AlignedDoubles work;
@@ -32,17 +33,14 @@ void split_long_steps(const std::vector<Step>& steps) {
 }
 
 int prepare(const FastSector& fast) {
-    const StepList& list = fast.list;
     const SystemStructure& s = fast.structure;
-    split_long_steps(list.steps);
-    g.mirrored =
-        list.fixed_direction && g.steps.size() >= 4 && g.steps.size() % 2 == 0 && is_palindrome(list);
-    const std::size_t used = g.mirrored ? g.steps.size() / 2 : g.steps.size();
+    split_long_steps(fast.list.steps);
+    g.mirror = find_palindrome(g.steps, fast.list.fixed_direction);
     g.series.clear();
     for (std::vector<double>* array : {&g.h, &g.hw, &g.hb, &g.zc, &g.zs}) {
-        array->assign(used, 0.0);
+        array->assign(g.steps.size(), 0.0);
     }
-    for (std::size_t j = 0; j < used; ++j) {
+    for (std::size_t j = 0; j < g.steps.size(); ++j) {
         const Step& step = g.steps[j];
         const Step& before = g.steps[j > 0 ? j - 1 : 0];
         g.series.push_back(chebyshev_series(step.angle));
@@ -59,32 +57,43 @@ int prepare(const FastSector& fast) {
     return 1;
 }
 
-void compute(const FastSector& fast, ClassBlock& block) {
-    static Planes product, work, spare;
+/// product = the steps first..end - 1, in the frames of the first and last step's direction.
+void run_range(const FastSector& fast, int first, int end, Planes& product) {
     const SystemStructure& s = fast.structure;
+    const bool turns = !fast.list.fixed_direction;
+    product.shape(s.n);
+    fast_kernels().column_product(
+        {s.n, s.h0_off_diagonal.rows(), s.fx_entries.rows(), g.diagonal.data(), s.m.data(), s.ladder.data(),
+         s.ladder_top, end - first, g.h.data() + first, g.hw.data() + first, g.hb.data() + first,
+         turns ? g.zc.data() + first : nullptr, turns ? g.zs.data() + first : nullptr,
+         g.series.data() + first, g.work.data(), product.re.data(), product.im.data(), product.stride});
+}
+
+void compute(const FastSector& fast, ClassBlock& block) {
+    static Planes product, lead, middle;
+    const int n = fast.structure.n;
     const VoxelPlace place = fast.classes.place(block.first);
-    for (std::size_t j = 0; j < g.h.size(); ++j) {
+    for (std::size_t j = 0; j < g.steps.size(); ++j) {
         const Step& step = g.steps[j];
         g.hw[j] =
             step.h * (step.gx * place.x + step.gy * place.y + step.gz * place.z + fast.sector.samples.offset);
     }
-    product.shape(s.n);
-    const bool turns = !fast.list.fixed_direction;
-    fast_kernels().column_product({s.n, s.h0_off_diagonal.rows(), s.fx_entries.rows(), g.diagonal.data(),
-                                   s.m.data(), s.ladder.data(), s.ladder_top, static_cast<int>(g.h.size()),
-                                   g.h.data(), g.hw.data(), g.hb.data(), turns ? g.zc.data() : nullptr,
-                                   turns ? g.zs.data() : nullptr, g.series.data(), g.work.data(),
-                                   product.re.data(), product.im.data(), product.stride});
-    if (g.mirrored) {
-        transpose(s.n, product, spare);
-        multiply(s.n, product, spare, work);
+    if (g.mirror.length == 0) {
+        run_range(fast, 0, static_cast<int>(g.steps.size()), product);
+    } else {
+        const int half = g.mirror.first + g.mirror.length / 2;
+        const bool odd = g.mirror.length % 2 == 1;
+        run_range(fast, g.mirror.first, half, product);
+        if (g.mirror.first > 0) {
+            run_range(fast, 0, g.mirror.first, lead);
+        }
+        if (odd) {
+            run_range(fast, half, half + 1, middle);
+        }
+        join_palindrome(n, g.mirror.first > 0 ? &lead : nullptr, odd ? &middle : nullptr, product);
     }
-    turn_ends(s, g.steps.front(), g.steps.back(), product);
-    for (int i = 0; i < s.n; ++i) {
-        const std::size_t to = static_cast<std::size_t>(i) * static_cast<std::size_t>(s.n);
-        std::copy_n(&product.re[product.at(i, 0)], s.n, &block.re[to]);
-        std::copy_n(&product.im[product.at(i, 0)], s.n, &block.im[to]);
-    }
+    turn_ends(fast.structure, g.steps.front(), g.steps.back(), product);
+    store_class(n, product, 0, block);
 }
 
 } // namespace

@@ -46,4 +46,18 @@ void transpose(int n, const Planes& a, Planes& out) {
     }
 }
 
+void join_palindrome(int n, const Planes* lead, const Planes* middle, Planes& half) {
+    static Planes mirrored, whole, work;
+    transpose(n, half, mirrored);
+    if (middle) {
+        multiply(n, half, *middle, work);
+    }
+    multiply(n, half, mirrored, work);
+    if (lead) {
+        whole = *lead;
+        multiply(n, whole, half, work);
+        std::swap(whole, half);
+    }
+}
+
 } // namespace kor

@@ -16,4 +16,7 @@ void multiply(int n, Planes& a, const Planes& b, Planes& work);
 /// out = transpose of a, not conjugated; another record.
 void transpose(int n, const Planes& a, Planes& out);
 
+/// half = lead . half . middle . transpose(half); null factors are left out.
+void join_palindrome(int n, const Planes* lead, const Planes* middle, Planes& half);
+
 } // namespace kor

@@ -121,6 +121,16 @@ void fast_sector_propagator(int ix, int iy, int iz, CMatrix& r) {
 
 } // namespace
 
+void store_class(int n, const Planes& product, int member, ClassBlock& block) {
+    const auto width = static_cast<std::size_t>(n);
+    for (int i = 0; i < n; ++i) {
+        const std::size_t to =
+            (static_cast<std::size_t>(member) * width + static_cast<std::size_t>(i)) * width;
+        std::copy_n(&product.re[product.at(i, 0)], n, &block.re[to]);
+        std::copy_n(&product.im[product.at(i, 0)], n, &block.im[to]);
+    }
+}
+
 const char* fast_plan() {
     if (g_identity) {
         return "identity";

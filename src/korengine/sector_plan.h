@@ -29,6 +29,9 @@ struct ClassBlock {
     }
 };
 
+/// Copies the propagator of member number `member` into the block.
+void store_class(int n, const Planes& product, int member, ClassBlock& block);
+
 /// A way computes blocks of `block_classes` consecutive classes (fewer at the end) of the sector it was
 /// last prepared for.
 struct Way {

@@ -118,16 +118,25 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
     set_directions(out);
 }
 
-bool is_palindrome(const StepList& list) {
-    const std::size_t count = list.steps.size();
-    for (std::size_t j = 0; j < count / 2; ++j) {
-        const Step& a = list.steps[j];
-        const Step& b = list.steps[count - 1 - j];
-        if (!equal_samples(a, b) || a.h != b.h) {
-            return false;
+Palindrome find_palindrome(const std::vector<Step>& steps, bool fixed_direction) {
+    constexpr int kShortest = 8;
+    constexpr int kLongestLead = 2;
+    const auto count = static_cast<int>(steps.size());
+    for (int first = 0; fixed_direction && first <= kLongestLead && count - first >= kShortest; ++first) {
+        const auto mirrored = [&](int j) {
+            const Step& a = steps[static_cast<std::size_t>(first + j)];
+            const Step& b = steps[static_cast<std::size_t>(count - 1 - j)];
+            return equal_samples(a, b) && a.h == b.h;
+        };
+        int j = 0;
+        while (j < (count - first) / 2 && mirrored(j)) {
+            ++j;
+        }
+        if (j == (count - first) / 2) {
+            return {first, count - first};
         }
     }
-    return true;
+    return {};
 }
 
 } // namespace kor

@@ -32,7 +32,14 @@ struct StepList {
 void make_steps(const EngineSector& sector, const SystemStructure& structure, double max_angle,
                 StepList& out);
 
-/// Whether step j is step count - 1 - j in every respect.
-bool is_palindrome(const StepList& list);
+/// Steps first..first + length - 1 read the same backwards; a shaped pulse often has one step before them.
+struct Palindrome {
+    int first = 0;
+    int length = 0; // 0: none worth the trouble
+};
+
+/// With a fixed direction of the field each step is symmetric in its frame, so that the second half of a
+/// palindrome is the transpose of the first. Bit by bit; every step from the first on takes part.
+Palindrome find_palindrome(const std::vector<Step>& steps, bool fixed_direction);
 
 } // namespace kor

@@ -14,19 +14,25 @@ template <int N> void symmetric_product(const Lanes* a, const Lanes* b, const La
     for (int i0 = 0; i0 < N; i0 += 4) {
         for (int j0 = i0; j0 < N; j0 += kSquareColumns) {
             Lanes sum[4][kSquareColumns];
+#pragma GCC unroll 4
             for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
                 for (int j = 0; j < kSquareColumns; ++j) {
                     sum[i][j] = start ? start[(i0 + i) * N + j0 + j] : Lanes{};
                 }
             }
             for (int k = 0; k < N; ++k) {
+#pragma GCC unroll 4
                 for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
                     for (int j = 0; j < kSquareColumns; ++j) {
                         sum[i][j] += a[(i0 + i) * N + k] * b[(j0 + j) * N + k];
                     }
                 }
             }
+#pragma GCC unroll 4
             for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
                 for (int j = 0; j < kSquareColumns; ++j) {
                     if (i0 + i <= j0 + j) {
                         out[(i0 + i) * N + j0 + j] = sum[i][j];
@@ -38,6 +44,33 @@ template <int N> void symmetric_product(const Lanes* a, const Lanes* b, const La
     }
 }
 
+/// The same for 4 states: ten elements, no blocks.
+template <> inline void symmetric_product<4>(const Lanes* a, const Lanes* b, const Lanes* start, Lanes* out) {
+    Lanes sum[4][4];
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
+        for (int j = i; j < 4; ++j) {
+            sum[i][j] = a[4 * i] * b[4 * j];
+            if (start) {
+                sum[i][j] += start[4 * i + j];
+            }
+#pragma GCC unroll 4
+            for (int k = 1; k < 4; ++k) {
+                sum[i][j] += a[4 * i + k] * b[4 * j + k];
+            }
+        }
+    }
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
+        for (int j = i; j < 4; ++j) {
+            out[4 * i + j] = sum[i][j];
+            out[4 * j + i] = sum[i][j];
+        }
+    }
+}
+
 /// low = c[0] + sum of c[k] X^k, k = 1..Q; high = sum of c[Q + k] X^k, left alone unless wanted. The same
 /// for t.
 template <int N, int Q>
@@ -45,6 +78,7 @@ void combine_powers(const TrigPolynomial& p, const Lanes* const* x, Lanes* low_c
                     Lanes* high_t) {
     for (int e = 0; e < N * N; ++e) {
         Lanes lc{}, lt{};
+#pragma GCC unroll 4
         for (int k = 1; k <= Q; ++k) {
             lc += x[k][e] * p.c[k];
             lt += x[k][e] * p.t[k];
@@ -53,6 +87,7 @@ void combine_powers(const TrigPolynomial& p, const Lanes* const* x, Lanes* low_c
         low_t[e] = lt;
         if (p.high) {
             Lanes hc{}, ht{};
+#pragma GCC unroll 4
             for (int k = 1; k <= Q; ++k) {
                 hc += x[k][e] * p.c[Q + k];
                 ht += x[k][e] * p.t[Q + k];
@@ -162,6 +197,7 @@ template <int N>
 void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder, Lanes* pr, Lanes* pi) {
     for (int i0 = 0; i0 < N; i0 += 2) {
         Lanes row_re[2][N], row_im[2][N];
+#pragma GCC unroll 4
         for (int i = 0; i < 2; ++i) {
             for (int k = 0; k < N; ++k) {
                 const Lanes re = pr[(i0 + i) * N + k];
@@ -180,9 +216,11 @@ void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder
         for (int j0 = 0; j0 < N; j0 += 2) {
             Lanes re[2][2]{}, im[2][2]{};
             for (int k = 0; k < N; ++k) {
+#pragma GCC unroll 4
                 for (int j = 0; j < 2; ++j) {
                     const Lanes c = w.c[(j0 + j) * N + k];
                     const Lanes s = w.s[(j0 + j) * N + k];
+#pragma GCC unroll 4
                     for (int i = 0; i < 2; ++i) {
                         re[i][j] += row_re[i][k] * c;
                         re[i][j] += row_im[i][k] * s;
@@ -191,7 +229,9 @@ void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder
                     }
                 }
             }
+#pragma GCC unroll 4
             for (int i = 0; i < 2; ++i) {
+#pragma GCC unroll 4
                 for (int j = 0; j < 2; ++j) {
                     pr[(i0 + i) * N + j0 + j] = re[i][j];
                     pi[(i0 + i) * N + j0 + j] = im[i][j];

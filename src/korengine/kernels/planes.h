@@ -12,6 +12,7 @@ template <int R> void product_block(const ProductJob& job, int i0, int rows, int
     const double* a_re = job.a_re + i0 * job.stride;
     const double* a_im = job.a_im + i0 * job.stride;
     for (int k = 0; k < job.n; ++k) {
+#pragma GCC unroll 4
         for (int j = 0; j < R; ++j) {
             const Lanes b_re = load(job.b_re + k * job.stride + j0 + j * kLanes);
             const Lanes b_im = load(job.b_im + k * job.stride + j0 + j * kLanes);
@@ -26,6 +27,7 @@ template <int R> void product_block(const ProductJob& job, int i0, int rows, int
         }
     }
     for (int i = 0; i < rows; ++i) {
+#pragma GCC unroll 4
         for (int j = 0; j < R; ++j) {
             store(job.out_re + (i0 + i) * job.stride + j0 + j * kLanes, re[i][j]);
             store(job.out_im + (i0 + i) * job.stride + j0 + j * kLanes, im[i][j]);
@@ -50,16 +52,20 @@ void line_sums(const LineSumJob& job) {
     for (int p = 0; p < job.blocks; p += 2) {
         for (int q = 0; q < job.points; q += 2 * kLanes) {
             Lanes re[2][2], im[2][2];
+#pragma GCC unroll 4
             for (int i = 0; i < 2; ++i) {
+#pragma GCC unroll 4
                 for (int j = 0; j < 2; ++j) {
                     re[i][j] = load(job.re + (p + i) * job.points + q + j * kLanes);
                     im[i][j] = load(job.im + (p + i) * job.points + q + j * kLanes);
                 }
             }
             for (int l = 0; l < job.lines; ++l) {
+#pragma GCC unroll 4
                 for (int j = 0; j < 2; ++j) {
                     const Lanes c = load(job.cosine + l * job.points + q + j * kLanes);
                     const Lanes s = load(job.sine + l * job.points + q + j * kLanes);
+#pragma GCC unroll 4
                     for (int i = 0; i < 2; ++i) {
                         const int e = l * job.blocks + p + i;
                         re[i][j] += c * job.xr[e];
@@ -69,7 +75,9 @@ void line_sums(const LineSumJob& job) {
                     }
                 }
             }
+#pragma GCC unroll 4
             for (int i = 0; i < 2; ++i) {
+#pragma GCC unroll 4
                 for (int j = 0; j < 2; ++j) {
                     store(job.re + (p + i) * job.points + q + j * kLanes, re[i][j]);
                     store(job.im + (p + i) * job.points + q + j * kLanes, im[i][j]);

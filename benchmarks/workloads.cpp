@@ -1,0 +1,359 @@
+#include "workloads.h"
+
+#include "kor/propagation.h"
+#include "kor/runtime_state.h"
+#include "kor/spin_system.h"
+#include "korengine.h"
+#include "koroptseq.h"
+#include "observablespectrumcalculator/signal_file.h"
+#include "rfpulselib/shapes.h"
+#include "spinoperatorlib.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace kor_benchmark {
+
+namespace {
+
+using namespace kor;
+
+constexpr double kTwoPi = 2.0 * KOR_PI;
+enum class Coupling { weak = 1, exact = 2 };
+
+struct Spins {
+    std::vector<double> offsets;       // Hz
+    std::function<double(int, int)> j; // Hz, spins from 0
+    Coupling coupling;
+};
+
+void set_spins(const Spins& spins) {
+    RuntimeState& s = g_runtime;
+    s.Nspins = static_cast<int>(spins.offsets.size());
+    s.Jexact = static_cast<int>(spins.coupling);
+    s.Jcount = 0;
+    std::fill(&s.jc[0][0], &s.jc[0][0] + sizeof s.jc / sizeof(double), 0.0);
+    for (int i = 0; i < s.Nspins; ++i) {
+        s.quantnum[i + 1] = 1;
+        s.relspinamp[i + 1] = 1.0;
+        s.resofreqs[i + 1] = spins.offsets[static_cast<std::size_t>(i)];
+        for (int j = i + 1; j < s.Nspins; ++j) {
+            s.couplings[++s.Jcount] = spins.j(i, j);
+        }
+    }
+    BuildSpinSystemFromPulseSequenceGlobals();
+}
+
+Spins proton() {
+    return {{0.0}, [](int, int) { return 0.0; }, Coupling::weak};
+}
+
+Spins ax3() {
+    return {{170.0, -170.0, -170.0, -170.0}, [](int i, int) { return i == 0 ? 6.93 : 0.0; }, Coupling::exact};
+}
+
+Spins pair() {
+    return {{60.0, -45.0}, [](int, int) { return 7.5; }, Coupling::exact};
+}
+
+double ladder_coupling(int i, int j) {
+    if (j == i + 1) {
+        return 7.0 + 0.3 * i;
+    }
+    return j == i + 2 ? -1.5 - 0.2 * i : 0.4 + 0.05 * (i + j);
+}
+
+Spins six_spins(Coupling coupling) {
+    return {{210.0, 95.0, 40.0, -35.0, -120.0, -260.0}, ladder_coupling, coupling};
+}
+
+Spins eight_spins() {
+    return {{210.0, 95.0, 40.0, -35.0, -120.0, -260.0, 330.0, -410.0}, ladder_coupling, Coupling::exact};
+}
+
+struct Gradient {
+    double x, y, z; // Hz per cm
+};
+
+void set_waveform(int samples, double time, const Gradient& gradient) {
+    RuntimeState& s = g_runtime;
+    s.ap = samples;
+    s.pt = time;
+    s.h = s.ti = time / samples;
+    s.statoff_s = 0.0;
+    std::fill_n(s.xb, samples, 0.0);
+    std::fill_n(s.yb, samples, 0.0);
+    std::fill_n(s.gx, samples, kTwoPi * gradient.x);
+    std::fill_n(s.gy, samples, kTwoPi * gradient.y);
+    std::fill_n(s.gz, samples, kTwoPi * gradient.z);
+}
+
+void set_sinc_gauss(int samples, double time, double angle, double f, double b, double phase,
+                    const Gradient& gradient) {
+    set_waveform(samples, time, gradient);
+    sinc_gauss_waveform(samples, time / samples, phase, angle, f, b, g_runtime.xb, g_runtime.yb);
+}
+
+/// `samples` samples of a 90 degree pulse in 10 microseconds.
+void set_hard_pulse(int samples) {
+    set_waveform(samples, 1e-5, {0.0, 0.0, 0.0});
+    rectangular_waveform(samples, 0.0, 25000.0, g_runtime.xb, g_runtime.yb);
+}
+
+struct Axis {
+    int count = 1;
+    double first = 0.0, last = 0.0; // cm
+    double step() const { return count > 1 ? (last - first) / (count - 1) : 0.0; }
+};
+
+void set_grid(const Axis& x, const Axis& y, const Axis& z) {
+    RuntimeState& s = g_runtime;
+    s.ndx = x.count;
+    s.ndy = y.count;
+    s.ndz = z.count;
+    s.ndw = x.count * y.count * z.count;
+    s.x0_s = x.first;
+    s.y0_s = y.first;
+    s.z0_s = z.first;
+    s.dx_s = x.step();
+    s.dy_s = y.step();
+    s.dz_s = z.step();
+}
+
+void start_run() {
+    g_runtime.calc = 0;
+    g_runtime.pulseflag = 1;
+    g_runtime.spatial_progress_sector = 1;
+    g_runtime.spatial_progress_sector_count = 1;
+}
+
+/// Propagators of the current waveform over the current grid, nothing else.
+void propagate_only() {
+    RuntimeState& s = g_runtime;
+    static CMatrix H0;
+    static CMatrix r;
+    CMatAdd(s.n, s.Izee, s.Icoup, H0);
+    EngineOpenSector({{s.n, &H0, &s.Izgrad, &s.Ixtot, &s.Iytot},
+                      {s.ap, s.h, s.xb, s.yb, s.gx, s.gy, s.gz, s.statoff_s},
+                      {s.ndx, s.ndy, s.ndz, s.x0_s, s.y0_s, s.z0_s, s.dx_s, s.dy_s, s.dz_s}});
+    for (int ix = 1; ix <= s.ndx; ++ix) {
+        for (int iy = 1; iy <= s.ndy; ++iy) {
+            for (int iz = 1; iz <= s.ndz; ++iz) {
+                EngineSectorPropagator(ix, iy, iz, r);
+            }
+        }
+    }
+}
+
+void slice_pulse() {
+    set_sinc_gauss(256, 5e-3, KOR_PI / 2, 800.0, 600.0, 0.0, {0.0, 0.0, 1000.0});
+}
+
+Workload w0() {
+    const auto part = [](int voxels) {
+        set_spins(proton());
+        set_grid({}, {}, {voxels, -2.0, 2.0});
+        slice_pulse();
+        propagate_only();
+    };
+    return {"W0", "1 spin, 256 samples, 256 voxels", [=] { part(256); }, [=] { part(64); }, 4.0, 250.0,
+            140.0};
+}
+
+/// The sinc-Gauss of an odd number of samples with one changed a little, so that it is no palindrome.
+void slice_pulse_without_symmetry() {
+    slice_pulse();
+    for (int j = 0; j < 40; ++j) {
+        g_runtime.xb[j] *= 1.0 + 1e-9 * (j + 1);
+    }
+}
+
+Workload w1() {
+    const auto part = [](int voxels) {
+        set_spins(ax3());
+        set_grid({}, {}, {voxels, -2.0, 2.0});
+        slice_pulse();
+        start_run();
+        Rotate3D();
+    };
+    return {
+        "W1", "AX3, 256 samples, 256 voxels, whole run", [=] { part(256); }, [=] { part(4); }, 64.0, 250.0,
+        180.0};
+}
+
+Workload w1_general() {
+    const auto part = [](int voxels) {
+        Spins spins = ax3();
+        spins.offsets = {170.0, -170.0, -171.0, -172.0};
+        set_spins(spins);
+        set_grid({}, {}, {voxels, -2.0, 2.0});
+        slice_pulse_without_symmetry();
+        propagate_only();
+    };
+    return {
+        "W1g", "4 unlike spins, no palindrome, propagators", [=] { part(256); }, [=] { part(4); }, 64.0, 55.0,
+        30.0};
+}
+
+void w2_run(int planes) {
+    const Axis line{32, -1.0, 1.0};
+    const Axis across = planes == 32 ? line : Axis{planes, 0.0, 0.0};
+    set_spins(pair());
+    set_grid(line, across, across);
+    start_run();
+    set_hard_pulse(1);
+    Rotate3D();
+    set_sinc_gauss(512, 8e-3, KOR_PI, 600.0, 400.0, 30.0, {1500.0, 0.0, 0.0});
+    Rotate3D();
+    set_waveform(64, 10e-3, {0.0, 0.0, 0.0});
+    Rotate3D();
+}
+
+Workload w2() {
+    return {"W2",
+            "2 spins, 32^3 voxels, 3 sectors, whole run with files",
+            [] { w2_run(32); },
+            [] { w2_run(1); },
+            1024.0,
+            800.0,
+            700.0};
+}
+
+Workload w2_oblique() {
+    const auto part = [](int planes) {
+        const Axis line{32, -1.0, 1.0};
+        const Axis across = planes == 32 ? line : Axis{planes, 0.0, 0.0};
+        set_spins(pair());
+        set_grid(line, across, across);
+        set_sinc_gauss(512, 8e-3, KOR_PI, 600.0, 400.0, 0.0, {1500.0, 0.37 * 1500.0, -0.61 * 1500.0});
+        propagate_only();
+    };
+    return {"W2o", "sector 2 of W2, oblique gradient", [=] { part(32); }, [=] { part(1); }, 1024.0, 60.0,
+            60.0};
+}
+
+Workload w3(Coupling coupling, double phase, const char* name, const char* what, double goal_avx512,
+            double goal_avx2) {
+    const auto part = [=](int voxels, int samples) {
+        set_spins(six_spins(coupling));
+        set_grid({}, {}, {voxels, -1.0, 1.0});
+        set_sinc_gauss(256, 5e-3, KOR_PI / 2, 800.0, 600.0, phase, {0.0, 0.0, 1000.0});
+        if (samples < 256) { // every (256 / samples)-th sample
+            for (int j = 0; j < samples; ++j) {
+                g_runtime.xb[j] = g_runtime.xb[j * (256 / samples)];
+                g_runtime.yb[j] = g_runtime.yb[j * (256 / samples)];
+            }
+            g_runtime.ap = samples;
+        }
+        propagate_only();
+    };
+    return {name, what, [=] { part(16, 256); }, [=] { part(4, 8); }, 128.0, goal_avx512, goal_avx2};
+}
+
+Workload w4(int points, double goal_avx512, double goal_avx2) {
+    const auto part = [](int count) {
+        RuntimeState& s = g_runtime;
+        static std::vector<double> re, im;
+        static CMatrix H;
+        re.resize(static_cast<std::size_t>(count));
+        im.resize(static_cast<std::size_t>(count));
+        CMatAdd(s.n, s.Izee, s.Icoup, H);
+        EngineSampleFreeEvolution(s.n, H, 1.0 / 4096, count, s.Ixtot, s.Ixtot, s.Iytot, re.data(), im.data());
+    };
+    const auto prepared = [=](int count) {
+        if (g_runtime.Nspins != 8) {
+            set_spins(eight_spins());
+        }
+        part(count);
+    };
+    return {"W4/" + std::to_string(points),
+            "8 spins, FID",
+            [=] { prepared(points); },
+            [=] { prepared(2); },
+            points / 2.0,
+            goal_avx512,
+            goal_avx2};
+}
+
+Workload w4_pulse() {
+    const auto part = [](int samples) {
+        if (g_runtime.Nspins != 8) {
+            set_spins(eight_spins());
+        }
+        set_grid({}, {}, {});
+        set_sinc_gauss(samples, samples * 2e-5, KOR_PI / 2, 5000.0, 600.0, 30.0, {0.0, 0.0, 0.0});
+        propagate_only();
+    };
+    return {"W4/pulse", "8 spins, 16-sample pulse", [=] { part(16); }, [=] { part(1); }, 16.0, 0.0, 0.0};
+}
+
+void w5_run(int rows, int points) {
+    RuntimeState& s = g_runtime;
+    set_spins(pair());
+    set_grid({}, {}, {});
+    start_run();
+    s.ndw = rows;
+    set_hard_pulse(1);
+    Rotate2D_internal(1, s.h, 0.0);
+    set_waveform(1, 0.5e-3, {0.0, 0.0, 0.0});
+    Rotate2D_internal(2, s.h, 0.0);
+    set_hard_pulse(1);
+    Rotate2D_internal(1, s.h, 0.0);
+    CMatAdd(s.n, s.Izee, s.Icoup, s.Istat);
+    SeparateSpectra_GenerateSignalWithParams(&s.n, points, points * 0.5e-3, 0.0, nullptr, s.densmat, s.Istat,
+                                             s.Ixtot, s.Iytot, s.Iztot, s.ket, s.Ilist);
+}
+
+Workload w5() {
+    return {"W5",
+            "2 spins, 256 rows, 1024 points, with files",
+            [] { w5_run(256, 1024); },
+            [] { w5_run(256, 1024); },
+            1.0,
+            40.0,
+            35.0};
+}
+
+Workload w6() {
+    const auto evaluate = [] {
+        RuntimeState& s = g_runtime;
+        static std::vector<double> parameters;
+        if (s.Nspins != 3) {
+            set_spins({{60.0, -45.0, 120.0}, [](int i, int j) { return 7.0 + i + j; }, Coupling::exact});
+            CopyCMatrix(s.n, s.Ixtot, s.Istat);
+            s.statoff_s = 0.0;
+            parameters.assign(64, 0.0);
+            for (std::size_t k = 0; k < parameters.size(); ++k) {
+                parameters[k] = 400.0 * std::cos(1.0 + static_cast<double>(k * k));
+            }
+        }
+        KOROptEvaluatePulseObjective(nullptr, s.n, 256, 64, 2e-5, 0.0, 0.0, parameters.data(), nullptr,
+                                     nullptr);
+    };
+    const auto ten = [=] {
+        for (int k = 0; k < 10; ++k) {
+            evaluate();
+        }
+    };
+    return {"W6", "3 spins, 256 samples, 10 optimiser evaluations", ten, ten, 1.0, 40.0, 25.0};
+}
+
+} // namespace
+
+std::vector<Workload> all_workloads() {
+    return {w0(),
+            w1(),
+            w1_general(),
+            w2(),
+            w2_oblique(),
+            w3(Coupling::exact, 30.0, "W3e", "6 spins exact, 256 samples, 16 voxels", 85.0, 45.0),
+            w3(Coupling::weak, 30.0, "W3w", "6 spins weak, 256 samples, 16 voxels", 150.0, 95.0),
+            w4(1024, 5000.0, 4000.0),
+            w4(4096, 10000.0, 7000.0),
+            w4_pulse(),
+            w5(),
+            w6()};
+}
+
+} // namespace kor_benchmark

@@ -1,0 +1,23 @@
+// The workloads that users wait for, each run whole by the fast engine and in part by the plain one.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace kor_benchmark {
+
+struct Workload {
+    std::string name;
+    std::string what;
+    std::function<void()> fast;  // the whole workload
+    std::function<void()> plain; // a part of it ...
+    double plain_parts;          // ... and how many such parts make the whole
+    double goal_avx512;          // plain time over fast time to reach
+    double goal_avx2;
+};
+
+/// Makes every workload; each prepares its spin system when it is called.
+std::vector<Workload> all_workloads();
+
+} // namespace kor_benchmark
