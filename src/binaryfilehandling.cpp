@@ -42,18 +42,38 @@ bool write_number(std::FILE* file, int value, const char* context) {
     return false;
 }
 
-bool read_row_values(std::FILE* file, int columns, CMatrix& matrix, int row) {
-    const std::size_t count = 2 * static_cast<std::size_t>(columns);
-    if (std::fread(g_row_values, sizeof(double), count, file) != count) {
-        return false;
-    }
+void take_row(const double* values, int columns, CMatrix& matrix, int row) {
     if (row > KOR_MAX_STATES) {
-        return true;
+        return;
     }
     for (int j = 1; j <= std::min(columns, KOR_MAX_STATES); ++j) {
-        matrix[row][j] = Complex2{{0.0, g_row_values[2 * j - 2], g_row_values[2 * j - 1]}};
+        matrix[row][j] = Complex2{{0.0, values[2 * j - 2], values[2 * j - 1]}};
     }
-    return true;
+}
+
+void give_row(const CMatrix& matrix, int columns, int row, double* values) {
+    for (int j = 1; j <= columns; ++j) {
+        const bool kept = row <= KOR_MAX_STATES && j <= KOR_MAX_STATES;
+        values[2 * j - 2] = kept ? matrix[row][j][1] : 0.0;
+        values[2 * j - 1] = kept ? matrix[row][j][2] : 0.0;
+    }
+}
+
+/// Reads rows first..last as one piece, which must fit g_row_values; what came in whole rows is taken even
+/// when the file ends too early.
+bool read_rows(std::FILE* file, int columns, CMatrix& matrix, int first, int last) {
+    const std::size_t count = 2 * static_cast<std::size_t>(columns);
+    const auto rows = static_cast<std::size_t>(last - first + 1);
+    const std::size_t got = std::fread(g_row_values, sizeof(double), rows * count, file);
+    for (std::size_t k = 0; k < got / count; ++k) {
+        take_row(g_row_values + k * count, columns, matrix, first + static_cast<int>(k));
+    }
+    return got == rows * count;
+}
+
+/// Rows of this length that fit g_row_values.
+int rows_together(int columns) {
+    return std::max(1, kLongestRow / columns);
 }
 
 binfh_status copy_chunks(std::FILE* in, std::FILE* out) {
@@ -124,18 +144,14 @@ int read_cmatrix_row(std::FILE* file, int n, CMatrix& matrix, int row) {
     if (!file || !row_length_is_valid(n) || row < 1 || row > n) {
         return 0;
     }
-    return read_row_values(file, n, matrix, row) ? 1 : 0;
+    return read_rows(file, n, matrix, row, row) ? 1 : 0;
 }
 
 int write_cmatrix_row(std::FILE* file, int n, const CMatrix& matrix, int row) {
     if (!file || !row_length_is_valid(n) || row < 1 || row > n) {
         return 0;
     }
-    for (int j = 1; j <= n; ++j) {
-        const bool kept = row <= KOR_MAX_STATES && j <= KOR_MAX_STATES;
-        g_row_values[2 * j - 2] = kept ? matrix[row][j][1] : 0.0;
-        g_row_values[2 * j - 1] = kept ? matrix[row][j][2] : 0.0;
-    }
+    give_row(matrix, n, row, g_row_values);
     const std::size_t count = 2 * static_cast<std::size_t>(n);
     return std::fwrite(g_row_values, sizeof(double), count, file) == count ? 1 : 0;
 }
@@ -144,8 +160,9 @@ int read_matrix_rows(std::FILE* file, int columns, int rows, CMatrix& matrix) {
     if (!file || !row_length_is_valid(columns) || !row_length_is_valid(rows)) {
         return 0;
     }
-    for (int row = 1; row <= rows; ++row) {
-        if (!read_row_values(file, columns, matrix, row)) {
+    const int together = rows_together(columns);
+    for (int row = 1; row <= rows; row += together) {
+        if (!read_rows(file, columns, matrix, row, std::min(row + together - 1, rows))) {
             return 0;
         }
     }
@@ -157,11 +174,18 @@ int read_cmatrix(std::FILE* file, int n, CMatrix& matrix) {
 }
 
 int write_cmatrix(std::FILE* file, int n, const CMatrix& matrix) {
-    if (!row_length_is_valid(n)) {
+    if (!file || !row_length_is_valid(n)) {
         return 0;
     }
-    for (int row = 1; row <= n; ++row) {
-        if (!write_cmatrix_row(file, n, matrix, row)) {
+    const std::size_t length = 2 * static_cast<std::size_t>(n);
+    const int together = rows_together(n);
+    for (int first = 1; first <= n; first += together) {
+        const int last = std::min(first + together - 1, n);
+        for (int row = first; row <= last; ++row) {
+            give_row(matrix, n, row, g_row_values + static_cast<std::size_t>(row - first) * length);
+        }
+        const std::size_t count = static_cast<std::size_t>(last - first + 1) * length;
+        if (std::fwrite(g_row_values, sizeof(double), count, file) != count) {
             return 0;
         }
     }

@@ -16,7 +16,12 @@ namespace {
 constexpr const char* kStates = "dm.bin";
 constexpr const char* kNewStates = "store";
 constexpr int kDensityType = 0;
-constexpr std::size_t kCopyChunk = 8192;
+constexpr std::size_t kCopyChunk = 65536;
+constexpr std::size_t kStreamBuffer = 262144;
+
+// One file is read and one written at a time.
+char g_read_buffer[kStreamBuffer];
+char g_write_buffer[kStreamBuffer];
 
 enum class Wait { no, yes };
 
@@ -37,7 +42,10 @@ std::FILE* open_or_explain(const char* name, const char* mode) {
     std::FILE* file = platform_open(name, mode);
     if (!file) {
         std::perror(name);
+        return nullptr;
     }
+    const bool reading = mode[0] == 'r';
+    std::setvbuf(file, reading ? g_read_buffer : g_write_buffer, _IOFBF, kStreamBuffer);
     return file;
 }
 

@@ -24,6 +24,12 @@ std::size_t at(std::size_t width, std::size_t i, std::size_t j) {
 struct Lines {
     Table frequency; // rad/s
     Table xr, xi, yr, yi;
+
+    void clear() {
+        for (Table* table : {&frequency, &xr, &xi, &yr, &yi}) {
+            table->clear();
+        }
+    }
 };
 
 /// The part of a matrix between two blocks, in their eigenbases: rows of the first, columns of the second.
@@ -118,11 +124,14 @@ struct BothWays {
 /// o(a, b) r(b, a) + conj(o(b, a) r(a, b)); within a block each pair of levels then counts twice.
 void add_lines(const EigenBlock& first, const EigenBlock& second, const CMatrix& rho, const CMatrix& Ix,
                const CMatrix& Iy, Lines& lines) {
-    BothWays x, y, r;
+    static BothWays x, y, r;
     x.read(Ix, first, second);
     y.read(Iy, first, second);
+    if (!x.present && !y.present) {
+        return;
+    }
     r.read(rho, first, second);
-    if (!r.present || (!x.present && !y.present)) {
+    if (!r.present) {
         return;
     }
     for (BothWays* part : {&x, &y, &r}) {
@@ -281,8 +290,14 @@ void fast_sample_free_evolution(int n, const CMatrix& H, double dt, int points, 
         kReferenceEngine.sample_free_evolution(n, H, dt, points, rho, Ix, Iy, out_re, out_im);
         return;
     }
-    const std::vector<EigenBlock> blocks = diagonalise_blocks(n, h);
-    Lines lines;
+    static Table diagonalised; // kept for the next state of the same system
+    static std::vector<EigenBlock> blocks;
+    static Lines lines;
+    if (diagonalised != h) {
+        blocks = diagonalise_blocks(n, h);
+        diagonalised = h;
+    }
+    lines.clear();
     for (std::size_t a = 0; a < blocks.size(); ++a) {
         for (std::size_t b = a; b < blocks.size(); ++b) {
             add_lines(blocks[a], blocks[b], rho, Ix, Iy, lines);

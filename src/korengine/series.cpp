@@ -10,7 +10,7 @@ namespace kor {
 
 namespace {
 
-constexpr int kNodes = 32; // of the Chebyshev expansions; their coefficients vanish long before
+constexpr int kNodes = 20; // of the Chebyshev expansions, whose coefficients vanish before
 constexpr long double kPi = 3.141592653589793238462643383279502884L;
 
 using Series = std::array<long double, kNodes>;
@@ -24,9 +24,14 @@ template <typename Function> Series chebyshev_coefficients(Function f, long doub
     Series a{};
     for (int i = 0; i < kNodes; ++i) {
         const long double angle = kPi * (i + 0.5L) / kNodes;
-        const long double value = f(0.5L * top * (1.0L + std::cos(angle)));
+        const long double node = std::cos(angle);
+        const long double value = f(0.5L * top * (1.0L + node));
+        long double previous = node, current = 1.0L; // cos(-angle) and cos(0)
         for (int k = 0; k < kNodes; ++k) {
-            a[static_cast<std::size_t>(k)] += (k == 0 ? 1.0L : 2.0L) / kNodes * value * std::cos(k * angle);
+            a[static_cast<std::size_t>(k)] += (k == 0 ? 1.0L : 2.0L) / kNodes * value * current;
+            const long double next = 2.0L * node * current - previous;
+            previous = current;
+            current = next;
         }
     }
     return a;

@@ -8,6 +8,7 @@
 #include "observablespectrumcalculator/signals.h"
 #include "written_file.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 
@@ -107,9 +108,16 @@ std::FILE* open_density_matrices(int n, int* count) {
 }
 
 int write_signal_samples(std::FILE* out, int points, const double* re, const double* im) {
-    for (int k = 0; k < points; ++k) {
-        const double pair[2] = {finite_or_zero(re[k]), finite_or_zero(im[k])};
-        if (std::fwrite(pair, sizeof(double), 2, out) != 2)
+    constexpr int together = 512;
+    double pairs[2 * together];
+    for (int first = 0; first < points; first += together) {
+        const int count = std::min(together, points - first);
+        for (int k = 0; k < count; ++k) {
+            pairs[2 * k] = finite_or_zero(re[first + k]);
+            pairs[2 * k + 1] = finite_or_zero(im[first + k]);
+        }
+        const auto doubles = static_cast<std::size_t>(2 * count);
+        if (std::fwrite(pairs, sizeof(double), doubles, out) != doubles)
             return 0;
     }
     return 1;
