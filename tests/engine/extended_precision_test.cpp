@@ -1,0 +1,80 @@
+// Propagators against sums in extended precision: the series of the exponential, halved until it is short,
+// with a 64-bit mantissa throughout.
+#include "support/engine_system.h"
+#include "support/engines.h"
+
+#include <cmath>
+
+using namespace kor;
+using namespace kor_test;
+
+namespace {
+
+using Long = std::complex<long double>;
+using LongMatrix = Eigen::Matrix<Long, Eigen::Dynamic, Eigen::Dynamic>;
+
+LongMatrix exact_exponential(const LongMatrix& minus_i_h_dt) {
+    const auto n = minus_i_h_dt.rows();
+    const long double norm = minus_i_h_dt.cwiseAbs().rowwise().sum().maxCoeff();
+    const int halvings = norm > 0.25L ? static_cast<int>(std::ceil(std::log2(norm / 0.25L))) : 0;
+    const LongMatrix a = minus_i_h_dt * std::ldexp(1.0L, -halvings);
+    LongMatrix sum = LongMatrix::Identity(n, n);
+    LongMatrix term = sum;
+    for (int k = 1; k <= 16; ++k) {
+        term = (term * a / static_cast<long double>(k)).eval();
+        sum += term;
+    }
+    for (int k = 0; k < halvings; ++k) {
+        sum = (sum * sum).eval();
+    }
+    return sum;
+}
+
+Dense exact_propagator(const EngineCase& problem, double x, double y, double z) {
+    const RandomWaveform& wave = problem.wave;
+    const LongMatrix H0 = problem.system.H0.cast<Long>();
+    const LongMatrix Fx = problem.system.Fx.cast<Long>();
+    const LongMatrix Fy = problem.system.Fy.cast<Long>();
+    const LongMatrix Fz = problem.system.Fz.cast<Long>();
+    LongMatrix r = LongMatrix::Identity(H0.rows(), H0.cols());
+    for (std::size_t j = 0; j < wave.xb.size(); ++j) {
+        const long double w = static_cast<long double>(wave.gx[j]) * x +
+                              static_cast<long double>(wave.gy[j]) * y +
+                              static_cast<long double>(wave.gz[j]) * z + wave.offset;
+        const LongMatrix H = H0 + Long(w) * Fz + Long(wave.xb[j]) * Fx + Long(wave.yb[j]) * Fy;
+        r = (r * exact_exponential(Long(0.0L, -wave.dt) * H)).eval();
+    }
+    return r.cast<Complex>();
+}
+
+class ExtendedPrecision : public EngineTest {};
+
+} // namespace
+
+TEST_P(ExtendedPrecision, ConfirmsPropagators) {
+    Random random(181);
+    const std::vector<std::vector<int>> systems = {{1},    {2},       {1, 1},       {1, 2},   {1, 1, 1},
+                                                   {2, 2}, {1, 1, 2}, {1, 1, 1, 1}, {1, 2, 2}};
+    for (int trial = 0; trial < 45; ++trial) {
+        const auto& spins = systems[static_cast<std::size_t>(trial) % systems.size()];
+        RandomWaveform wave = random_waveform(random, 12, 1);
+        wave.dt = random.uniform(2e-6, 4e-5);
+        if (trial % 3 == 1) { // of constant phase and a palindrome
+            for (std::size_t j = 0; j < 12; ++j) {
+                wave.yb[j] = 0.0;
+                wave.xb[j] = wave.xb[std::min<std::size_t>(j, 11 - j)];
+                wave.gx[j] = wave.gx[0];
+            }
+        }
+        const EngineCase problem(random_system(random, spins, trial % 2 ? Coupling::exact : Coupling::weak),
+                                 wave);
+        const EngineGrid line = {3, 1, 1, -1.0, 0.0, 0.0, 0.75, 0.0, 0.0};
+        EngineOpenSector(problem.sector(line));
+        MarkedMatrix r;
+        EngineSectorPropagator(2, 1, 1, r);
+        EXPECT_LE(distance(r, exact_propagator(problem, -0.25, 0.0, 0.0)), 1e-13)
+            << testing::PrintToString(spins) << ' ' << trial;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, ExtendedPrecision, testing::ValuesIn(AllEngines()), EngineParamName);

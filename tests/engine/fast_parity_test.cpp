@@ -1,0 +1,203 @@
+// The fast engine against the reference on random sectors of every kind, with every instruction set.
+#include "support/engine_system.h"
+#include "support/engines.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace kor;
+using namespace kor_test;
+
+namespace {
+
+constexpr double kTwoPi = 6.283185307179586;
+
+enum class Field { sweeping, none, along_x, tilted, strong, equal_runs, palindrome, some_gaps };
+constexpr int kFields = 8;
+
+void mirror(std::vector<double>& values, std::size_t lead) {
+    for (std::size_t j = lead, k = values.size(); j + 1 < k; ++j) {
+        values[--k] = values[j];
+    }
+}
+
+/// Shapes a random waveform into one of the kinds.
+void shape(Field field, Random& random, RandomWaveform& wave) {
+    const std::size_t count = wave.xb.size();
+    const double tilt = random.uniform(0.0, kTwoPi);
+    const std::size_t lead = static_cast<std::size_t>(random.integer(0, 1));
+    for (std::size_t j = 0; j < count; ++j) {
+        const bool gap = field == Field::none || (field == Field::some_gaps && j % 4 != 0);
+        if (gap) {
+            wave.xb[j] = wave.yb[j] = 0.0;
+        } else if (field == Field::along_x || (field == Field::palindrome && lead == 0)) {
+            wave.yb[j] = 0.0;
+        } else if (field == Field::tilted || field == Field::palindrome) {
+            wave.yb[j] = wave.xb[j] * std::sin(tilt);
+            wave.xb[j] *= std::cos(tilt);
+        } else if (field == Field::strong) {
+            wave.xb[j] *= 30.0;
+            wave.yb[j] *= 30.0;
+        } else if (field == Field::equal_runs && j % 5 != 0) {
+            for (std::vector<double>* values : {&wave.xb, &wave.yb, &wave.gx, &wave.gy, &wave.gz}) {
+                (*values)[j] = (*values)[j - 1];
+            }
+        }
+    }
+    if (field == Field::palindrome) {
+        for (std::vector<double>* values : {&wave.xb, &wave.yb, &wave.gx, &wave.gy, &wave.gz}) {
+            mirror(*values, lead);
+        }
+    }
+}
+
+/// Rounding of both engines: the angle that the samples turn through, and 2e-13 for everything else.
+double allowance(const RandomWaveform& wave) {
+    double angle = 0.0;
+    for (std::size_t j = 0; j < wave.xb.size(); ++j) {
+        angle += wave.dt * (std::hypot(wave.xb[j], wave.yb[j]) + std::fabs(wave.gx[j]) +
+                            std::fabs(wave.gy[j]) + std::fabs(wave.gz[j]) + std::fabs(wave.offset));
+    }
+    return 2e-13 + 1e-15 * angle;
+}
+
+EngineGrid random_grid(Random& random) {
+    switch (random.integer(0, 4)) {
+    case 0:
+        return {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
+    case 1:
+        return {1, 1, 11, 0.2, -0.1, -0.5, 0.0, 0.0, 0.1};
+    case 2:
+        return {2, 5, 1, -0.3, -0.4, 0.3, 0.6, 0.2, 0.0};
+    case 3:
+        return {3, 2, 2, -0.5, 0.1, -0.3, 0.0, 0.0, 0.2}; // places that coincide
+    default:
+        return small_grid();
+    }
+}
+
+std::vector<InstructionSet> instruction_sets() {
+    std::vector<InstructionSet> sets;
+    for (const InstructionSet set :
+         {InstructionSet::baseline, InstructionSet::avx2, InstructionSet::avx512}) {
+        if (EngineHasInstructionSet(set)) {
+            sets.push_back(set);
+        }
+    }
+    return sets;
+}
+
+/// One random sector at one of its voxels, the reference first.
+void expect_parity(Random& random, const std::vector<int>& spins, int most_samples) {
+    const auto field = static_cast<Field>(random.integer(0, kFields - 1));
+    const Coupling coupling = random.integer(0, 1) ? Coupling::exact : Coupling::weak;
+    RandomSystem system = random_system(random, spins, coupling);
+    RandomWaveform wave = random_waveform(random, random.integer(1, most_samples), random.integer(0, 3));
+    shape(field, random, wave);
+    const EngineCase problem(std::move(system), std::move(wave));
+    const EngineSector sector = problem.sector(random_grid(random));
+    const int ix = random.integer(1, sector.grid.ndx);
+    const int iy = random.integer(1, sector.grid.ndy);
+    const int iz = random.integer(1, sector.grid.ndz);
+    static CMatrix reference, fast;
+    const int n = problem.system.n;
+    EngineSelect(Engine::reference);
+    EngineOpenSector(sector);
+    EngineSectorPropagator(ix, iy, iz, reference);
+    EngineSelect(Engine::fast);
+    for (const InstructionSet set : instruction_sets()) {
+        EngineUseInstructionSet(set);
+        EngineOpenSector(sector);
+        ASSERT_STRNE(EngineSectorPlan(), "reference") << n;
+        EngineSectorPropagator(ix, iy, iz, fast);
+        ASSERT_LE(distance(fast, to_dense(n, reference)), allowance(problem.wave))
+            << testing::PrintToString(spins) << " field " << static_cast<int>(field) << ' '
+            << EngineName({Engine::fast, set}) << ' ' << EngineSectorPlan();
+    }
+}
+
+struct FastParity : testing::Test {
+    ~FastParity() override {
+        EngineSelect(Engine::fast);
+        EngineUseInstructionSet(instruction_sets().back());
+    }
+};
+
+} // namespace
+
+TEST_F(FastParity, OfTenThousandRandomSectorsUpTo8States) {
+    const std::vector<std::vector<int>> systems = {{1},    {2}, {3}, {1, 1},    {4},   {5},
+                                                   {1, 2}, {6}, {7}, {1, 1, 1}, {1, 3}};
+    Random random(151);
+    for (int trial = 0; trial < 9000 && !HasFailure(); ++trial) {
+        expect_parity(random, systems[static_cast<std::size_t>(trial) % systems.size()], 12);
+    }
+}
+
+TEST_F(FastParity, OfRandomSectorsUpTo16States) {
+    const std::vector<std::vector<int>> systems = {{8},       {2, 2}, {1, 4},       {10},  {1, 5},
+                                                   {1, 1, 2}, {12},   {1, 6},       {14},  {2, 4},
+                                                   {1, 1, 3}, {3, 3}, {1, 1, 1, 1}, {1, 7}};
+    Random random(152);
+    for (int trial = 0; trial < 1000 && !HasFailure(); ++trial) {
+        expect_parity(random, systems[static_cast<std::size_t>(trial) % systems.size()], 30);
+    }
+}
+
+TEST_F(FastParity, OfRandomSectorsUpTo64States) {
+    const std::vector<std::vector<int>> systems = {{1, 2, 2},    {2, 2, 2},          {1, 1, 1, 1, 1},
+                                                   {1, 1, 2, 2}, {1, 1, 1, 1, 1, 1}, {3, 3, 3}};
+    Random random(153);
+    for (int trial = 0; trial < 48 && !HasFailure(); ++trial) {
+        expect_parity(random, systems[static_cast<std::size_t>(trial) % systems.size()], 12);
+    }
+}
+
+TEST_F(FastParity, OfRandomSectorsUpTo256States) {
+    Random random(154);
+    for (const std::vector<int>& spins :
+         std::vector<std::vector<int>>{{2, 2, 2, 2}, {1, 1, 1, 1, 7}, {4, 4, 7}, {3, 3, 3, 3}}) {
+        expect_parity(random, spins, 1);
+    }
+}
+
+TEST_F(FastParity, OfRotationsAndFreeEvolutionAtEverySize) {
+    Random random(155);
+    for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1},
+                                                                       {2},
+                                                                       {1, 1},
+                                                                       {1, 2},
+                                                                       {2, 2},
+                                                                       {1, 1, 1, 1},
+                                                                       {1, 2, 2},
+                                                                       {1, 1, 1, 1, 1},
+                                                                       {1, 1, 1, 1, 1, 1},
+                                                                       {2, 2, 2, 2}}) {
+        const RandomSystem system = random_system(random, spins, Coupling::exact);
+        MarkedMatrix H(system.H0), Ix(system.Fx), Iy(system.Fy), R(random.unitary(system.n));
+        const MarkedMatrix rho(random.density(system.n));
+        std::vector<double> re[2], im[2];
+        Dense turned[2];
+        const int points = system.n > 16 ? 20 : 200;
+        for (const Engine engine : {Engine::reference, Engine::fast}) {
+            const auto which = static_cast<std::size_t>(engine);
+            EngineSelect(engine);
+            re[which].resize(static_cast<std::size_t>(points));
+            im[which].resize(static_cast<std::size_t>(points));
+            EngineSampleFreeEvolution(system.n, H, 2e-4, points, rho, Ix, Iy, re[which].data(),
+                                      im[which].data());
+            MarkedMatrix state(rho.dense(system.n));
+            EngineRotate(system.n, R, state);
+            turned[which] = state.dense(system.n);
+        }
+        EXPECT_LE(distance(turned[0], turned[1]), 1e-12 * largest(turned[0]));
+        double size = 0.0;
+        for (std::size_t k = 0; k < re[0].size(); ++k) {
+            size = std::max({size, std::fabs(re[0][k]), std::fabs(im[0][k])});
+        }
+        for (std::size_t k = 0; k < re[0].size(); ++k) {
+            EXPECT_NEAR(re[0][k], re[1][k], 1e-12 * size) << system.n << ' ' << k;
+            EXPECT_NEAR(im[0][k], im[1][k], 1e-12 * size) << system.n << ' ' << k;
+        }
+    }
+}
