@@ -192,7 +192,7 @@ TEST(EnsureDir, MakesOneFolderOrFindsIt) {
     EXPECT_EQ(kor_ensure_dir(nullptr), 0);
 }
 
-TEST(FileExists, MeansThatItOpensForReading) {
+TEST(FileExistsLocal, MeansThatItOpensForReading) {
     const ModelSet set;
     EXPECT_EQ(kor_file_exists_local(set.wave().c_str()), 1);
     EXPECT_EQ(kor_file_exists_local("missing"), 0);
