@@ -276,7 +276,7 @@ TEST(Examples, LactateCosyRowsFollowTheProductOperators) {
     }
 }
 
-TEST(ExamplesSlow, ValineFidIsTheProductOfItsCosines) {
+TEST(Examples, ValineFidIsTheProductOfItsCosines) {
     Molecule m = molecule({3.5953, 2.2577, 1.0271, 1.0271, 1.0271, 0.9764, 0.9764, 0.9764}, 3.0, 127.7, true);
     couple(m, 0, 1, 4.405);
     for (int methyl : {2, 3, 4}) {
