@@ -9,9 +9,9 @@
 namespace kor {
 
 /// Number of spins (1..8) and twice the quantum number of each; asks again until the answers can be read and
-/// the dimension is at most KOR_MAX_STATES. Writes Nspins, quantnum, Ilist and n, and makes the kets (not
-/// when a quantum number is negative: SetupSpins refuses it). 1; 0 with nothing written when the input has
-/// ended for good.
+/// the dimension is at most KOR_MAX_STATES. Writes Nspins, quantnum, Ilist and n, and makes the kets (none,
+/// with the message of MakeKets, when the quantum number of a spin below the last is negative; SetupSpins
+/// refuses any). 1; 0 with nothing written when the input has ended for good.
 int Ispins();
 /// Ispins, then n, the kets and the plain total operators; spinsystemdefined becomes 1, or 0 with a message
 /// on standard error when a quantum number is negative (n is then 0) or the input ended.
@@ -28,7 +28,8 @@ void SpinSpinCoupling();
 /// The same values in the same order from an open stream, without prompts. They fill Nspins, Ilist, n, the
 /// kets, the operators and jc, not quantnum, relspinamp, resofreqs, Jexact, Jcount or couplings.
 /// An unreadable number counts as 0, an unreadable quantum number as 1. Nspins is clamped to 1..8; a negative
-/// quantum number counts as 0; a dimension above KOR_MAX_STATES leaves n = 0 and no kets.
+/// quantum number counts as 0; a dimension above KOR_MAX_STATES leaves n = 0 and, with the message of MakeKets,
+/// no kets.
 void NonIntIspins(std::FILE* stream);
 void NonIntMakeBoltzmann(std::FILE* stream);
 void NonIntMakeZeeman(std::FILE* stream);

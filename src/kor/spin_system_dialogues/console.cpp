@@ -118,8 +118,7 @@ int Ispins() {
     if (reading == Reading::input_ended)
         return 0;
     store_definition(spins);
-    if (!first_impossible_spin())
-        MakeKets(g_runtime.ket, g_runtime.Ilist);
+    MakeKets(g_runtime.ket, g_runtime.Ilist);
     std::printf("\nNumber of states n = %d\n", g_runtime.n);
     return 1;
 }

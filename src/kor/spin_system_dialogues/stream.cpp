@@ -32,8 +32,7 @@ void NonIntIspins(std::FILE* stream) {
         states = std::min<long long>(states * (rt.Ilist[s] + 1LL), KOR_MAX_STATES + 1);
     }
     rt.n = states <= KOR_MAX_STATES ? static_cast<int>(states) : 0;
-    if (rt.n > 0)
-        MakeKets(rt.ket, rt.Ilist);
+    MakeKets(rt.ket, rt.Ilist);
 }
 
 void NonIntMakeBoltzmann(std::FILE* stream) {

@@ -149,6 +149,16 @@ TEST(SetupSpins, ANegativeQuantumNumberIsRefused) {
     EXPECT_EQ(g_runtime.n, 0);
 }
 
+TEST(SetupSpins, ANegativeQuantumNumberBelowTheLastSpinLeavesNoKets) {
+    define({1, 1});
+    const ConsoleOutput printed = play_console("2\n-1\n1\n", SetupSpins);
+    EXPECT_EQ(printed.err,
+              "MakeKets: too many states for Nspins=2 (max 256)\n"
+              "SetupSpins: invalid spin quantum number for spin 1\n"
+              "SetupSpins: resulting dimension n=0 out of supported range (1..MATRIXMATH_DIM)\n");
+    EXPECT_EQ(g_runtime.ket[1][2], 0) << "nothing is left of the definition before";
+}
+
 TEST(SetupSpins, TwoNegativeQuantumNumbersAreRefusedToo) {
     const ConsoleOutput printed = play_console("2\n-3\n-4\n", SetupSpins);
     EXPECT_EQ(printed.err,
@@ -336,7 +346,13 @@ TEST(NonIntIspins, OutOfRangeNumbersAreBroughtIntoRange) {
     NonIntIspins(negative.file());
     EXPECT_EQ(g_runtime.Ilist[1], 0);
     EXPECT_EQ(g_runtime.n, 2);
+}
+
+TEST(NonIntIspins, TooManyStatesLeaveNoKets) {
+    define({1, 1});
     Stream large("2 300 1");
-    NonIntIspins(large.file());
+    const ConsoleOutput printed = play_console("", [&] { NonIntIspins(large.file()); });
+    EXPECT_EQ(printed.err, "MakeKets: too many states for Nspins=2 (max 256)\n");
     EXPECT_EQ(g_runtime.n, 0);
+    EXPECT_EQ(g_runtime.ket[1][1], 0);
 }
