@@ -3,6 +3,7 @@
 #include "consoleutil.h"
 #include "kor/product_operators.h"
 #include "kor/runtime_state.h"
+#include "kordatafileio.h"
 
 #include <algorithm>
 #include <cctype>
@@ -15,20 +16,6 @@ namespace kor {
 namespace {
 
 constexpr char frame[] = "*******************************************************\n";
-
-int answer_int(int* value) {
-    if (console_read_int(value))
-        return 1;
-    console_discard_line();
-    return 0;
-}
-
-int answer_double(double* value) {
-    if (console_read_double(value))
-        return 1;
-    console_discard_line();
-    return 0;
-}
 
 void print_operator_list(int Nspins, int count) {
     std::printf("Product-operator list (spin-1/2):\n");
@@ -95,15 +82,14 @@ void print_manual_menu() {
                 "  2. Define OP2\n"
                 "  3. OP1 := OP1 + OP2\n"
                 "  4. OP1 := OP1 * OP2\n"
-                "  5. Use OP1 as expectation operator\n"
-                "Your choice [1..5]: ");
+                "  5. Use OP1 as expectation operator\n");
 }
 
 /// Asks for a single-spin operator and a factor; an unreadable spin or type leaves `op` as it is.
 void define_working_operator(int n, int Nspins, const SpinIList& Ilist, const SpinKet& ket, CMatrix& op) {
     int spin = 0;
     std::printf("Spin number [1..%d]: ", Nspins);
-    if (!answer_int(&spin))
+    if (!scan_int(nullptr, &spin))
         return;
     int type = 0;
     std::printf("Operator type:\n"
@@ -111,13 +97,11 @@ void define_working_operator(int n, int Nspins, const SpinIList& Ilist, const Sp
                 "  2. I-\n"
                 "  3. Ix\n"
                 "  4. Iy\n"
-                "  5. Iz\n"
-                "Your choice [1..5]: ");
-    if (!answer_int(&type))
+                "  5. Iz\n");
+    if (!scan_int("Your choice [1..5]: ", &type))
         return;
     double factor = 1.0;
-    std::printf("Multiply by factor (real): ");
-    if (!answer_double(&factor))
+    if (!scan_double("Multiply by factor (real): ", &factor))
         factor = 1.0;
     create_single_spin_operator(n, Ilist, ket, std::clamp(spin, 1, Nspins), type, factor, op);
 }
@@ -154,7 +138,7 @@ void manual_expectation_operator(int n, int Nspins, const SpinIList& Ilist, cons
     int choice = 0;
     while (choice != 5) {
         print_manual_menu();
-        if (!answer_int(&choice)) {
+        if (!scan_int("Your choice [1..5]: ", &choice)) {
             if (console_at_end())
                 break;
             choice = 0;
@@ -177,11 +161,9 @@ void ExpectationOperator(int n, int Nspins, const SpinIList& Ilist, const SpinKe
     std::printf("%s", frame);
     std::printf("Define operator:\n"
                 "    1. Choose from product-operator list (spin-1/2 only)\n"
-                "    2. Create manually\n"
-                "Your choice [1,2] : ");
+                "    2. Create manually\n");
     int choice = 0;
-    answer_int(&choice);
-    if (choice == 1)
+    if (scan_int("Your choice [1,2] : ", &choice) && choice == 1)
         create_operator_from_list(n, Nspins, Ilist, ket, out);
     else
         manual_expectation_operator(n, Nspins, Ilist, ket, out);

@@ -1,8 +1,8 @@
 #include "kor/spatial_grid_dialogue.h"
 
-#include "consoleutil.h"
 #include "kor/runtime_state.h"
 #include "kor/spatial_grid.h"
+#include "kordatafileio.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,25 +16,15 @@ struct LengthQuestion {
     double* cm;
 };
 
-/// A rejected answer is dropped with its line, so that it does not answer the next menu.
-bool accepted(int read) {
-    if (!read)
-        console_discard_line();
-    return read != 0;
-}
-
 bool ask_lengths(const LengthQuestion (&questions)[3]) {
-    for (const LengthQuestion& question : questions) {
-        std::printf("%s", question.prompt);
-        if (!accepted(console_read_double(question.cm)))
+    for (const LengthQuestion& question : questions)
+        if (!scan_double(question.prompt, question.cm))
             return false;
-    }
     return true;
 }
 
 bool ask_points(const char* prompt, int* points) {
-    std::printf("%s", prompt);
-    if (!accepted(console_read_int(points)))
+    if (!scan_int(prompt, points))
         return false;
     *points = std::max(*points, 1);
     return true;
@@ -109,10 +99,9 @@ void DefineSpatialSimulationDomain() {
         return;
     }
     std::printf("\nDefine the spatial simulation grid for later spatially resolved sequence calculations.\n"
-                "Gradient waveforms are defined in the sequence sectors, not here.\n\n"
-                "Use a symmetric simulation volume around a center point? [1=yes, 0=no] : ");
+                "Gradient waveforms are defined in the sequence sectors, not here.\n\n");
     int symmetric = 0;
-    if (!accepted(console_read_int(&symmetric)))
+    if (!scan_int("Use a symmetric simulation volume around a center point? [1=yes, 0=no] : ", &symmetric))
         return;
     if (!(symmetric ? ask_symmetric_volume() : ask_manual_grid()))
         return;
