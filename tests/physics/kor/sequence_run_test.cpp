@@ -5,7 +5,9 @@
 
 #include "support/console_script.h"
 #include "support/run_models.h"
+#include "support/signal_files.h"
 #include "support/temp_tree.h"
+#include "support/transform_2d.h"
 
 #include <gtest/gtest.h>
 
@@ -134,6 +136,64 @@ TEST(NmrRun, EveryEvolutionRowAgreesWithTheIndependentComputation) {
             EXPECT_LT(kor_test::largest_difference(file.matrices[static_cast<std::size_t>(row - 1)], rho),
                       tolerance);
         }
+    }
+}
+
+/// Signals <Fx> + i <Fy> of free evolution, Fx and Fy summed over the spins at unit norm.
+kor_test::Row receiver_signal(const DenseSystem& system, double offset_hz, int points, double acquisition_s,
+                              Matrix rho) {
+    Matrix fx = Matrix::Zero(system.n, system.n);
+    Matrix fy = fx;
+    for (std::size_t s = 0; s < system.ix.size(); ++s) {
+        fx += system.ix[s] / system.ix[s].norm();
+        fy += system.iy[s] / system.iy[s].norm();
+    }
+    const Matrix step =
+        kor_test::step_propagator(system.h0 + two_pi * offset_hz * system.fz, acquisition_s / points);
+    kor_test::Row signal;
+    for (int k = 0; k < points; ++k) {
+        signal.emplace_back((fx * rho).trace().real(), (fy * rho).trace().real());
+        rho = step.adjoint() * rho * step;
+    }
+    return signal;
+}
+
+TEST(NmrRun, TwoDimensionalSpectrumAgreesWithTheIndependentComputation) {
+    constexpr unsigned seed = 21;
+    constexpr int rows = 16;
+    constexpr int points = 32;
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const TempTree folder;
+    const DenseSystem system = kor_test::dense_system({1, 1}, {1.0, 0.6}, {120.0, -75.0}, {11.0}, false);
+    std::vector<Waveform> waves{random_waveform(random, "w1", 5), random_waveform(random, "w2", 1),
+                                random_waveform(random, "w3", 2)};
+    waves[1].xb = waves[1].yb = {0.0};
+    waves[1].sector.type = 2;
+    waves[1].sector.rows = waves[2].sector.rows = rows;
+    for (const Waveform& wave : waves) {
+        folder.write(wave.sector.file, bytes_of(wave.xb) + bytes_of(wave.yb));
+    }
+    kor_test::forget_model();
+    kor_test::define_spins({1, 1}, {1.0, 0.6}, {120.0, -75.0}, {11.0}, false);
+    kor_test::define_sequence(2, {waves[0].sector, waves[1].sector, waves[2].sector}, "");
+    kor_test::play_console(std::to_string(points) + "\n0.05\n13\n2\n0\n", RunCurrentPreparedModel);
+
+    kor_test::Row signals;
+    for (int row = 0; row < rows; ++row) {
+        Matrix rho = behind(system, waves[0], 1e-3 / 5, 0, 0, 0, system.equilibrium);
+        rho = behind(system, waves[1], row * 1e-3, 0, 0, 0, rho);
+        rho = behind(system, waves[2], 1e-3 / 2, 0, 0, 0, rho);
+        const kor_test::Row signal = receiver_signal(system, 13.0, points, 0.05, rho);
+        signals.insert(signals.end(), signal.begin(), signal.end());
+    }
+    const kor_test::Row expected = kor_test::transform_2d(signals, points);
+    const kor_test::SignalFile spectrum = kor_test::read_signal_file("sort.bin");
+    EXPECT_EQ(spectrum.header[1], points);
+    EXPECT_EQ(spectrum.header[2], rows);
+    ASSERT_EQ(spectrum.samples.size(), expected.size());
+    for (std::size_t k = 0; k < expected.size(); ++k) {
+        EXPECT_LT(std::abs(spectrum.samples[k] - expected[k]), 1e-11) << "bin " << k;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "korlimits.h"
 #include "support/signal_files.h"
+#include "support/transform_2d.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +11,16 @@
 namespace kor {
 namespace {
 
+using kor_test::Complex;
 using kor_test::complex_bytes;
+using kor_test::forward;
 using kor_test::header_bytes;
 using kor_test::read_signal_file;
+using kor_test::Row;
 using kor_test::SignalFile;
 using kor_test::TempTree;
-
-using Complex = std::complex<double>;
-using Row = std::vector<Complex>;
+using kor_test::transform_2d;
+using kor_test::weighted;
 
 constexpr char read_error[] = ">>> READ BINARY FILE ERROR <<<\n";
 
@@ -28,50 +31,6 @@ Row random_points(std::size_t count, unsigned seed) {
     for (Complex& point : points)
         point = {normal(random), normal(random)};
     return points;
-}
-
-Row weighted(Row row) {
-    row[0] *= 0.5;
-    for (std::size_t k = 0; k < row.size(); ++k)
-        row[k] *= std::exp(-10.0 * static_cast<double>(k) / static_cast<double>(row.size()));
-    return row;
-}
-
-/// Sum over k of x[k] exp(+2 pi i j k / N), term by term.
-Row forward(const Row& x) {
-    Row out(x.size());
-    for (std::size_t j = 0; j < x.size(); ++j)
-        for (std::size_t k = 0; k < x.size(); ++k)
-            out[j] += x[k] * std::polar(1.0, 2.0 * KOR_PI * static_cast<double>(j * k % x.size()) /
-                                                 static_cast<double>(x.size()));
-    return out;
-}
-
-Row centred(const Row& x) {
-    Row out(x.begin() + static_cast<std::ptrdiff_t>(x.size() / 2), x.end());
-    out.insert(out.end(), x.begin(), x.begin() + static_cast<std::ptrdiff_t>(x.size() / 2));
-    return out;
-}
-
-/// The whole 2D processing by direct sums, `cols` points in each of the rows.
-Row transform_2d(const Row& data, std::size_t cols) {
-    const std::size_t rows = data.size() / cols;
-    Row out(data.size());
-    for (std::size_t r = 0; r < rows; ++r) {
-        const Row row(data.begin() + static_cast<std::ptrdiff_t>(r * cols),
-                      data.begin() + static_cast<std::ptrdiff_t>((r + 1) * cols));
-        const Row spectrum = centred(forward(weighted(row)));
-        std::copy(spectrum.begin(), spectrum.end(), out.begin() + static_cast<std::ptrdiff_t>(r * cols));
-    }
-    for (std::size_t c = 0; c < cols; ++c) {
-        Row column(rows);
-        for (std::size_t r = 0; r < rows; ++r)
-            column[r] = out[r * cols + c];
-        column = centred(forward(weighted(column)));
-        for (std::size_t r = 0; r < rows; ++r)
-            out[r * cols + c] = column[r];
-    }
-    return out;
 }
 
 double largest_difference(const Row& a, const Row& b) {
