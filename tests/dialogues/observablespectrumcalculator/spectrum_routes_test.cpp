@@ -102,6 +102,42 @@ std::complex<double> ax_signal(double t, double offset_hz = 0.0) {
                     std::polar(1.0, -two_pi * (ax_hz[1] + offset_hz) * t));
 }
 
+constexpr double ab_centre = 40.0, ab_shift = 11.0, ab_j = 9.0;
+
+Sample ab() {
+    const std::vector<int> two_i = {1, 1};
+    Dense H = (ab_centre + ab_shift / 2) * on_spin(two_i, 1, 'z') +
+              (ab_centre - ab_shift / 2) * on_spin(two_i, 2, 'z');
+    for (const char* component : {"xx", "yy", "zz"})
+        H += ab_j * kor_test::product_of(two_i, component);
+    return {two_i, two_pi * H};
+}
+
+/// Inner lines (C - J) / 2 from the centre, weight (1 + J/C) / 2; outer ones (C + J) / 2, (1 - J/C) / 2.
+std::complex<double> ab_signal(double t) {
+    const double C = std::hypot(ab_shift, ab_j);
+    const double inner = (1.0 + ab_j / C) * std::cos(two_pi * t * (C - ab_j) / 2);
+    const double outer = (1.0 - ab_j / C) * std::cos(two_pi * t * (C + ab_j) / 2);
+    return (inner + outer) * std::polar(1.0, -two_pi * ab_centre * t);
+}
+
+constexpr double ax3_a = 80.0, ax3_x = 25.0, ax3_j = 7.0;
+
+Sample ax3() {
+    const std::vector<int> two_i = {1, 1, 1, 1};
+    Dense H = ax3_a * on_spin(two_i, 1, 'z');
+    for (int s = 2; s <= 4; ++s)
+        H += ax3_x * on_spin(two_i, s, 'z') + ax3_j * on_spin(two_i, 1, 'z') * on_spin(two_i, s, 'z');
+    return {two_i, two_pi * H};
+}
+
+/// A quartet and a doublet of three spins; trace(Ix Ix) = 4 for each spin.
+std::complex<double> ax3_signal(double t) {
+    const double split = std::cos(KOR_PI * ax3_j * t);
+    return 4.0 * (split * split * split * std::polar(1.0, -two_pi * ax3_a * t) +
+                  3.0 * split * std::polar(1.0, -two_pi * ax3_x * t));
+}
+
 TEST(SeparateSpectra, AxPairGivesItsDoublets) {
     const TempTree folder;
     Sample sample = ax();
@@ -113,6 +149,27 @@ TEST(SeparateSpectra, AxPairGivesItsDoublets) {
     for (int k = 0; k < 128; ++k) {
         EXPECT_LT(std::abs(file.at(0, k) - ax_signal(k * 0.9 / 128, 10.0)), 1e-11) << k;
         EXPECT_LT(std::abs(file.at(1, k) + 2.0 * ax_signal(k * 0.9 / 128, 10.0)), 1e-11) << k;
+    }
+}
+
+TEST(SeparateSpectra, AbPairGivesTheRoofEffectAndAx3QuartetAndDoublet) {
+    const TempTree folder;
+    const struct {
+        Sample sample;
+        std::complex<double> (*expected)(double t);
+    } systems[] = {{ab(), ab_signal}, {ax3(), ax3_signal}};
+    for (const auto& system : systems) {
+        Sample sample = system.sample;
+        const Dense x = sample.x();
+        write_density_file(0, sample.n, 2, {x, -0.5 * x});
+        sample.play(SeparateSpectra, "128\n0.9\n0\n0\n");
+        const SignalFile file = read_signal_file("korsign.bin");
+        ASSERT_EQ(file.samples.size(), 256U);
+        for (int k = 0; k < 128; ++k) {
+            const std::complex<double> expected = system.expected(k * 0.9 / 128);
+            EXPECT_LT(std::abs(file.at(0, k) - expected), 1e-11) << "n " << sample.n << " point " << k;
+            EXPECT_LT(std::abs(file.at(1, k) + 0.5 * expected), 1e-11) << "n " << sample.n << " point " << k;
+        }
     }
 }
 
@@ -208,34 +265,14 @@ TEST(AverageSpectrum, SumsTheMatricesWithoutDividing) {
 
 TEST(AverageSpectrum, AbPairGivesTheRoofEffect) {
     const TempTree folder;
-    const std::vector<int> two_i = {1, 1};
-    const double centre = 40.0, shift = 11.0, J = 9.0;
-    Dense H = (centre + shift / 2) * on_spin(two_i, 1, 'z') + (centre - shift / 2) * on_spin(two_i, 2, 'z');
-    for (const char* component : {"xx", "yy", "zz"})
-        H += J * kor_test::product_of(two_i, component);
-    const Sample sample = {two_i, two_pi * H};
-    // Inner lines (C - J) / 2 from the centre, weight (1 + J/C) / 2; outer ones (C + J) / 2, (1 - J/C) / 2.
-    const double C = std::sqrt(shift * shift + J * J);
-    expect_average_signal(sample, {sample.x()}, 0.0, [&](double t) {
-        const double inner = (1.0 + J / C) * std::cos(two_pi * t * (C - J) / 2);
-        const double outer = (1.0 - J / C) * std::cos(two_pi * t * (C + J) / 2);
-        return (inner + outer) * std::polar(1.0, -two_pi * centre * t);
-    });
+    const Sample sample = ab();
+    expect_average_signal(sample, {sample.x()}, 0.0, ab_signal);
 }
 
 TEST(AverageSpectrum, Ax3GroupGivesQuartetAndDoublet) {
     const TempTree folder;
-    const std::vector<int> two_i = {1, 1, 1, 1};
-    const double a = 80.0, x = 25.0, J = 7.0;
-    Dense H = a * on_spin(two_i, 1, 'z');
-    for (int s = 2; s <= 4; ++s)
-        H += x * on_spin(two_i, s, 'z') + J * on_spin(two_i, 1, 'z') * on_spin(two_i, s, 'z');
-    const Sample sample = {two_i, two_pi * H};
-    expect_average_signal(sample, {sample.x()}, 0.0, [&](double t) { // each spin: trace(Ix Ix) = 4
-        const double split = std::cos(KOR_PI * J * t);
-        return 4.0 * (split * split * split * std::polar(1.0, -two_pi * a * t) +
-                      3.0 * split * std::polar(1.0, -two_pi * x * t));
-    });
+    const Sample sample = ax3();
+    expect_average_signal(sample, {sample.x()}, 0.0, ax3_signal);
 }
 
 TEST(AverageSpectrum, MagnetisationAlongZGivesNoSignal) {

@@ -390,6 +390,17 @@ TEST(EditPulseSequence, SectorThreeFirstLeavesTwoMissing) {
         std::string::npos);
 }
 
+TEST(EditPulseSequence, ASectorOfUnknownContentIsCountedAndMissing) {
+    start();
+    g_runtime.offsetset = 1;
+    const ConsoleOutput printed = edit("1\n4\n6\n6\n");
+    EXPECT_EQ(g_runtime.nos, 4);
+    EXPECT_EQ(g_runtime.sectorset, 1);
+    EXPECT_NE(printed.out.find("Unknown sector type.\n"), std::string::npos);
+    EXPECT_NE(printed.out.find("Defined sectors : <none>\nMissing sectors : 1, 2, 3, 4\n"),
+              std::string::npos);
+}
+
 TEST(EditPulseSequence, SpinsComeFirst) {
     fresh_state();
     const ConsoleOutput printed = edit("2\n1\n1\n1\n0\n6\n");
