@@ -1,14 +1,14 @@
 // Floor 4.20 - workshop: rules of the sequence being composed: start values, families, defined sectors
 //
-// Works on the sequence definition of g_runtime. Sectors are numbered 1..KOR_MAX_SECTORS. Families: 1
-// spatially resolved, 2 1D or 2D NMR. Nothing is asked or printed here.
+// Works on the sequence definition of g_runtime. Sectors are numbered 1..KOR_MAX_SECTORS. Nothing is asked
+// or printed here.
 #pragma once
+
+#include "sequencetypes.h"
 
 #include <cstddef>
 
 namespace kor {
-
-enum SequenceFamily { FAMILY_SPATIAL = 1, FAMILY_NMR = 2 };
 
 /// "spatially resolved", "1D or 2D NMR", or "unknown".
 const char* sequence_family_label(int family);

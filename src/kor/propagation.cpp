@@ -6,6 +6,7 @@
 #include "kor/smoke_check_mode.h"
 #include "kor/spatial_grid.h"
 #include "korengine.h"
+#include "sequencetypes.h"
 
 #include <cstdio>
 
@@ -16,7 +17,6 @@ namespace {
 constexpr DensityReport kSpatial{"Rotate3D", true};
 constexpr DensityReport kRows{"Rotate2D", false};
 constexpr int kNoPulse = 2;
-constexpr int kEvolutionSector = 2;
 
 CMatrix g_static_hamiltonian; // Izee + Icoup of the sector in progress
 CMatrix g_propagator;
@@ -180,7 +180,7 @@ void Rotate2D_internal(int sectortype, double h_local, double statoff_local) {
     if (!ready || !open_density_stream(kRows, s.n, s.ndw, stream)) {
         return;
     }
-    if (!propagate_rows(stream, sectortype == kEvolutionSector, h_local, statoff_local)) {
+    if (!propagate_rows(stream, sectortype == NMR_SECTOR_EVOLUTION, h_local, statoff_local)) {
         abandon_density_stream(stream);
         return;
     }

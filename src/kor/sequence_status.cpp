@@ -1,6 +1,7 @@
 #include "kor/sequence_status.h"
 
 #include "kor/runtime_state.h"
+#include "sequencetypes.h"
 
 #include <cmath>
 #include <cstddef>
@@ -9,9 +10,6 @@
 namespace kor {
 
 namespace {
-
-constexpr int kSpatialFamily = 1;
-constexpr int kNmrFamily = 2;
 
 template <std::size_t count> const char* label_of(const char* const (&labels)[count], int type) {
     return type >= 0 && type < static_cast<int>(count) ? labels[type] : "<unknown>";
@@ -36,11 +34,12 @@ bool sector_is_complete(int k) {
     if (s.noti[k] < 1 || !s.fnames[k][0]) {
         return false;
     }
-    if (s.sequencetype == kSpatialFamily) {
+    if (s.sequencetype == FAMILY_SPATIAL) {
         return !std::isnan(s.statoff[k]);
     }
-    if (s.sequencetype == kNmrFamily) {
-        return (s.sectype[k] == 1 || s.sectype[k] == 2) && s.nevo[k] >= 1;
+    if (s.sequencetype == FAMILY_NMR) {
+        const bool known = s.sectype[k] == NMR_SECTOR_NORMAL || s.sectype[k] == NMR_SECTOR_EVOLUTION;
+        return known && s.nevo[k] >= 1;
     }
     return true;
 }
@@ -58,10 +57,10 @@ int first_incomplete_sector() {
 /// What a run lacks once spins, family and sectors are there, or nullptr.
 const char* what_the_family_lacks() {
     const RuntimeState& s = g_runtime;
-    if (s.sequencetype == kNmrFamily) {
+    if (s.sequencetype == FAMILY_NMR) {
         return nullptr;
     }
-    if (s.sequencetype != kSpatialFamily) {
+    if (s.sequencetype != FAMILY_SPATIAL) {
         return "unknown sequence family";
     }
     const bool grid = s.ndx > 0 && s.ndy > 0 && s.ndz > 0 && s.offsetset;
@@ -123,7 +122,7 @@ void PrintNonInteractiveStatus() {
     if (s.nos >= 1) {
         const int type = s.sectype[1];
         print_label("first sector     ",
-                    s.sequencetype == kNmrFamily ? NmrSectorTypeLabel(type) : SectorTypeLabel(type), type);
+                    s.sequencetype == FAMILY_NMR ? NmrSectorTypeLabel(type) : SectorTypeLabel(type), type);
     }
     std::printf("  result file      : %s\n", s.resultflnm[0] ? s.resultflnm : "<unset>");
     print_run_status();

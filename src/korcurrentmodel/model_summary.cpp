@@ -3,14 +3,13 @@
 #include "kor/runtime_state.h"
 #include "kor/sequence_status.h"
 #include "korcurrentmodel/loaded_model.h"
+#include "sequencetypes.h"
 
 #include <cstdio>
 
 namespace kor {
 
 namespace {
-
-constexpr int SPATIAL_FAMILY = 1;
 
 const char* or_unset(const char* text) {
     return text[0] ? text : "<unset>";
@@ -57,8 +56,12 @@ void print_result_file() {
     std::printf("  result file      : %s\n", or_unset(g_runtime.resultflnm));
 }
 
-void print_number(int value) { std::printf("%d", value); }
-void print_number(double value) { std::printf("%.12g", value); }
+void print_number(int value) {
+    std::printf("%d", value);
+}
+void print_number(double value) {
+    std::printf("%.12g", value);
+}
 
 /// A title and the values of all spins in one line, separated by single blanks.
 template <typename T> void print_per_spin(const char* title, const T* values) {
@@ -142,7 +145,7 @@ void PrintCurrentModelSummary() {
     print_result_file();
     std::puts("");
     print_spin_system();
-    if (g_runtime.sequencetype == SPATIAL_FAMILY)
+    if (g_runtime.sequencetype == FAMILY_SPATIAL)
         print_spatial_grid();
     print_sequence_overview();
 }

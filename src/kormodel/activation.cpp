@@ -5,6 +5,7 @@
 #include "kormodel/model_file.h"
 #include "kormodel/save.h"
 #include "kormodel/text_lines.h"
+#include "sequencetypes.h"
 
 #include <cstring>
 
@@ -125,7 +126,7 @@ void capture_sequence(KORPulseSequenceDef& seq) {
         sector.offset_frequency_hz = s.statoff[k];
         copy_truncated(s.fnames[k], sector.pulse_filename, sizeof sector.pulse_filename);
         copy_truncated(s.remarks[k], sector.remark, sizeof sector.remark);
-        if (s.sequencetype == 1)
+        if (s.sequencetype == FAMILY_SPATIAL)
             repair_spatial_sector(sector);
     }
 }

@@ -1,5 +1,7 @@
 #include "kormodel/records.h"
 
+#include "sequencetypes.h"
+
 #include <cstdarg>
 #include <cstdio>
 
@@ -150,10 +152,10 @@ KORModelStatus check_sector_in_spatial_sequence(const KORPulseSectorDef& sector,
 
 KORModelStatus check_sector_in_nmr_sequence(const KORPulseSectorDef& sector, int k, char* errbuf,
                                             std::size_t errbufsz) {
-    if (sector.sector_type != 1 && sector.sector_type != 2)
+    if (sector.sector_type != NMR_SECTOR_NORMAL && sector.sector_type != NMR_SECTOR_EVOLUTION)
         set_error(errbuf, errbufsz, "1D/2D sequence sector %d has invalid sector_type=%d", k,
                   sector.sector_type);
-    else if (sector.sector_type == 2 && sector.number_of_evolpoints < 1)
+    else if (sector.sector_type == NMR_SECTOR_EVOLUTION && sector.number_of_evolpoints < 1)
         set_error(errbuf, errbufsz, "evolution sector %d must have number_of_evolpoints >= 1", k);
     else
         return KOR_MODEL_OK;
@@ -171,12 +173,12 @@ KORModelStatus check_sector_in_model(const KORPulseSectorDef& sector, int k, int
         set_error(errbuf, errbufsz, "sector %d pulse_filename is required", k);
         return KOR_MODEL_ERR_RANGE;
     }
-    return sequence_type == 1 ? check_sector_in_spatial_sequence(sector, k, errbuf, errbufsz)
-                              : check_sector_in_nmr_sequence(sector, k, errbuf, errbufsz);
+    return sequence_type == FAMILY_SPATIAL ? check_sector_in_spatial_sequence(sector, k, errbuf, errbufsz)
+                                           : check_sector_in_nmr_sequence(sector, k, errbuf, errbufsz);
 }
 
 KORModelStatus check_sequence_in_model(const KORPulseSequenceDef& seq, char* errbuf, std::size_t errbufsz) {
-    if (seq.sequence_type != 1 && seq.sequence_type != 2) {
+    if (seq.sequence_type != FAMILY_SPATIAL && seq.sequence_type != FAMILY_NMR) {
         set_error(errbuf, errbufsz, "sequence_type=%d is invalid; expected 1 (spatial) or 2 (1D/2D NMR)",
                   seq.sequence_type);
         return KOR_MODEL_ERR_RANGE;

@@ -12,6 +12,7 @@
 #include "rfpulselib/start_pulse.h"
 #include "rfpulseparam.h"
 #include "rfwaveformfile.h"
+#include "sequencetypes.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -62,7 +63,7 @@ int current_sequence_is_optimisable() {
         return fail("No current prepared spin system is available.\nDefine or load a model first.");
     if (!g_runtime.sectorset || g_runtime.nos <= 0)
         return fail("No current prepared pulse sequence is available.\nCompose or load a sequence first.");
-    if (g_runtime.sequencetype != 2)
+    if (g_runtime.sequencetype != FAMILY_NMR)
         return fail("This optimization workflow currently supports only the\n"
                     "prepared 1D/2D sequence family (sequencetype == 2).");
     return 1;

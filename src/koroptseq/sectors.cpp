@@ -5,6 +5,7 @@
 #include "kor/spin_system.h"
 #include "korengine.h"
 #include "rfwaveformfile.h"
+#include "sequencetypes.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -43,7 +44,7 @@ int sequence_can_be_prepared(int sector) {
         std::printf("Sequence optimization: no current prepared pulse sequence.\n");
         return 0;
     }
-    if (g_runtime.sequencetype != 2) {
+    if (g_runtime.sequencetype != FAMILY_NMR) {
         std::printf("Sequence optimization: stage 2 currently supports only the\n");
         std::printf("prepared 1D/2D sequence family (sequencetype == 2).\n");
         return 0;

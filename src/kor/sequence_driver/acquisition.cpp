@@ -2,12 +2,11 @@
 #include "kor/sequence_driver.h"
 
 #include "kor/runtime_state.h"
+#include "sequencetypes.h"
 
 namespace kor {
 
 namespace {
-
-constexpr int kNormalSector = 1;
 
 /// ASCII only: a remark in another script must not change its meaning with the locale.
 char fold(char c) {
@@ -48,7 +47,7 @@ int kor_is_power_of_two_int(int v) {
 int kor_current_sequence_is_pulse_acquire_fid() {
     const RuntimeState& s = g_runtime;
     const bool two_plain_sectors =
-        s.nos == 2 && s.sectype[1] == kNormalSector && s.sectype[2] == kNormalSector;
+        s.nos == 2 && s.sectype[1] == NMR_SECTOR_NORMAL && s.sectype[2] == NMR_SECTOR_NORMAL;
     return two_plain_sectors && !kor_is_acquisition_remark(s.remarks[1]) &&
            kor_is_acquisition_remark(s.remarks[2]);
 }

@@ -4,6 +4,7 @@
 #include "kor/runtime_state.h"
 #include "korplatform.h"
 #include "sectors.h"
+#include "sequencetypes.h"
 
 #include <cstdio>
 #include <initializer_list>
@@ -11,9 +12,6 @@
 namespace kor {
 
 namespace {
-
-constexpr int kSpatialFamily = 1;
-constexpr int kNmrFamily = 2;
 
 /// What a run needs first, or nullptr.
 const char* what_is_missing() {
@@ -59,9 +57,9 @@ void RunCurrentPreparedModel() {
         return;
     }
     delete_scratch_files();
-    if (g_runtime.sequencetype == kSpatialFamily) {
+    if (g_runtime.sequencetype == FAMILY_SPATIAL) {
         run_spatial_family();
-    } else if (g_runtime.sequencetype == kNmrFamily) {
+    } else if (g_runtime.sequencetype == FAMILY_NMR) {
         inform("Running current prepared 1D / 2D NMR model...\n");
         SimulateLoaded2DPulseSequence();
     } else {

@@ -7,15 +7,13 @@
 #include "observablespectrumcalculator/signal_file.h"
 #include "observablespectrumcalculator/spectrum_routes.h"
 #include "sectors.h"
+#include "sequencetypes.h"
 
 #include <cstdio>
 
 namespace kor {
 
 namespace {
-
-constexpr int kNormalSector = 1;
-constexpr int kEvolutionSector = 2;
 
 /// What the sectors seen so far say about the output.
 struct Acquisition {
@@ -28,7 +26,7 @@ struct Acquisition {
 
 bool sector_is_valid(int k) {
     const RuntimeState& s = g_runtime;
-    if (s.sectype[k] != kNormalSector && s.sectype[k] != kEvolutionSector) {
+    if (s.sectype[k] != NMR_SECTOR_NORMAL && s.sectype[k] != NMR_SECTOR_EVOLUTION) {
         std::printf("Invalid 1D/2D sector type in sector %d : %d\n", k, s.sectype[k]);
         return false;
     }
@@ -47,7 +45,7 @@ void describe_sector(int k) {
     const RuntimeState& s = g_runtime;
     inform("\nCalculating sector                      : %d\n", k);
     inform("Sector type                             : %d%s\n", s.sectype[k],
-           s.sectype[k] == kEvolutionSector ? "  # evolution sector" : "  # normal sector");
+           s.sectype[k] == NMR_SECTOR_EVOLUTION ? "  # evolution sector" : "  # normal sector");
     inform("Number of time intervals in this sector : %d\n", s.ap);
     inform("Number of evolution intervals           : %d\n", s.ndw);
     inform("Sector or pulsetime                [ms] : %.9g\n", 1000.0 * s.pt);
@@ -92,7 +90,7 @@ bool propagate_sector(int k, Acquisition& acquisition) {
     if (s.calc == done) {
         return false;
     }
-    if (s.sectype[k] == kEvolutionSector) {
+    if (s.sectype[k] == NMR_SECTOR_EVOLUTION) {
         acquisition.rows = s.ndw;
         acquisition.evolved = true;
     }
@@ -109,7 +107,7 @@ bool run_sector(int k, Acquisition& acquisition) {
     }
     describe_sector(k);
     // Only a plain sector can be the receiver: the marker says nothing about an evolution sector.
-    if (s.sectype[k] == kNormalSector && kor_is_acquisition_remark(s.remarks[k])) {
+    if (s.sectype[k] == NMR_SECTOR_NORMAL && kor_is_acquisition_remark(s.remarks[k])) {
         remember_receiver(k, acquisition);
         return true;
     }
