@@ -9,6 +9,8 @@
 #include "kormodel/records.h"
 #include "matrixmathlib.h"
 
+#include <cstddef>
+
 namespace kor {
 
 /// Runs every case, prints PASS and FAIL lines and the verdict. The definition part of the runtime state is
@@ -68,5 +70,8 @@ bool CheckSpatialGradientResultFile(const char* path, CMatrix* center, bool* has
 bool CheckCenterStateSpectrumEqualAmplitudes(const CMatrix& center);
 /// Writes a file in one piece; true when it was written and closed. `bytes` bytes from `data`.
 bool write_refcheck_fixture(const char* path, const void* data, std::size_t bytes);
+/// Writes the waveform of the spatial and the split case: one sample of 10 us, a 90 degree pulse about x
+/// during a gradient of 2000 Hz/cm along x. Without it the FAIL line "could not write pulse fixture".
+bool write_refcheck_pulse(const char* tag, const char* path);
 
 } // namespace kor

@@ -1,5 +1,6 @@
 #include "kormodel_refcheck.h"
 
+#include "korlimits.h"
 #include "korplatform.h"
 
 #include <cmath>
@@ -52,6 +53,14 @@ bool write_refcheck_fixture(const char* path, const void* data, std::size_t byte
     const bool written = std::fwrite(data, 1, bytes, file) == bytes;
     const bool closed = std::fclose(file) == 0;
     return written && closed;
+}
+
+bool write_refcheck_pulse(const char* tag, const char* path) {
+    const double sample[] = {0.5 * KOR_PI / 1e-5, 0.0, 2000.0 * 2.0 * KOR_PI, 0.0, 0.0}; // xb, yb, gx, gy, gz
+    if (write_refcheck_fixture(path, sample, sizeof sample))
+        return true;
+    std::printf("FAIL %-9s could not write pulse fixture\n", tag);
+    return false;
 }
 
 } // namespace kor

@@ -112,12 +112,6 @@ bool split_failure(const char* text) {
     return false;
 }
 
-// A 90 degree pulse of 10 us about x during a gradient of 2000 Hz/cm, as the spatial case has it.
-bool write_split_pulse(const char* path) {
-    const double sample[5] = {0.5 * KOR_PI / 1e-5, 0.0, 2000.0 * 2.0 * KOR_PI, 0.0, 0.0};
-    return write_refcheck_fixture(path, sample, sizeof sample);
-}
-
 bool write_split_fixtures(SplitPaths* paths) {
     if (!build_split_folders(paths))
         return split_failure("could not build reference paths");
@@ -125,8 +119,8 @@ bool write_split_fixtures(SplitPaths* paths) {
         return split_failure("could not create reference directories");
     if (!build_split_files(paths))
         return split_failure("could not build reference file paths");
-    if (!write_split_pulse(paths->pulse_file))
-        return split_failure("could not write pulse fixture");
+    if (!write_refcheck_pulse(split_tag, paths->pulse_file))
+        return false;
     if (!write_text_fixture(paths->spin_file, split_spin_text))
         return split_failure("could not write spin-system fixture");
     if (!write_text_fixture(paths->sequence_file, split_sequence_text))

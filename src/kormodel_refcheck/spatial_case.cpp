@@ -23,7 +23,6 @@ constexpr char tag[] = "spatgrad";
 constexpr int states = 4;
 constexpr int voxels = 5;
 constexpr int center_voxel = 3;
-constexpr double pulse_length_s = 1e-5;
 
 // The folders and files of the case.
 struct CasePaths {
@@ -79,15 +78,6 @@ bool prepare_paths(CasePaths* paths) {
         return false;
     }
     return true;
-}
-
-// xb, yb, gx, gy, gz of one sample: a 90 degree pulse about x during a gradient of 2000 Hz/cm along x.
-bool write_pulse_fixture(const char* path) {
-    const double sample[5] = {0.5 * KOR_PI / pulse_length_s, 0.0, 2000.0 * 2.0 * KOR_PI, 0.0, 0.0};
-    if (write_refcheck_fixture(path, sample, sizeof sample))
-        return true;
-    std::printf("FAIL %-9s could not write pulse fixture\n", tag);
-    return false;
 }
 
 // Writes the model set, reads it back into the records.
@@ -297,7 +287,7 @@ void BuildSpatialGradientReferenceCase(const char* pulse_path, const char* resul
     sector.sector_type = 1;
     sector.number_of_timepoints = 1;
     sector.number_of_evolpoints = 1;
-    sector.total_duration_s = pulse_length_s;
+    sector.total_duration_s = 1e-5;
     std::snprintf(sector.pulse_filename, sizeof sector.pulse_filename, "%s", pulse_path);
     std::snprintf(sector.remark, sizeof sector.remark, "spatial gradient reference sector");
 
@@ -344,7 +334,7 @@ bool check_spatial_gradient_case() {
     static CasePaths paths;
     static CMatrix center;
     char result_path[KOR_FILE_NAME_SIZE];
-    if (!prepare_paths(&paths) || !write_pulse_fixture(paths.pulse_file) ||
+    if (!prepare_paths(&paths) || !write_refcheck_pulse(tag, paths.pulse_file) ||
         !produce_result(paths, result_path))
         return false;
 
