@@ -431,13 +431,14 @@ TEST(ReferenceCases, EachObstacleHasItsOwnLine) {
     }
 }
 
-TEST(ReferenceCases, AnOldResultFileIsDeletedBeforeTheRun) {
+TEST(ReferenceCases, AnOldResultDoesNotStandInForAFailedRun) {
     TempTree tree;
+    ASSERT_TRUE(captured(check_spatial_gradient_case).ok);
     const std::string result = "kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin";
-    fs::create_directories(result + "/not-empty");
+    ASSERT_TRUE(fs::exists(result));
+    fs::create_directories("dm.bin"); // in the way of the run's states
     const Outcome outcome = captured(check_spatial_gradient_case);
     EXPECT_FALSE(outcome.ok);
-    fs::remove_all(result);
-    write_file(result, "an old result");
-    EXPECT_TRUE(captured(check_spatial_gradient_case).ok);
+    EXPECT_EQ(outcome.out, "FAIL spatgrad  result file was not created: " + tree.path(result) + "\n");
+    EXPECT_FALSE(fs::exists(result));
 }
