@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kStates = "dm.bin";
 constexpr const char* kNewStates = "store";
 constexpr int kDensityType = 0;
-constexpr std::size_t kCopyChunk = 65536;
+constexpr std::size_t kCopyChunk = 8192;
 constexpr std::size_t kStreamBuffer = 262144;
 
 // One file is read and one written at a time.
