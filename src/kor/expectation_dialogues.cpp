@@ -5,6 +5,7 @@
 #include "kor/expectation_values.h"
 #include "kor/product_operator_dialogues.h"
 #include "kor/runtime_state.h"
+#include "kordatafileio.h"
 #include "korplatform.h"
 
 #include <cstdio>
@@ -37,13 +38,6 @@ void wait_after(const char* text) {
 
 void wait_after_failure() {
     wait_after("Press <Enter> to continue");
-}
-
-int read_choice(int* choice) {
-    if (console_read_int(choice))
-        return 1;
-    console_discard_line();
-    return 0;
 }
 
 // Opens "dm.bin", reads its header and checks that its matrices can be used. The type is taken as it is: what
@@ -82,10 +76,9 @@ enum class Answer { ready, refused, no_name };
 Answer ask_output(Output* output) {
     std::printf("Create:\n"
                 "       1. SG-plot file (ASCII)\n"
-                "       2. Raw binary double file (one value per dw step)\n"
-                "Your choice [1,2] : ");
+                "       2. Raw binary double file (one value per dw step)\n");
     int choice = 0;
-    if (!read_choice(&choice)) {
+    if (!scan_int("Your choice [1,2] : ", &choice)) {
         std::fputs("ExpValNDensMat: invalid choice\n", stderr);
         return Answer::refused;
     }
@@ -151,10 +144,9 @@ void CalcExpVal() {
                     "\n"
                     "          1. Calculate expectation values of operators (from dm.bin)\n"
                     "          2. Continue to main menu\n"
-                    "\n"
-                    "Your choice [1,2] : ");
+                    "\n");
         int choice = 0;
-        if (!read_choice(&choice) || choice == 2)
+        if (!scan_int("Your choice [1,2] : ", &choice) || choice == 2)
             return;
         ExpValNDensMat();
     }
