@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 using namespace kor;
 using namespace kor_test;
 

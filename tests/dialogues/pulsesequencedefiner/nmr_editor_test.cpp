@@ -2,8 +2,8 @@
 
 #include "kor/runtime_state.h"
 #include "korcurrentmodel/loaded_model.h"
-#include "korpaths.h"
 #include "support/composer_state.h"
+#include "support/composer_texts.h"
 #include "support/console_script.h"
 
 #include <gtest/gtest.h>
@@ -22,44 +22,17 @@ const std::string menu = "    1. Define / edit a sequence sector\n"
                          "    5. Return to previous menu\n\n"
                          "Your choice is [1..5] : ";
 const std::string type_menu = "    1. Normal sector\n    2. Evolution sector\nYour choice [1,2] : ";
-const std::string content_menu = "    1. Hard pulse\n"
-                                 "       (90 x, 90 y, 90 -x, 90 -y, 180 x, 180 y, 180 -x, 180 -y)\n"
-                                 "    2. Amplitude-modulated RF pulse   : Hp(t) = f(t) * Ix\n"
-                                 "    3. General RF pulse               : Hp(t) = f(t) * Ix + g(t) * Iy\n"
-                                 "    4. Read RF pulse from disk        : (Bx, By)\n"
-                                 "    5. Waiting time / free precession\n"
-                                 "Your choice [1..5] : ";
-
 std::string header(int k) {
-    return "\n========================================\n Edit 1D / 2D Sequence Sector " + std::to_string(k) +
-           "\n========================================\n\n" + type_menu;
+    return sector_header("1D / 2D", k) + type_menu;
 }
 
 std::string file_dialogue(const std::string& leaf, const std::string& path) {
-    char folder[KOR_PATH_SIZE];
-    EXPECT_TRUE(KOR_GetDefaultRFOutputDir(folder, sizeof folder));
-    return "Default sector waveform directory : " + std::string(folder) +
-           "\nDefault sector waveform file name : " + leaf +
-           "\nThis binary file stores RF samples for this sector.\n"
-           "Bare names are written to the default sector waveform directory.\n"
-           "Press Enter to use the default name: " +
-           leaf + "\nFile name : Sector waveform file written to : " + path +
+    return file_name_question("RF", leaf) + "Sector waveform file written to : " + path +
            "\nStatic offset frequency [Hz] : Sector note (optional): ";
 }
 
 std::string state_text(int nos, const std::string& next_step, const std::string& overview) {
-    return "\n========================================\n"
-           " 1D / 2D Pulse Sequence Editor\n"
-           "========================================\n\n"
-           "Current model file : <unsaved current model>\n\n"
-           "Current model state:\n"
-           "  number of spins       : 2\n"
-           "  quantum numbers (2I)  : 1 1\n"
-           "  relative intensities  : 1.000E+00 1.000E+00\n"
-           "  offsets [Hz]          : 1.000E+02 -5.025E+01\n"
-           "  coupling mode         : 1  Weak coupling approximation\n"
-           "  number of couplings   : 1\n"
-           "  J(1,2) [Hz]           : 7.300E+00\n"
+    return editor_title_and_spins("1D / 2D") +
            "  sequence family       : 1D or 2D NMR (2)\n"
            "  sequence sectors      : " +
            std::to_string(nos) +
@@ -87,14 +60,8 @@ TEST(Define2DSeqSector, HardPulse) {
     TempTree tree;
     start();
     const ConsoleOutput printed = define_sector("1\n1\n2\n./a.bin\n-40\nadc start\nleft\n", 2);
-    EXPECT_EQ(printed.out, header(2) + content_menu +
-                               "\nStandard Hard Pulses:\n\n"
-                               "   1. (pi/2) (x')            5. (pi) (x')\n"
-                               "   2. (pi/2) (y')            6. (pi) (y')\n"
-                               "   3. (pi/2) (-x')           7. (pi) (-x')\n"
-                               "   4. (pi/2) (-y')           8. (pi) (-y')\n\n"
-                               "Your choice is [1..8] : \n" +
-                               file_dialogue("lac_2d_s02.bin", "./a.bin"));
+    EXPECT_EQ(printed.out,
+              header(2) + CONTENT_MENU + HARD_PULSE_MENU + file_dialogue("lac_2d_s02.bin", "./a.bin"));
     EXPECT_EQ(g_runtime.sectype[2], 1);
     EXPECT_EQ(g_runtime.noti[2], 1);
     EXPECT_EQ(g_runtime.nevo[2], 1);
@@ -222,7 +189,7 @@ TEST(Define2DSeqSector, AnEvolutionSectorMayBeEditedAgain) {
 TEST(Define2DSeqSector, UnknownTypesAndContentsChangeNothing) {
     start();
     EXPECT_EQ(define_sector("3\n").out, header(1) + "Unknown sector type.\n");
-    EXPECT_EQ(define_sector("1\n6\n").out, header(1) + content_menu + "Unknown sector type.\n");
+    EXPECT_EQ(define_sector("1\n6\n").out, header(1) + CONTENT_MENU + "Unknown sector type.\n");
     EXPECT_EQ(g_runtime.sectype[1], 0);
 }
 

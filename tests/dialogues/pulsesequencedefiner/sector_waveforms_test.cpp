@@ -2,8 +2,8 @@
 
 #include "kor/runtime_state.h"
 #include "korcurrentmodel/loaded_model.h"
-#include "korpaths.h"
 #include "support/composer_state.h"
+#include "support/composer_texts.h"
 #include "support/console_script.h"
 
 #include <gtest/gtest.h>
@@ -20,21 +20,6 @@ const std::string input_menu = "Read ASCII-file containing reals:\n"
                                "Your choice [1..3] : \n";
 const std::string ascii_prompt = "<< ASCII File In >>\nEnter filename : ";
 const std::string sg_prompt = "<< SG-Plot File In >>\nEnter filename : ";
-
-std::string rf_output_folder() {
-    char folder[KOR_PATH_SIZE];
-    EXPECT_TRUE(KOR_GetDefaultRFOutputDir(folder, sizeof folder));
-    return folder;
-}
-
-std::string naming_text(const std::string& contents, const std::string& leaf) {
-    return "Default sector waveform directory : " + rf_output_folder() +
-           "\nDefault sector waveform file name : " + leaf + "\nThis binary file stores " + contents +
-           " samples for this sector.\n"
-           "Bare names are written to the default sector waveform directory.\n"
-           "Press Enter to use the default name: " +
-           leaf + "\nFile name : ";
-}
 
 /// A waveform of two samples and a model called "lac".
 void prepare_waveform() {
@@ -136,7 +121,7 @@ TEST(WriteSpatialSectorWaveformFile, WritesTheFiveArrays) {
     prepare_waveform();
     const ConsoleOutput printed = play_console(
         " ./my wave.bin \nleft\n", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(7), 1); });
-    EXPECT_EQ(printed.out, naming_text("RF and gradient", "lac_s07.bin") +
+    EXPECT_EQ(printed.out, file_name_question("RF and gradient", "lac_s07.bin") +
                                "Sector waveform file written to : ./my wave.bin\n");
     EXPECT_STREQ(g_runtime.fnames[7], "./my wave.bin");
     EXPECT_EQ(waveform_blocks(tree, "my wave.bin", 2, 5),
@@ -150,7 +135,7 @@ TEST(Write2DSectorWaveformFile, WritesTheTwoArrays) {
     const ConsoleOutput printed =
         play_console("./a.bin\n", [] { EXPECT_EQ(ps_write_2d_sector_waveform_file(12), 1); });
     EXPECT_EQ(printed.out,
-              naming_text("RF", "lac_2d_s12.bin") + "Sector waveform file written to : ./a.bin\n");
+              file_name_question("RF", "lac_2d_s12.bin") + "Sector waveform file written to : ./a.bin\n");
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 2, 2), (std::vector<std::vector<double>>{{1, 2}, {3, 4}}));
 }
 
@@ -163,7 +148,8 @@ TEST(WriteSectorWaveformFile, AsksForTheShortNameFirst) {
     EXPECT_EQ(printed.out,
               "\nShort model name / file prefix\n(used for default sector waveform filenames)\n: "
               "Using model prefix : lac_90\n" +
-                  naming_text("RF", "lac_90_2d_s01.bin") + "Sector waveform file written to : ./a.bin\n");
+                  file_name_question("RF", "lac_90_2d_s01.bin") +
+                  "Sector waveform file written to : ./a.bin\n");
 }
 
 TEST(WriteSectorWaveformFile, AFileThatCannotBeWrittenLeavesNoName) {
@@ -172,8 +158,8 @@ TEST(WriteSectorWaveformFile, AFileThatCannotBeWrittenLeavesNoName) {
     std::snprintf(g_runtime.fnames[3], sizeof g_runtime.fnames[3], "old.bin");
     const ConsoleOutput printed =
         play_console("./no/a.bin\n", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(3), 1); });
-    EXPECT_EQ(printed.out,
-              naming_text("RF and gradient", "lac_s03.bin") + "Sector waveform file was not written.\n");
+    EXPECT_EQ(printed.out, file_name_question("RF and gradient", "lac_s03.bin") +
+                               "Sector waveform file was not written.\n");
     EXPECT_EQ(printed.err, "./no/a.bin: No such file or directory\n");
     EXPECT_STREQ(g_runtime.fnames[3], "");
 }
@@ -187,7 +173,7 @@ TEST(WriteSectorWaveformFile, APathBeyond255CharactersLeavesNoName) {
     EXPECT_EQ(g_runtime.fnames[2], fits);
     const std::string longer = fits + "a";
     const ConsoleOutput printed = play_console(longer + "\n", [] { ps_write_2d_sector_waveform_file(2); });
-    EXPECT_EQ(printed.out, naming_text("RF", "lac_2d_s02.bin") +
+    EXPECT_EQ(printed.out, file_name_question("RF", "lac_2d_s02.bin") +
                                "Resolved output path is too long for internal storage:\n  " + longer + "\n");
     EXPECT_STREQ(g_runtime.fnames[2], "");
 }
@@ -198,7 +184,7 @@ TEST(WriteSectorWaveformFile, ANameThatFitsNoPathIsNotResolved) {
     const std::string name(1020, 'a');
     const ConsoleOutput printed =
         play_console(name + "\nleft\n", [] { ps_write_2d_sector_waveform_file(2); });
-    EXPECT_EQ(printed.out, naming_text("RF", "lac_2d_s02.bin") +
+    EXPECT_EQ(printed.out, file_name_question("RF", "lac_2d_s02.bin") +
                                "Could not resolve output path for the sector waveform file.\n");
     EXPECT_EQ(unread_answers(), "left\n");
 }
