@@ -15,6 +15,12 @@ int WritePulseCSV(const char* filename, int ap, double h, const double* xb, cons
 /// ("WriteGnuplotPulseScript: cannot open ...").
 int WriteGnuplotPulseScript(const char* gp_name, const char* csv_name);
 
+/// The older pair for start pulses: the same table, but the phase of a sample without amplitude is its own
+/// (atan2 of zeros), and a script for an interactive window. 1; 0 when the file cannot be opened
+/// ("Cannot open ...", or the system's text behind "gp pulse") or written, on standard error.
+int write_start_pulse_csv(const char* filename, int ap, double h, const double* xb, const double* yb);
+int write_start_pulse_gnuplot_script(const char* gp_name, const char* data_name);
+
 /// Opens a plot script in gnuplot, in the background; says on standard output when gnuplot is not installed
 /// or cannot be started.
 void open_plot(const char* script_name);

@@ -39,21 +39,41 @@ double phase_from_zero(double x, double y) {
 
 } // namespace
 
-int WritePulseCSV(const char* filename, int ap, double h, const double* xb, const double* yb) {
-    std::FILE* file = open_or_explain(filename, "WritePulseCSV");
-    if (!file) {
-        return 0;
-    }
+namespace {
+
+enum class PhaseAtRest { repeats_the_last, is_that_of_the_sample };
+
+int write_pulse_table(std::FILE* file, const char* filename, int ap, double h, const double* xb,
+                      const double* yb, PhaseAtRest at_rest) {
     std::fputs("# t[s], B1x[Hz], B1y[Hz], |B1|, phase[rad]\n", file);
     double phase = 0.0;
     for (int i = 0; i < ap; ++i) {
         const double magnitude = std::sqrt(xb[i] * xb[i] + yb[i] * yb[i]);
-        if (!(magnitude < kNoAmplitude)) {
+        if (at_rest == PhaseAtRest::is_that_of_the_sample || !(magnitude < kNoAmplitude)) {
             phase = phase_from_zero(xb[i], yb[i]);
         }
         std::fprintf(file, "%g, %g, %g, %g, %g\n", i * h, xb[i], yb[i], magnitude, phase);
     }
     return close_written(file, filename);
+}
+
+} // namespace
+
+int WritePulseCSV(const char* filename, int ap, double h, const double* xb, const double* yb) {
+    std::FILE* file = open_or_explain(filename, "WritePulseCSV");
+    if (!file) {
+        return 0;
+    }
+    return write_pulse_table(file, filename, ap, h, xb, yb, PhaseAtRest::repeats_the_last);
+}
+
+int write_start_pulse_csv(const char* filename, int ap, double h, const double* xb, const double* yb) {
+    std::FILE* file = platform_open(filename, "w");
+    if (!file) {
+        std::fprintf(stderr, "Cannot open %s\n", filename);
+        return 0;
+    }
+    return write_pulse_table(file, filename, ap, h, xb, yb, PhaseAtRest::is_that_of_the_sample);
 }
 
 int WriteGnuplotPulseScript(const char* gp_name, const char* csv_name) {
@@ -76,6 +96,27 @@ int WriteGnuplotPulseScript(const char* gp_name, const char* csv_name) {
                  "\n"
                  "pause -1\n",
                  csv_name, csv_name, csv_name, csv_name);
+    return close_written(file, gp_name);
+}
+
+int write_start_pulse_gnuplot_script(const char* gp_name, const char* data_name) {
+    std::FILE* file = platform_open(gp_name, "w");
+    if (!file) {
+        std::perror("gp pulse");
+        return 0;
+    }
+    std::fprintf(file,
+                 "set terminal qt\n"
+                 "set datafile separator \",\"\n"
+                 "set grid\n"
+                 "set xlabel \"Time (s)\"\n"
+                 "set ylabel \"Amplitude\"\n"
+                 "set title \"RF Pulse\"\n"
+                 "plot \"%s\" using 1:2 with lines title \"Bx\", \\\n"
+                 "     \"%s\" using 1:3 with lines title \"By\", \\\n"
+                 "     \"%s\" using 1:4 with lines title \"Offset\"\n"
+                 "pause mouse close\n",
+                 data_name, data_name, data_name);
     return close_written(file, gp_name);
 }
 

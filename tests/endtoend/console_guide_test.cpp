@@ -91,6 +91,27 @@ TEST(ConsoleGuide, ShowsWhatTheProgramPrints) {
     }
 }
 
+// Every question of the sessions meets the end of the input once: optimiser, expectation values and spectra
+// included.
+TEST(ConsoleGuide, EndsInGoodOrderWhereverTheAnswersEnd) {
+    for (const Session& session : sessions_of_the_guide()) {
+        SCOPED_TRACE(session.title);
+        TempTree tree;
+        copy_examples(tree);
+        const ProgramTree program(tree.root());
+        for (std::size_t end = 0;; end = session.answers.find('\n', end) + 1) {
+            const ProgramResult cut = program.run({}, session.answers.substr(0, end));
+            ASSERT_FALSE(cut.timed_out) << "after\n" << session.answers.substr(0, end);
+            EXPECT_EQ(cut.status, 0) << "after\n" << session.answers.substr(0, end);
+            const std::string farewell = "[KOR] Exiting.\n";
+            ASSERT_GE(cut.out.size(), farewell.size());
+            EXPECT_EQ(cut.out.substr(cut.out.size() - farewell.size()), farewell);
+            if (end == session.answers.size())
+                break;
+        }
+    }
+}
+
 TEST(ConsoleGuide, TheSliceIsTwoCentimetresWide) {
     TempTree tree;
     type_session(tree, session_titled(sessions_of_the_guide(), "A slice profile"));

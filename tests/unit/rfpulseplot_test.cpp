@@ -81,6 +81,34 @@ TEST(PulseScript, SaysThatTheFileCannotBeOpened) {
     EXPECT_EQ(printed.err, "WriteGnuplotPulseScript: cannot open absent/p.gp\n");
 }
 
+TEST(StartPulseCsv, GivesEverySampleItsOwnPhase) {
+    const TempTree folder;
+    const std::vector<double> xb = {0, 0, 0}, yb = {-1, 0, 2};
+    EXPECT_EQ(write_start_pulse_csv("p.csv", 3, 0.5, xb.data(), yb.data()), 1);
+    EXPECT_EQ(read_file("p.csv"), title + "0, 0, -1, 1, 4.71239\n0.5, 0, 0, 0, 0\n1, 0, 2, 2, 1.5708\n");
+}
+
+TEST(StartPulseScript, IsTheExactText) {
+    const TempTree folder;
+    EXPECT_EQ(write_start_pulse_gnuplot_script("p.gp", "p.csv"), 1);
+    EXPECT_EQ(read_file("p.gp"),
+              "set terminal qt\nset datafile separator \",\"\nset grid\nset xlabel \"Time (s)\"\n"
+              "set ylabel \"Amplitude\"\nset title \"RF Pulse\"\n"
+              "plot \"p.csv\" using 1:2 with lines title \"Bx\", \\\n"
+              "     \"p.csv\" using 1:3 with lines title \"By\", \\\n"
+              "     \"p.csv\" using 1:4 with lines title \"Offset\"\npause mouse close\n");
+}
+
+TEST(StartPulseFiles, SayThatTheyCannotBeOpened) {
+    const TempTree folder;
+    const double value = 1;
+    const auto printed = play_console("", [&] {
+        EXPECT_EQ(write_start_pulse_csv("absent/p.csv", 1, 1, &value, &value), 0);
+        EXPECT_EQ(write_start_pulse_gnuplot_script("absent/p.gp", "p.csv"), 0);
+    });
+    EXPECT_EQ(printed.err, "Cannot open absent/p.csv\ngp pulse: No such file or directory\n");
+}
+
 TEST(PulseFiles, FullDiskIsAFailure) {
     if (!std::filesystem::exists("/dev/full")) {
         GTEST_SKIP() << "no device that is always full";
