@@ -37,6 +37,10 @@ struct EngineSystem {
     const CMatrix* Fz; // operator of the offset (gradient and carrier)
     const CMatrix* Fx; // operator of the RF field along x
     const CMatrix* Fy; // operator of the RF field along y
+    /// Spins 1/2 that are known to be alike, for the fast engine: spin_group[0..spins-1], spin 1 first, with
+    /// equal numbers for spins of bit-equal shift and couplings. Null: nothing is known.
+    int spins = 0;
+    const int* spin_group = nullptr;
 };
 
 /// Waveform of one sector: `count` samples of `dt` seconds, arrays 0-based.
@@ -72,7 +76,7 @@ struct EngineSector {
 void EngineOpenSector(const EngineSector& sector);
 
 /// How the open sector's propagators are made, for tests and timings: "reference", "identity", "free
-/// precession", "lanes" or "columns".
+/// precession", "equivalent spins", "lanes" or "columns".
 const char* EngineSectorPlan();
 
 /// r = U_0 U_1 ... U_(count-1) of the open sector at voxel (ix, iy, iz), indices from 1, with

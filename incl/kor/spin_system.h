@@ -36,4 +36,9 @@ void BuildSpinSystemFromPulseSequenceGlobals();
 /// The same, by the name that other modules call.
 void KOR_RebuildSpinSystemFromPulseSequenceGlobals();
 
+/// group[0..Nspins-1], spin 1 first: spins 1/2 with the same offset and the same coupling to every other
+/// spin, bit by bit (resofreqs, jc), get the same number, every other spin its own. Returns Nspins, or 0 when
+/// some spin is not a spin 1/2. group holds KOR_MAX_SPINS entries.
+int find_alike_spins(int* group);
+
 } // namespace kor

@@ -5,6 +5,7 @@
 #include "kor/runtime_state.h"
 #include "kor/smoke_check_mode.h"
 #include "kor/spatial_grid.h"
+#include "kor/spin_system.h"
 #include "korengine.h"
 #include "sequencetypes.h"
 
@@ -20,6 +21,7 @@ constexpr int kNoPulse = 2;
 
 CMatrix g_static_hamiltonian; // Izee + Icoup of the sector in progress
 CMatrix g_propagator;
+int g_spin_group[KOR_MAX_SPINS];
 EngineSector g_sector; // the engine reads it until the next one is opened
 
 bool no_pulse_defined() {
@@ -42,7 +44,8 @@ bool start_run(const DensityReport& report, long long count) {
 
 EngineSystem current_system() {
     RuntimeState& s = g_runtime;
-    return {s.n, &g_static_hamiltonian, &s.Izgrad, &s.Ixtot, &s.Iytot};
+    const int spins = find_alike_spins(g_spin_group);
+    return {s.n, &g_static_hamiltonian, &s.Izgrad, &s.Ixtot, &s.Iytot, spins, g_spin_group};
 }
 
 void open_spatial_sector() {

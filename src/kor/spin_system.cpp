@@ -155,4 +155,26 @@ void KOR_RebuildSpinSystemFromPulseSequenceGlobals() {
     BuildSpinSystemFromPulseSequenceGlobals();
 }
 
+int find_alike_spins(int* group) {
+    const RuntimeState& rt = g_runtime;
+    const auto alike = [&rt](int i, int j) {
+        bool same = rt.resofreqs[i] == rt.resofreqs[j];
+        for (int k = 1; k <= rt.Nspins; ++k) {
+            same = same && (k == i || k == j || rt.jc[i][k] == rt.jc[j][k]);
+        }
+        return same;
+    };
+    for (int i = 1; i <= rt.Nspins; ++i) {
+        if (rt.Ilist[i] != 1) {
+            return 0;
+        }
+        int first = 1;
+        while (first < i && !alike(first, i)) {
+            ++first;
+        }
+        group[i - 1] = first;
+    }
+    return rt.Nspins;
+}
+
 } // namespace kor

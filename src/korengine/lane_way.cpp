@@ -35,7 +35,7 @@ struct LanePlan {
     std::vector<int> ladder;
 };
 
-LanePlan g;
+std::vector<LanePlan> g_plans; // one per slot
 
 std::size_t size_of(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
@@ -47,32 +47,32 @@ bool is_spin_half(const SystemStructure& s) {
            s.m[0] == 0.5 && s.m[1] == -0.5;
 }
 
-void pack_system(const SystemStructure& s) {
-    const int n = g.padded;
-    g.h0.assign(size_of(n, n), 0.0);
-    g.fx.assign(size_of(n, n), 0.0);
-    g.m.assign(static_cast<std::size_t>(n), 0.0);
-    g.ladder.assign(static_cast<std::size_t>(n), 0);
+void pack_system(const SystemStructure& s, LanePlan& plan) {
+    const int n = plan.padded;
+    plan.h0.assign(size_of(n, n), 0.0);
+    plan.fx.assign(size_of(n, n), 0.0);
+    plan.m.assign(static_cast<std::size_t>(n), 0.0);
+    plan.ladder.assign(static_cast<std::size_t>(n), 0);
     for (int i = 0; i < s.n; ++i) {
         const auto row = static_cast<std::size_t>(i);
         for (int j = 0; j < s.n; ++j) {
-            g.h0[size_of(i, n) + static_cast<std::size_t>(j)] = s.h0_at(i, j);
-            g.fx[size_of(i, n) + static_cast<std::size_t>(j)] = s.fx_at(i, j);
+            plan.h0[size_of(i, n) + static_cast<std::size_t>(j)] = s.h0_at(i, j);
+            plan.fx[size_of(i, n) + static_cast<std::size_t>(j)] = s.fx_at(i, j);
         }
-        g.m[row] = s.m[row];
-        g.ladder[row] = s.ladder[row];
+        plan.m[row] = s.m[row];
+        plan.ladder[row] = s.ladder[row];
     }
 }
 
 /// Fills the lanes that hold segment `segment` of whichever class; steps behind the end last no time.
-void fill_segment(const StepList& list, int segment, LaneRange& range) {
+void fill_segment(const LanePlan& plan, const StepList& list, int segment, LaneRange& range) {
     for (int j = 0; j < range.steps && range.first + segment * range.steps + j < range.end; ++j) {
         const int at = range.first + segment * range.steps + j;
         const Step& step = list.steps[static_cast<std::size_t>(at)];
         const Step& before = list.steps[static_cast<std::size_t>(std::max(at - 1, 0))];
-        const bool own_axes = g.spin_half && g.turns; // the closed form needs no common direction
-        for (int lane = segment; lane < g.lanes; lane += range.segments) {
-            const std::size_t e = size_of(j, g.lanes) + static_cast<std::size_t>(lane);
+        const bool own_axes = plan.spin_half && plan.turns; // the closed form needs no common direction
+        for (int lane = segment; lane < plan.lanes; lane += range.segments) {
+            const std::size_t e = size_of(j, plan.lanes) + static_cast<std::size_t>(lane);
             range.h[e] = step.h;
             range.hb[e] = step.h * (own_axes ? step.bx : step.b);
             range.hy[e] = own_axes ? step.h * step.by : 0.0;
@@ -94,18 +94,19 @@ void plan_steps(const StepList& list, LaneRange& range) {
     }
 }
 
-void prepare_range(const StepList& list, int first, int end, int segments, LaneRange& range) {
+void prepare_range(const LanePlan& plan, const StepList& list, int first, int end, int segments,
+                   LaneRange& range) {
     range.first = first;
     range.end = end;
     range.segments = segments;
     range.steps = (end - first + segments - 1) / segments;
-    const std::size_t entries = size_of(range.steps, g.lanes);
+    const std::size_t entries = size_of(range.steps, plan.lanes);
     for (AlignedDoubles* array : {&range.h, &range.hw, &range.hb, &range.hy, &range.zs}) {
         array->assign(entries, 0.0);
     }
     range.zc.assign(entries, 1.0);
     for (int segment = 0; segment < segments; ++segment) {
-        fill_segment(list, segment, range);
+        fill_segment(plan, list, segment, range);
     }
     plan_steps(list, range);
     for (std::vector<double>* array : {&range.gx, &range.gy, &range.gz}) {
@@ -116,87 +117,91 @@ void prepare_range(const StepList& list, int first, int end, int segments, LaneR
         range.gy.push_back(list.steps[static_cast<std::size_t>(j)].gy);
         range.gz.push_back(list.steps[static_cast<std::size_t>(j)].gz);
     }
-    range.re.resize(size_of(g.padded, g.padded) * static_cast<std::size_t>(g.lanes));
+    range.re.resize(size_of(plan.padded, plan.padded) * static_cast<std::size_t>(plan.lanes));
     range.im.resize(range.re.size());
 }
 
 /// As many segments, a power of two, as fill the lanes of a sector with few classes.
-int segments_for(long long classes, int steps) {
+int segments_for(int lanes, long long classes, int steps) {
     int segments = 1;
-    while (2 * segments * classes <= g.lanes && 2 * segments <= steps) {
+    while (2 * segments * classes <= lanes && 2 * segments <= steps) {
         segments *= 2;
     }
     return segments;
 }
 
 int prepare(const FastSector& fast) {
+    if (g_plans.size() <= fast.slot) {
+        g_plans.resize(fast.slot + 1);
+    }
+    LanePlan& plan = g_plans[fast.slot];
     const StepList& list = fast.list;
-    g.lanes = fast_kernels().lanes;
-    g.spin_half = is_spin_half(fast.structure);
-    g.padded = g.spin_half ? 2 : (fast.structure.n + 3) / 4 * 4;
-    g.turns = !list.fixed_direction;
-    pack_system(fast.structure);
-    g.work.resize((size_of(g.padded, g.padded) * kLaneWorkMatrices +
-                   2 * static_cast<std::size_t>(fast.structure.ladder_top + 1)) *
-                  static_cast<std::size_t>(g.lanes));
-    for (AlignedDoubles* array : {&g.x, &g.y, &g.z}) {
-        array->resize(static_cast<std::size_t>(g.lanes));
+    plan.lanes = fast_kernels().lanes;
+    plan.spin_half = is_spin_half(fast.structure);
+    plan.padded = plan.spin_half ? 2 : (fast.structure.n + 3) / 4 * 4;
+    plan.turns = !list.fixed_direction;
+    pack_system(fast.structure, plan);
+    plan.work.resize((size_of(plan.padded, plan.padded) * kLaneWorkMatrices +
+                      2 * static_cast<std::size_t>(fast.structure.ladder_top + 1)) *
+                     static_cast<std::size_t>(plan.lanes));
+    for (AlignedDoubles* array : {&plan.x, &plan.y, &plan.z}) {
+        array->resize(static_cast<std::size_t>(plan.lanes));
     }
     const auto count = static_cast<int>(list.steps.size());
     const Palindrome mirror = find_palindrome(list.steps, list.fixed_direction);
-    g.mirrored = mirror.length > 0;
+    plan.mirrored = mirror.length > 0;
     const int half = mirror.first + mirror.length / 2;
-    const int used = g.mirrored ? mirror.length / 2 : count;
-    const int segments = segments_for(fast.classes.count(), used);
-    prepare_range(list, mirror.first, mirror.first + used, segments, g.main);
-    prepare_range(list, 0, g.mirrored ? mirror.first : 0, 1, g.lead);
-    prepare_range(list, half, g.mirrored ? half + mirror.length % 2 : half, 1, g.middle);
-    return g.lanes / segments;
+    const int used = plan.mirrored ? mirror.length / 2 : count;
+    const int segments = segments_for(plan.lanes, fast.classes.count(), used);
+    prepare_range(plan, list, mirror.first, mirror.first + used, segments, plan.main);
+    prepare_range(plan, list, 0, plan.mirrored ? mirror.first : 0, 1, plan.lead);
+    prepare_range(plan, list, half, plan.mirrored ? half + mirror.length % 2 : half, 1, plan.middle);
+    return plan.lanes / segments;
 }
 
 /// The place of each lane's class. A range without segments uses the first lane of each class.
-void place_lanes(const FastSector& fast, const ClassBlock& block, int segments) {
-    for (int lane = 0; lane < g.lanes; ++lane) {
+void place_lanes(const FastSector& fast, const ClassBlock& block, int segments, LanePlan& plan) {
+    for (int lane = 0; lane < plan.lanes; ++lane) {
         const auto l = static_cast<std::size_t>(lane);
         const VoxelPlace place = fast.classes.place(block.first + std::min(lane / segments, block.count - 1));
-        g.x[l] = place.x;
-        g.y[l] = place.y;
-        g.z[l] = place.z;
+        plan.x[l] = place.x;
+        plan.y[l] = place.y;
+        plan.z[l] = place.z;
     }
 }
 
-void fill_range_offsets(double offset, LaneRange& range) {
+void fill_range_offsets(const LanePlan& plan, double offset, LaneRange& range) {
     if (range.segments == 1) {
         fast_kernels().fill_offsets({range.steps, range.h.data(), range.gx.data(), range.gy.data(),
-                                     range.gz.data(), offset, g.x.data(), g.y.data(), g.z.data(),
+                                     range.gz.data(), offset, plan.x.data(), plan.y.data(), plan.z.data(),
                                      range.hw.data()});
         return;
     }
-    for (int lane = 0; lane < g.lanes; ++lane) {
+    for (int lane = 0; lane < plan.lanes; ++lane) {
         const auto l = static_cast<std::size_t>(lane);
         for (int j = 0; j < range.steps; ++j) {
             const std::size_t at =
                 std::min(size_of(lane % range.segments, range.steps) + static_cast<std::size_t>(j),
                          range.gx.size() - 1);
-            const std::size_t e = size_of(j, g.lanes) + l;
-            range.hw[e] =
-                range.h[e] * (range.gx[at] * g.x[l] + range.gy[at] * g.y[l] + range.gz[at] * g.z[l] + offset);
+            const std::size_t e = size_of(j, plan.lanes) + l;
+            range.hw[e] = range.h[e] * (range.gx[at] * plan.x[l] + range.gy[at] * plan.y[l] +
+                                        range.gz[at] * plan.z[l] + offset);
         }
     }
 }
 
-void run_range(const FastSector& fast, const ClassBlock& block, LaneRange& range) {
+void run_range(const FastSector& fast, const ClassBlock& block, LanePlan& plan, LaneRange& range) {
     if (range.empty()) {
         return;
     }
-    place_lanes(fast, block, range.segments);
-    fill_range_offsets(fast.sector.samples.offset, range);
-    const bool turning = g.turns && !g.spin_half;
-    const LaneJob job{g.padded,
-                      g.h0.data(),
-                      g.fx.data(),
-                      g.m.data(),
-                      g.ladder.data(),
+    place_lanes(fast, block, range.segments, plan);
+    fill_range_offsets(plan, fast.sector.samples.offset, range);
+    const bool turning = plan.turns && !plan.spin_half;
+    const LaneJob job{plan.padded,
+                      plan.h0.data(),
+                      plan.fx.data(),
+                      plan.m.data(),
+                      plan.ladder.data(),
                       fast.structure.ladder_top,
                       range.steps,
                       range.h.data(),
@@ -206,23 +211,23 @@ void run_range(const FastSector& fast, const ClassBlock& block, LaneRange& range
                       turning ? range.zc.data() : nullptr,
                       turning ? range.zs.data() : nullptr,
                       range.plan.data(),
-                      g.work.data(),
+                      plan.work.data(),
                       range.re.data(),
                       range.im.data()};
-    if (g.spin_half) {
+    if (plan.spin_half) {
         fast_kernels().spin_half(job);
     } else {
         fast_kernels().lane_product(job);
     }
 }
 
-void copy_lane(int n, int lane, const LaneRange& range, Planes& out) {
+void copy_lane(const LanePlan& plan, int n, int lane, const LaneRange& range, Planes& out) {
     out.shape(n);
     for (int i = 0; i < n; ++i) {
         for (int j = 0; j < n; ++j) {
-            const std::size_t e =
-                (size_of(i, g.padded) + static_cast<std::size_t>(j)) * static_cast<std::size_t>(g.lanes) +
-                static_cast<std::size_t>(lane);
+            const std::size_t e = (size_of(i, plan.padded) + static_cast<std::size_t>(j)) *
+                                      static_cast<std::size_t>(plan.lanes) +
+                                  static_cast<std::size_t>(lane);
             out.re[out.at(i, j)] = range.re[e];
             out.im[out.at(i, j)] = range.im[e];
         }
@@ -230,14 +235,15 @@ void copy_lane(int n, int lane, const LaneRange& range, Planes& out) {
 }
 
 /// The product of a member of the block over the range, in the common frame when the field turns.
-void join_segments(const FastSector& fast, int member, const LaneRange& range, Planes& product) {
+void join_segments(const FastSector& fast, const LanePlan& plan, int member, const LaneRange& range,
+                   Planes& product) {
     static Planes segment, work;
     const SystemStructure& s = fast.structure;
     const std::vector<Step>& steps = fast.list.steps;
     for (int k = 0; k < range.segments && range.first + k * range.steps < range.end; ++k) {
         Planes& part = k == 0 ? product : segment;
-        copy_lane(s.n, member * range.segments + k, range, part);
-        if (g.turns && !g.spin_half) {
+        copy_lane(plan, s.n, member * range.segments + k, range, part);
+        if (plan.turns && !plan.spin_half) {
             const int from = range.first + k * range.steps;
             const int last = std::min(from + range.steps, range.end) - 1;
             turn_ends(s, steps[static_cast<std::size_t>(from)], steps[static_cast<std::size_t>(last)], part);
@@ -249,20 +255,21 @@ void join_segments(const FastSector& fast, int member, const LaneRange& range, P
 }
 
 void compute(const FastSector& fast, ClassBlock& block) {
+    LanePlan& plan = g_plans[fast.slot];
     static Planes product, lead, middle;
     const int n = fast.structure.n;
-    for (LaneRange* range : {&g.lead, &g.main, &g.middle}) {
-        run_range(fast, block, *range);
+    for (LaneRange* range : {&plan.lead, &plan.main, &plan.middle}) {
+        run_range(fast, block, plan, *range);
     }
     for (int member = 0; member < block.count; ++member) {
-        join_segments(fast, member, g.main, product);
-        if (g.mirrored) {
-            join_segments(fast, member, g.lead, lead);
-            join_segments(fast, member, g.middle, middle);
-            join_palindrome(n, g.lead.empty() ? nullptr : &lead, g.middle.empty() ? nullptr : &middle,
+        join_segments(fast, plan, member, plan.main, product);
+        if (plan.mirrored) {
+            join_segments(fast, plan, member, plan.lead, lead);
+            join_segments(fast, plan, member, plan.middle, middle);
+            join_palindrome(n, plan.lead.empty() ? nullptr : &lead, plan.middle.empty() ? nullptr : &middle,
                             product);
         }
-        if (!g.turns) {
+        if (!plan.turns) {
             turn_ends(fast.structure, fast.list.steps.front(), fast.list.steps.back(), product);
         }
         store_class(n, product, member, block);

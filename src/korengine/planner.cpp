@@ -2,8 +2,9 @@
 //   1. operators or samples that the fast ways do not cover    the reference engine
 //   2. no samples, or samples of no length                     the identity
 //   3. no RF at all                                            exact phases (free_precession)
-//   4. up to 16 states                                         one voxel or time segment per lane (lane_way)
-//   5. more states                                             Chebyshev series on columns (column_way)
+//   4. interchangeable spins 1/2                               smaller systems (equivalent_way), each by
+//   5. up to 16 states                                         one voxel or time segment per lane (lane_way)
+//   6. more states                                             Chebyshev series on columns (column_way)
 // Runs of equal samples are one step (steps); voxels with equal offsets share one propagator
 // (voxel_classes); both are common to all ways. Propagators are computed when they are first asked for
 // and kept as long as memory allows.
@@ -23,7 +24,6 @@ namespace {
 constexpr double kMaxReferenceNorm = 0.5 * (1 << 24);
 /// Beyond this |H dt| the squarings of the reference are cheaper than the columns' long series.
 constexpr double kMaxColumnNorm = 1024.0;
-constexpr int kMaxLaneStates = 16;
 constexpr std::size_t kKeptBytes = std::size_t{128} << 20;
 
 FastSector g_fast;
@@ -38,17 +38,20 @@ const Way* choose_way() {
         return nullptr;
     }
     const bool small = sector.system.n <= kMaxLaneStates;
-    make_steps(sector, g_fast.structure, small ? DBL_MAX : kMaxChebyshevRadius, g_fast.list);
+    plan_sector(small ? kLaneWay : kColumnWay, g_fast);
     if (!(g_fast.list.reference_norm <= kMaxReferenceNorm)) {
         return nullptr;
     }
     if (!g_fast.list.any_field) {
         return &kFreePrecessionWay;
     }
-    if (small) {
-        return &kLaneWay;
+    if (!small && g_fast.list.reference_norm > kMaxColumnNorm) {
+        return nullptr;
     }
-    return g_fast.list.reference_norm <= kMaxColumnNorm ? &kColumnWay : nullptr;
+    if (has_equivalent_spins(g_fast)) {
+        return &kEquivalentWay;
+    }
+    return small ? &kLaneWay : &kColumnWay;
 }
 
 void make_room_for_blocks() {
@@ -78,7 +81,6 @@ void fast_open_sector(const EngineSector& sector) {
     if (g_identity) {
         return;
     }
-    g_fast.classes.plan(sector.grid, g_fast.list);
     g_block_classes = g_way->prepare(g_fast);
     make_room_for_blocks();
 }
@@ -129,6 +131,11 @@ void store_class(int n, const Planes& product, int member, ClassBlock& block) {
         std::copy_n(&product.re[product.at(i, 0)], n, &block.re[to]);
         std::copy_n(&product.im[product.at(i, 0)], n, &block.im[to]);
     }
+}
+
+void plan_sector(const Way& way, FastSector& fast) {
+    make_steps(fast.sector, fast.structure, &way == &kColumnWay ? kMaxChebyshevRadius : DBL_MAX, fast.list);
+    fast.classes.plan(fast.sector.grid, fast.list);
 }
 
 const char* fast_plan() {

@@ -13,6 +13,7 @@ struct FastSector {
     EngineSector sector{};
     StepList list;
     VoxelClasses classes;
+    std::size_t slot = 0; // sectors in work at the same time have different ones
 };
 
 /// The propagators of a few consecutive classes: n x n planes without padding, class after class.
@@ -43,5 +44,15 @@ struct Way {
 extern const Way kFreePrecessionWay; // no RF: exact phases and blocks of equal m
 extern const Way kLaneWay;           // up to 16 states: one voxel or time segment per lane
 extern const Way kColumnWay;         // more states: Chebyshev series on columns
+extern const Way kEquivalentWay;     // interchangeable spins: smaller systems, each by lanes or columns
+
+/// Whether kEquivalentWay serves the sector, the last one asked about.
+bool has_equivalent_spins(const FastSector& fast);
+
+/// Largest system that kLaneWay serves.
+constexpr int kMaxLaneStates = 16;
+
+/// Fills the steps and classes for `way` from structure and sector.
+void plan_sector(const Way& way, FastSector& fast);
 
 } // namespace kor

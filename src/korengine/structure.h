@@ -39,6 +39,9 @@ struct SystemStructure {
     }
 };
 
+/// Fills what follows from n, h0, fx, m: the ladder, the sparse rows and the bounds.
+void complete_structure(SystemStructure& s);
+
 /// False when the operators are of another kind; out is then undefined.
 bool analyse_system(const EngineSystem& system, SystemStructure& out);
 

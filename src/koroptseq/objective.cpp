@@ -2,6 +2,7 @@
 #include "koroptseq.h"
 
 #include "kor/runtime_state.h"
+#include "kor/spin_system.h"
 #include "korengine.h"
 #include "rfpulseparam.h"
 
@@ -11,8 +12,10 @@ void koropt_waveform_propagator(int points, double dt, const double* xb, const d
                                 CMatrix& U) {
     static CMatrix static_hamiltonian; // Izee + Icoup, rad/s
     CMatAdd(g_runtime.n, g_runtime.Izee, g_runtime.Icoup, static_hamiltonian);
+    static int spin_group[KOR_MAX_SPINS];
     EngineSector sector{};
-    sector.system = {g_runtime.n, &static_hamiltonian, &g_runtime.Izgrad, &g_runtime.Ixtot, &g_runtime.Iytot};
+    sector.system = {g_runtime.n,      &static_hamiltonian,          &g_runtime.Izgrad, &g_runtime.Ixtot,
+                     &g_runtime.Iytot, find_alike_spins(spin_group), spin_group};
     sector.samples = {points, dt, xb, yb, nullptr, nullptr, nullptr, offset};
     sector.grid = {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
     EngineOpenSector(sector);
