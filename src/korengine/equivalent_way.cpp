@@ -30,6 +30,7 @@ int prepare(const FastSector& fast) {
         part.fast.slot = b;
         part.way = part.fast.structure.n <= kMaxLaneStates ? &kLaneWay : &kColumnWay;
         plan_sector(*part.way, part.fast);
+        part.fast.classes = fast.classes;
         part.block_classes = part.way->prepare(part.fast);
         together = std::max(together, part.block_classes);
     }

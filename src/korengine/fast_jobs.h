@@ -119,6 +119,15 @@ struct LineSumJob {
     double *re, *im;                 // blocks x points
 };
 
+/// out[e] = sum over k of coefficient[k][e] T_k(t), e = 0..width - 1.
+struct ChebyshevSumJob {
+    int terms;                 // at least 2
+    int width;                 // a multiple of 16
+    const double* coefficient; // terms x width
+    double t;
+    double* out;
+};
+
 struct FastKernels {
     int lanes;
     void (*fill_offsets)(const OffsetJob& job);
@@ -127,6 +136,7 @@ struct FastKernels {
     void (*column_product)(const ColumnJob& job);
     void (*complex_product)(const ProductJob& job);
     void (*line_sums)(const LineSumJob& job);
+    void (*chebyshev_sum)(const ChebyshevSumJob& job);
 };
 
 extern const FastKernels kBaselineKernels;

@@ -42,7 +42,7 @@ namespace kor {
 namespace {
 
 constexpr FastKernels kKernelsHere{kLanes,         fill_offsets,    spin_half, lane_product,
-                                   column_product, complex_product, line_sums};
+                                   column_product, complex_product, line_sums, chebyshev_sum};
 
 } // namespace
 

@@ -6,8 +6,9 @@
 //   5. up to 16 states                                         one voxel or time segment per lane (lane_way)
 //   6. more states                                             Chebyshev series on columns (column_way)
 // Runs of equal samples are one step (steps); voxels with equal offsets share one propagator
-// (voxel_classes); both are common to all ways. Propagators are computed when they are first asked for
-// and kept as long as memory allows.
+// (voxel_classes), and where one gradient direction makes far more classes than the propagators have
+// features along it, 4 to 6 compute nodes of an interpolation (interpolation_way). These are common to all
+// ways. Propagators are computed when they are first asked for and kept as long as memory allows.
 #include "engines.h"
 #include "sector_plan.h"
 #include "series.h"
@@ -80,6 +81,9 @@ void fast_open_sector(const EngineSector& sector) {
     g_identity = g_fast.list.steps.empty();
     if (g_identity) {
         return;
+    }
+    if (g_way != &kFreePrecessionWay && prepare_interpolation(*g_way, g_fast)) {
+        g_way = &kInterpolationWay;
     }
     g_block_classes = g_way->prepare(g_fast);
     make_room_for_blocks();

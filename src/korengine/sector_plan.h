@@ -44,7 +44,12 @@ struct Way {
 extern const Way kFreePrecessionWay; // no RF: exact phases and blocks of equal m
 extern const Way kLaneWay;           // up to 16 states: one voxel or time segment per lane
 extern const Way kColumnWay;         // more states: Chebyshev series on columns
+extern const Way kInterpolationWay;  // one gradient direction: few propagators give all others
 extern const Way kEquivalentWay;     // interchangeable spins: smaller systems, each by lanes or columns
+
+/// Whether the sector's propagators depend on one coordinate only, smoothly enough that far fewer of them,
+/// computed by `inner`, give the others by interpolation. Prepares kInterpolationWay if so.
+bool prepare_interpolation(const Way& inner, const FastSector& fast);
 
 /// Whether kEquivalentWay serves the sector, the last one asked about.
 bool has_equivalent_spins(const FastSector& fast);

@@ -1,5 +1,8 @@
 #include "voxel_classes.h"
 
+#include <cstddef>
+#include <utility>
+
 namespace kor {
 
 void VoxelClasses::plan(const EngineGrid& grid, const StepList& list) {
@@ -10,6 +13,7 @@ void VoxelClasses::plan(const EngineGrid& grid, const StepList& list) {
         z = z || step.gz != 0.0;
     }
     grid_ = grid;
+    places_.clear();
     nx_ = x && grid.dx != 0.0 ? grid.ndx : 1;
     ny_ = y && grid.dy != 0.0 ? grid.ndy : 1;
     nz_ = z && grid.dz != 0.0 ? grid.ndz : 1;
@@ -22,7 +26,14 @@ long long VoxelClasses::of(int ix, int iy, int iz) const {
     return (x * ny_ + y) * nz_ + z;
 }
 
+void VoxelClasses::plan_places(std::vector<VoxelPlace> places) {
+    places_ = std::move(places);
+}
+
 VoxelPlace VoxelClasses::place(long long voxel_class) const {
+    if (!places_.empty()) {
+        return places_[static_cast<std::size_t>(voxel_class)];
+    }
     const auto z = static_cast<int>(voxel_class % nz_);
     const auto y = static_cast<int>(voxel_class / nz_ % ny_);
     const auto x = static_cast<int>(voxel_class / nz_ / ny_);

@@ -4,6 +4,8 @@
 
 #include "steps.h"
 
+#include <vector>
+
 namespace kor {
 
 struct VoxelPlace {
@@ -13,7 +15,12 @@ struct VoxelPlace {
 class VoxelClasses {
 public:
     void plan(const EngineGrid& grid, const StepList& list);
-    long long count() const { return static_cast<long long>(nx_) * ny_ * nz_; }
+    /// One class per given place instead; of() is then of no use.
+    void plan_places(std::vector<VoxelPlace> places);
+    long long count() const {
+        return places_.empty() ? static_cast<long long>(nx_) * ny_ * nz_
+                               : static_cast<long long>(places_.size());
+    }
     /// Class of voxel (ix, iy, iz), indices from 1; from 0 to count - 1, in the order of the voxels.
     long long of(int ix, int iy, int iz) const;
     /// A place of the class.
@@ -22,6 +29,7 @@ public:
 private:
     EngineGrid grid_{};
     int nx_ = 1, ny_ = 1, nz_ = 1; // places told apart on each axis
+    std::vector<VoxelPlace> places_;
 };
 
 } // namespace kor
