@@ -245,9 +245,12 @@ TEST(RealArrayOut, ChoiceOneWritesPlainAscii) {
 
 TEST(RealArrayOut, ChoiceTwoWithoutAxisWritesSGPlot) {
     TempTree tree;
-    const ConsoleOutput printed = write_real_array("2\n0\nseries.sg\n", {4});
-    EXPECT_EQ(printed.out, out_menu + "\nDefine x-axis [1=yes] : \nSG-Plot File Out >>\nEnter filename : ");
-    EXPECT_EQ(tree.read("series.sg"), "1   0.000000000000E+00   4.000000000000E+00\n");
+    for (const std::string answer : {"0", "2", "-1"}) {
+        const ConsoleOutput printed = write_real_array("2\n" + answer + "\nseries.sg\n", {4});
+        EXPECT_EQ(printed.out,
+                  out_menu + "\nDefine x-axis [1=yes] : \nSG-Plot File Out >>\nEnter filename : ");
+        EXPECT_EQ(tree.read("series.sg"), "1   0.000000000000E+00   4.000000000000E+00\n");
+    }
 }
 
 TEST(RealArrayOut, ChoiceTwoWithAxisWritesXY) {

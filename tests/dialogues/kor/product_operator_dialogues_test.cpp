@@ -137,6 +137,13 @@ TEST(OperatorList, TakesTheWholeLineWhateverItsLength) {
     EXPECT_EQ(kor_test::unread_answers(), "next\n");
 }
 
+TEST(OperatorList, Counts127Characters) {
+    play(create_operator_from_list, {1, 1}, "Ix" + std::string(123, ' ') + "Sx\n");
+    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "xx"))), 1e-15);
+    play(create_operator_from_list, {1, 1}, "Ix" + std::string(124, ' ') + "Sx\n");
+    EXPECT_LT(distance(out, Dense(Dense::Identity(4, 4))), 1e-300) << "S without a component";
+}
+
 TEST(OperatorList, IsNotPrintedForFourSpins) {
     EXPECT_EQ(play(create_operator_from_list, {1, 1, 1, 1}, "228\n"),
               "Product-operator list (spin-1/2):\n"

@@ -71,6 +71,11 @@ TEST(ReadIntPrompt, AVeryLongLineIsOneAnswer) {
     EXPECT_EQ(answer.unread, "left\n");
 }
 
+TEST(ReadIntPrompt, Counts255Characters) {
+    EXPECT_EQ(ask_int(std::string(254, '0') + "7\n").value, 7);
+    EXPECT_EQ(ask_int(std::string(255, '0') + "7\n").value, 0);
+}
+
 TEST(ReadIntPrompt, TheLastLineNeedsNoLineEnd) {
     EXPECT_EQ(ask_int("8").value, 8);
 }

@@ -142,6 +142,16 @@ TEST(EditPulseSequence, SpinsComeFirst) {
     EXPECT_EQ(g_runtime.Nspins, 1);
 }
 
+TEST(EditPulseSequence, SpinsThatAreNotCompleteComeFirstToo) {
+    start();
+    g_runtime.systemset = 0;
+    g_runtime.offsetset = 1;
+    Shown shown;
+    shown.next_step = "Define or review the spin system first.";
+    shown.overview = nothing_defined;
+    EXPECT_EQ(edit("6\n").out, state_text(shown) + menu);
+}
+
 TEST(EditPulseSequence, ASectorNumberOutsideOneToTwentyIsRefused) {
     start();
     g_runtime.offsetset = 1;

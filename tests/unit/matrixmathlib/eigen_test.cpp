@@ -208,6 +208,13 @@ TEST(Hermit, TakesValuesWithinItsToleranceAsOneLevel) {
     EXPECT_EQ(orthonormality_error(result.Z), 0.0);
 }
 
+TEST(Hermit, ComparesWithTheFirstValueOfTheLevel) {
+    // The tolerance at 5 is (5 + 5 + 1) 1e-9 + 1e-12.
+    Dense a = Dense::Zero(3, 3);
+    a.diagonal() << 5.0, 5.0 + 1.05e-8, 5.0 + 1.15e-8;
+    EXPECT_EQ(decompose(a).D, std::vector<double>({5.0, 5.0, 5.0 + 1.15e-8}));
+}
+
 TEST(Hermit, MayWriteItsVectorsOverItsMatrix) {
     Random random(59);
     const Dense a = random.hermitian(3);

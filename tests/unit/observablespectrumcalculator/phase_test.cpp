@@ -76,6 +76,31 @@ TEST(FitPhase, LeavesOutPointsWithoutMagnitude) {
     EXPECT_NEAR(phi1, 0.1, 1e-12);
 }
 
+TEST(FitPhase, CountsPointsFromAMagnitudeOf1e9th) {
+    for (const double magnitude : {1.1e-9, 0.9e-9}) {
+        std::vector<double> spec = line_spectrum(8, 1.0, 0.0, 0.2, 0.1);
+        for (std::size_t k = 0; k < spec.size(); ++k)
+            spec[k] *= magnitude / static_cast<double>(1 + k / 2);
+        double phi0 = 9.0, phi1 = 9.0;
+        fit_phase0_phase1(spec.data(), 8, 1.0, 0.0, &phi0, &phi1);
+        EXPECT_NEAR(phi0, magnitude > 1e-9 ? 0.2 : 0.0, 1e-12) << magnitude;
+        EXPECT_NEAR(phi1, magnitude > 1e-9 ? 0.1 : 0.0, 1e-12) << magnitude;
+    }
+}
+
+TEST(FitPhase, NeedsADeterminantOf1e30th) {
+    // Two points of magnitude w, df apart, one of them at 0: D = (w df)^2.
+    const double w = 2e-9;
+    const double spec[] = {w, 0.0, w * std::cos(0.1), w * std::sin(0.1)};
+    double phi0 = 9.0, phi1 = 9.0;
+    fit_phase0_phase1(spec, 2, 1e-6, 0.0, &phi0, &phi1);
+    EXPECT_NEAR(phi0, 0.1, 1e-9);
+    EXPECT_NEAR(phi1, 1e5, 1e-3);
+    fit_phase0_phase1(spec, 2, 4e-7, 0.0, &phi0, &phi1);
+    EXPECT_EQ(phi0, 0.0);
+    EXPECT_EQ(phi1, 0.0);
+}
+
 TEST(FitPhase, WeighsPointsByTheirMagnitude) {
     const double spec[] = {1.0, 0.0, 0.0, 3.0, 1.0, 0.0}; // x = -1, 0, 1; phases 0, pi/2, 0
     double phi0 = 0.0, phi1 = 9.0;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <random>
 
@@ -306,6 +307,20 @@ TEST(ComplexReceiverSignal, ListsTransitionsAndTheirSumsByFrequency) {
               "   10.0075   4.000000000000e+00   0.000000000000e+00  4.000000000000e+00  0.000000\n");
     EXPECT_NEAR(signal.re[0], 4.0, 1e-14);
     EXPECT_NEAR(signal.im[0], 0.0, 1e-14);
+}
+
+TEST(ComplexReceiverSignal, LeavesFaintTransitionsOutOfItsList) {
+    KOR_SetSmokeCheckMode(0);
+    Signal signal(1);
+    const Dense H = two_pi * 10.0 * kor_test::single_spin(1, 'z');
+    const auto lines = [&](double size) { // its one transition has half this amplitude
+        const std::string text =
+            printed_receiver(observe({1}, size * kor_test::single_spin(1, 'x'), H), signal, 1);
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    EXPECT_EQ(lines(1.9e-10), 5);
+    EXPECT_EQ(signal.re[0], 0.95e-10) << "only the list leaves it out";
+    EXPECT_EQ(lines(2.1e-10), 7);
 }
 
 TEST(ComplexReceiverSignal, NonFiniteStatesGiveZeroSamples) {
