@@ -283,6 +283,27 @@ TEST(MatrixRow, ThirdMatrixOfATwoMatrixFileFailsToRead) {
     EXPECT_EQ(read_cmatrix_row(file.get(), 4, back, 1), 0);
 }
 
+TEST(MatrixRow, AShortFileGivesItsWholeRowsAndLeavesTheRest) {
+    const TempTree folder;
+    static CMatrix other, matrix;
+    fill(4, other, 7);
+    fill(4, matrix, 8);
+    const auto kept = std::make_unique<CMatrix>(matrix);
+    {
+        const File file = open("f", "wb");
+        write_cmatrix(file.get(), 4, other);
+    }
+    write_file("f", read_file("f").substr(0, (2 * 8 + 5) * sizeof(double))); // two rows and a piece
+    const File file = open("f", "rb");
+    EXPECT_EQ(read_cmatrix(file.get(), 4, matrix), 0);
+    for (int r = 1; r <= 4; ++r) {
+        for (int c = 1; c <= 4; ++c) {
+            EXPECT_EQ(matrix[r][c][1], r <= 2 ? other[r][c][1] : (*kept)[r][c][1]) << r << "," << c;
+            EXPECT_EQ(matrix[r][c][2], r <= 2 ? other[r][c][2] : (*kept)[r][c][2]) << r << "," << c;
+        }
+    }
+}
+
 TEST(MatrixRow, RandomMatricesKeepEveryBit) {
     const TempTree folder;
     static CMatrix m, back;
