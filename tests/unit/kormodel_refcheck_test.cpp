@@ -436,7 +436,8 @@ TEST(ReferenceCases, AnOldResultDoesNotStandInForAFailedRun) {
     ASSERT_TRUE(captured(check_spatial_gradient_case).ok);
     const std::string result = "kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin";
     ASSERT_TRUE(fs::exists(result));
-    fs::create_directories("dm.bin"); // in the way of the run's states
+    fs::remove("dm.bin");
+    fs::create_directory("dm.bin"); // in the way of the states of the next run
     const Outcome outcome = captured(check_spatial_gradient_case);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  result file was not created: " + tree.path(result) + "\n");
