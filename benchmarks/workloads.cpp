@@ -356,4 +356,34 @@ std::vector<Workload> all_workloads() {
             w6()};
 }
 
+std::vector<Growth> all_growths() {
+    const auto unlike = [](int spins) {
+        Spins some = eight_spins();
+        some.offsets.resize(static_cast<std::size_t>(spins));
+        return some;
+    };
+    const auto pulse = [=](int spins, int voxels, int samples) {
+        if (g_runtime.Nspins != spins) {
+            set_spins(unlike(spins));
+        }
+        set_grid({}, {}, {voxels, -2.0, 2.0});
+        set_sinc_gauss(samples, samples * 2e-5, KOR_PI / 2, 800.0, 600.0, 30.0, {0.0, 0.0, 10000.0});
+        g_runtime.xb[1] *= 1.5; // no palindrome
+        propagate_only();
+    };
+    const auto signal = [](int points) {
+        RuntimeState& s = g_runtime;
+        if (s.Nspins != 8) {
+            set_spins(eight_spins());
+        }
+        static std::vector<double> re(65536), im(65536);
+        EngineSampleFreeEvolution(s.n, s.Icoup, 1.0 / 4096, points, s.Ixtot, s.Ixtot, s.Iytot, re.data(),
+                                  im.data());
+    };
+    return {{"voxels (4 spins, 128 samples)", {16, 32, 64, 128, 256}, [=](int v) { pulse(4, v, 128); }},
+            {"samples (4 spins, 64 voxels)", {64, 128, 256, 512, 1024}, [=](int v) { pulse(4, 64, v); }},
+            {"spins (8 voxels, 16 samples)", {1, 2, 3, 4, 5, 6, 7, 8}, [=](int v) { pulse(v, 8, 16); }},
+            {"points (8 spins)", {1024, 2048, 4096, 8192, 16384}, signal}};
+}
+
 } // namespace kor_benchmark

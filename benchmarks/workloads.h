@@ -20,4 +20,12 @@ struct Workload {
 /// Makes every workload; each prepares its spin system when it is called.
 std::vector<Workload> all_workloads();
 
+/// A quantity that grows and the workload at each of its values.
+struct Growth {
+    std::string what;
+    std::vector<int> values;
+    std::function<void(int)> fast;
+};
+std::vector<Growth> all_growths();
+
 } // namespace kor_benchmark

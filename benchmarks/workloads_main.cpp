@@ -1,14 +1,15 @@
 // workloads [repeats [name ...]]: prints, for each workload, the CPU time of the plain and of the fast
 // engine (best of `repeats`, alternating) and their ratio beside the goal. The plain engine runs a stated
 // part of the workload; its time is scaled up. With 0 repeats only the fast engine runs, for a profiler.
+// workloads growth: the fast engine's time as one quantity grows.
 #include "workloads.h"
 
 #include "kor/runtime_state.h"
 #include "kor/smoke_check_mode.h"
 #include "korengine.h"
-#include "korplatform.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -68,12 +69,42 @@ void run(const Workload& workload, int repeats) {
     std::fflush(stdout);
 }
 
+/// The exponent between neighbouring values: the slope in a doubly logarithmic plot.
+void print_growth(const Growth& growth) {
+    std::printf("%s\n", growth.what.c_str());
+    kor::g_runtime.Nspins = 0;
+    double before = 0.0;
+    int value_before = 0;
+    for (const int value : growth.values) {
+        const auto work = [&] { growth.fast(value); };
+        work();
+        double time = 1e300;
+        for (int k = 0; k < 5; ++k) {
+            time = std::min(time, measure(work));
+        }
+        std::printf("  %6d  %11.6f s", value, time);
+        if (value_before > 0) {
+            std::printf("  x%.2f  exponent %.2f", time / before,
+                        std::log(time / before) / std::log(static_cast<double>(value) / value_before));
+        }
+        std::printf("\n");
+        before = time;
+        value_before = value;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     const int repeats = argc > 1 ? std::max(0, std::atoi(argv[1])) : 5;
     kor::init();
     kor::KOR_SetSmokeCheckMode(1);
+    if (argc > 1 && std::strcmp(argv[1], "growth") == 0) {
+        for (const Growth& growth : all_growths()) {
+            print_growth(growth);
+        }
+        return 0;
+    }
     std::puts("| name | workload | plain (s) | fast (s) | goal | reached | plan |");
     std::puts("|---|---|---|---|---|---|---|");
     for (const Workload& workload : all_workloads()) {

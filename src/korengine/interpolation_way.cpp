@@ -173,7 +173,7 @@ void compute(const FastSector& fast, ClassBlock& block) {
 /// Multiply-adds, roughly, of one propagator computed directly.
 double direct_work(const FastSector& fast) {
     const double n = fast.structure.n;
-    const double step = n == 2.0 ? 40.0 : n <= kMaxLaneStates ? 2.5 * n * n * n : 200.0 * n * n;
+    const double step = n == 2.0 ? 8.0 : n <= kMaxLaneStates ? 2.5 * n * n * n : 200.0 * n * n;
     return step * static_cast<double>(fast.list.steps.size());
 }
 
@@ -181,7 +181,7 @@ double direct_work(const FastSector& fast) {
 bool is_worthwhile(const FastSector& fast) {
     const auto classes = static_cast<double>(fast.classes.count());
     const double sum = static_cast<double>(g.terms) * g.width;
-    return g.terms * direct_work(fast) + (g.terms + classes) * sum < 0.5 * classes * direct_work(fast);
+    return g.terms * direct_work(fast) + (4.0 * g.terms + classes) * sum < 0.5 * classes * direct_work(fast);
 }
 
 } // namespace

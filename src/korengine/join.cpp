@@ -29,7 +29,29 @@ void turn_ends(const SystemStructure& s, const Step& first, const Step& last, Pl
     }
 }
 
+namespace {
+
+/// a = a . b for two rows, where the kernels' registers would stay empty.
+void multiply_two(Planes& a, const Planes& b) {
+    for (int i = 0; i < 2; ++i) {
+        const std::size_t row = a.at(i, 0);
+        const double re[2] = {a.re[row], a.re[row + 1]};
+        const double im[2] = {a.im[row], a.im[row + 1]};
+        for (std::size_t j = 0; j < 2; ++j) {
+            const std::size_t lower = b.at(1, 0) + j;
+            a.re[row + j] = re[0] * b.re[j] - im[0] * b.im[j] + re[1] * b.re[lower] - im[1] * b.im[lower];
+            a.im[row + j] = re[0] * b.im[j] + im[0] * b.re[j] + re[1] * b.im[lower] + im[1] * b.re[lower];
+        }
+    }
+}
+
+} // namespace
+
 void multiply(int n, Planes& a, const Planes& b, Planes& work) {
+    if (n == 2) {
+        multiply_two(a, b);
+        return;
+    }
     work.shape(n);
     fast_kernels().complex_product(
         {n, a.stride, a.re.data(), a.im.data(), b.re.data(), b.im.data(), work.re.data(), work.im.data()});
