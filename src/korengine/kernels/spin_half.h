@@ -21,7 +21,7 @@ struct HalfAngle {
 };
 
 /// Cosine and sine of half the angle whose half square is x, by the polynomial and `squarings` doublings.
-inline HalfAngle half_angle(const StepPlan& plan, Lanes x) {
+[[gnu::always_inline]] inline HalfAngle half_angle(const StepPlan& plan, Lanes x) {
     const TrigPolynomial& p = *plan.polynomial;
     double shrink = 1.0;
     for (int q = 0; q < plan.squarings; ++q) {
@@ -45,35 +45,49 @@ inline HalfAngle half_angle(const StepPlan& plan, Lanes x) {
     return {c, t};
 }
 
-/// r = r . U step by step; r is kept as its first row (alpha, beta).
+/// A turn by its first row (alpha, beta); the second is (-conj(beta), conj(alpha)).
+struct Turn {
+    Lanes ar, ai, br, bi;
+};
+
+inline Turn product(const Turn& a, const Turn& b) {
+    return {a.ar * b.ar - a.ai * b.ai - a.br * b.br - a.bi * b.bi,
+            a.ar * b.ai + a.ai * b.ar - a.bi * b.br + a.br * b.bi,
+            a.ar * b.br - a.ai * b.bi + a.br * b.ar + a.bi * b.ai,
+            a.ar * b.bi + a.ai * b.br + a.bi * b.ar - a.br * b.ai};
+}
+
+[[gnu::always_inline]] inline Turn turn_of_step(const LaneJob& job, int j, double splitting) {
+    const Lanes hx = load(job.hb + j * kLanes);
+    const Lanes hy = load(job.hy + j * kLanes);
+    const Lanes hz = load(job.hw + j * kLanes) + load(job.h + j * kLanes) * splitting;
+    const HalfAngle half = half_angle(job.plan[j], (hx * hx + hy * hy + hz * hz) * 0.25);
+    const Lanes s = half.sine * 0.5;
+    return {half.cosine, -s * hz, -s * hy, -s * hx};
+}
+
+/// The steps' product. Two halves grow side by side, so that neither waits for its last product alone.
 void spin_half(const LaneJob& job) {
     const double splitting = job.h0[0] - job.h0[3];
-    Lanes alpha_re = Lanes{} + 1.0, alpha_im{}, beta_re{}, beta_im{};
-    for (int j = 0; j < job.steps; ++j) {
-        const Lanes hx = load(job.hb + j * kLanes);
-        const Lanes hy = load(job.hy + j * kLanes);
-        const Lanes hz = load(job.hw + j * kLanes) + load(job.h + j * kLanes) * splitting;
-        const HalfAngle half = half_angle(job.plan[j], (hx * hx + hy * hy + hz * hz) * 0.25);
-        const Lanes s = half.sine * 0.5;
-        const Lanes ur = half.cosine, ui = -s * hz;
-        const Lanes vr = -s * hy, vi = -s * hx;
-        const Lanes next_ar = alpha_re * ur - alpha_im * ui - beta_re * vr - beta_im * vi;
-        const Lanes next_ai = alpha_re * ui + alpha_im * ur - beta_im * vr + beta_re * vi;
-        const Lanes next_br = alpha_re * vr - alpha_im * vi + beta_re * ur + beta_im * ui;
-        const Lanes next_bi = alpha_re * vi + alpha_im * vr + beta_im * ur - beta_re * ui;
-        alpha_re = next_ar;
-        alpha_im = next_ai;
-        beta_re = next_br;
-        beta_im = next_bi;
+    const int middle = job.steps / 2;
+    Turn first{Lanes{} + 1.0, Lanes{}, Lanes{}, Lanes{}};
+    Turn second = first;
+    for (int j = 0; j < middle; ++j) {
+        first = product(first, turn_of_step(job, j, splitting));
+        second = product(second, turn_of_step(job, middle + j, splitting));
     }
-    store(job.re, alpha_re);
-    store(job.im, alpha_im);
-    store(job.re + kLanes, beta_re);
-    store(job.im + kLanes, beta_im);
-    store(job.re + 2 * kLanes, -beta_re);
-    store(job.im + 2 * kLanes, beta_im);
-    store(job.re + 3 * kLanes, alpha_re);
-    store(job.im + 3 * kLanes, -alpha_im);
+    if (job.steps % 2 == 1) {
+        second = product(second, turn_of_step(job, job.steps - 1, splitting));
+    }
+    const Turn r = product(first, second);
+    store(job.re, r.ar);
+    store(job.im, r.ai);
+    store(job.re + kLanes, r.br);
+    store(job.im + kLanes, r.bi);
+    store(job.re + 2 * kLanes, -r.br);
+    store(job.im + 2 * kLanes, r.bi);
+    store(job.re + 3 * kLanes, r.ar);
+    store(job.im + 3 * kLanes, -r.ai);
 }
 
 } // namespace
