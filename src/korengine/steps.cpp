@@ -55,6 +55,25 @@ void join(Step& step, const Step& next) {
     step.h += next.h;
 }
 
+void append(const Step& step, double max_angle, std::vector<Step>& steps) {
+    Step* last = steps.empty() ? nullptr : &steps.back();
+    const bool joins = last && (equal_samples(*last, step) || (without_field(*last) && without_field(step)));
+    if (joins && last->angle + step.angle <= max_angle) {
+        join(*last, step);
+        last->angle += step.angle;
+    } else {
+        steps.push_back(step);
+    }
+}
+
+/// A field that turns nothing keeps a fixed direction: that of noise would be noise.
+void set_own_direction(Step& step) {
+    step.b = std::hypot(step.bx, step.by);
+    const bool directed = step.b > DBL_MIN;
+    step.ux = directed ? step.bx / step.b : 1.0;
+    step.uy = directed ? step.by / step.b : 0.0;
+}
+
 void set_directions(StepList& list) {
     const auto strongest = std::max_element(list.steps.begin(), list.steps.end(),
                                             [](const Step& a, const Step& b) { return a.b < b.b; });
@@ -90,28 +109,15 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
     for (int j = 0; j < samples.count; ++j) {
         Step step = sample_as_step(samples, j);
         const double offset = largest_offset(step, reach, samples.offset);
-        step.b = std::hypot(step.bx, step.by);
-        // A field that turns nothing keeps a fixed direction: that of noise would be noise.
-        const bool directed = step.b > DBL_MIN;
-        step.ux = directed ? step.bx / step.b : 1.0;
-        step.uy = directed ? step.by / step.b : 0.0;
+        set_own_direction(step);
         const double norm = structure.h0_bound + structure.field_bound * offset +
                             structure.fx_row_sum * (std::fabs(step.bx) + std::fabs(step.by));
         unsound += norm - norm;
         out.reference_norm = std::max(out.reference_norm, std::fabs(step.h) * norm);
         step.angle =
             std::fabs(step.h) * (structure.h0_bound + structure.field_bound * std::hypot(offset, step.b));
-        if (samples.dt == 0.0) {
-            continue; // exactly the identity
-        }
-        Step* last = out.steps.empty() ? nullptr : &out.steps.back();
-        const bool joins =
-            last && (equal_samples(*last, step) || (without_field(*last) && without_field(step)));
-        if (joins && last->angle + step.angle <= max_angle) {
-            join(*last, step);
-            last->angle += step.angle;
-        } else {
-            out.steps.push_back(step);
+        if (samples.dt != 0.0) { // else exactly the identity
+            append(step, max_angle, out.steps);
         }
     }
     out.reference_norm += unsound;

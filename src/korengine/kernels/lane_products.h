@@ -192,27 +192,34 @@ inline void turn_powers(Lanes zc, Lanes zs, int top, Lanes* powers) {
     }
 }
 
+/// Two rows of P, column k turned by powers[ladder[k]], or not at all.
+template <int N>
+inline void turned_rows(const Lanes* pr, const Lanes* pi, const Lanes* powers, const int* ladder,
+                        Lanes (&row_re)[2][N], Lanes (&row_im)[2][N]) {
+#pragma GCC unroll 4
+    for (int i = 0; i < 2; ++i) {
+        for (int k = 0; k < N; ++k) {
+            const Lanes re = pr[i * N + k];
+            const Lanes im = pi[i * N + k];
+            if (powers) {
+                const Lanes zr = powers[2 * ladder[k]];
+                const Lanes zi = powers[2 * ladder[k] + 1];
+                row_re[i][k] = re * zr - im * zi;
+                row_im[i][k] = re * zi + im * zr;
+            } else {
+                row_re[i][k] = re;
+                row_im[i][k] = im;
+            }
+        }
+    }
+}
+
 /// P = P Z (C - iS), two rows at a time; Z turns column j by powers[ladder[j]], or not at all.
 template <int N>
 void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder, Lanes* pr, Lanes* pi) {
     for (int i0 = 0; i0 < N; i0 += 2) {
         Lanes row_re[2][N], row_im[2][N];
-#pragma GCC unroll 4
-        for (int i = 0; i < 2; ++i) {
-            for (int k = 0; k < N; ++k) {
-                const Lanes re = pr[(i0 + i) * N + k];
-                const Lanes im = pi[(i0 + i) * N + k];
-                if (powers) {
-                    const Lanes zr = powers[2 * ladder[k]];
-                    const Lanes zi = powers[2 * ladder[k] + 1];
-                    row_re[i][k] = re * zr - im * zi;
-                    row_im[i][k] = re * zi + im * zr;
-                } else {
-                    row_re[i][k] = re;
-                    row_im[i][k] = im;
-                }
-            }
-        }
+        turned_rows<N>(pr + i0 * N, pi + i0 * N, powers, ladder, row_re, row_im);
         for (int j0 = 0; j0 < N; j0 += 2) {
             Lanes re[2][2]{}, im[2][2]{};
             for (int k = 0; k < N; ++k) {
