@@ -144,7 +144,7 @@ TEST(FreeEvolutionSignal, OfAWeaklyCoupledPairIsTwoDoublets) {
         const double t = k * dt;
         Complex expected = 0.0;
         for (const double shift : shifts) {
-            expected += std::polar(std::cos(kPi * J * t), kTwoPi * shift * t);
+            expected += std::cos(kPi * J * t) * std::polar(1.0, kTwoPi * shift * t);
         }
         EXPECT_NEAR(re[static_cast<std::size_t>(k)], expected.real(), 1e-11) << k;
         EXPECT_NEAR(im[static_cast<std::size_t>(k)], expected.imag(), 1e-11) << k;
