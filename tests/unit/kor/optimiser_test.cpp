@@ -229,6 +229,25 @@ TEST(Frprmn, ReachesTheBestPulseOfOneSpinOffResonance) {
     EXPECT_NEAR(again, minimum, 1e-9);
 }
 
+// Close to its minimum the objective is a quadratic of the eight parameters: conjugate directions find the
+// way down in a few line searches.
+TEST(Frprmn, NearAMinimumConvergesAsOnAQuadratic) {
+    prepare_one_spin(120.0);
+    auto par = constant_pulse(250.0);
+    int iterations = 0;
+    double best = 0.0, minimum = 0.0, start = 0.0;
+    play_console("", [&] { kor::frprmn(par.data(), 8, 1e-9, &iterations, &best); });
+    for (std::size_t i = 0; i < 8; ++i)
+        par[i] += 0.02 * par[0] * (i % 2 == 0 ? 1.0 : -0.5);
+    play_console("", [&] {
+        start = kor::fnc(par.data());
+        kor::frprmn(par.data(), 8, 1e-9, &iterations, &minimum);
+    });
+    EXPECT_GT(start, best + 1e-5);
+    EXPECT_NEAR(minimum, best, 1e-8);
+    EXPECT_LE(iterations, 8);
+}
+
 TEST(Frprmn, AVanishingGradientEndsAfterTheFirstLineSearch) {
     prepare_one_spin(0.0);
     kor::CMatZero(2, g_runtime.Istat);
