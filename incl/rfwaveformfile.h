@@ -9,9 +9,10 @@ namespace kor {
 
 /// Writes the spatial layout, *ap values per block (none when *ap is below 1), replacing the file. An
 /// open failure prints perror(name); a short write prints " >>> WRITE TO BINARY FILE ERROR (xb) <<< "
-/// (or yb, gx, gy, gz) and writing goes on. Returns 1 when every block was written and the file closed, else 0.
+/// (or yb, gx, gy, gz) and writing goes on. Returns 1 when every block was written and the file closed, else
+/// 0.
 int BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
-                 const double* gz, const char* name);
+                const double* gz, const char* name);
 /// The same for the 2D layout, ap values per block.
 int BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name);
 

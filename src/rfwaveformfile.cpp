@@ -41,7 +41,7 @@ int write_blocks(const char* name, int count, const Block* blocks, int block_cou
 } // namespace
 
 int BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
-                 const double* gz, const char* name) {
+                const double* gz, const char* name) {
     const Block blocks[] = {{xb, "xb"}, {yb, "yb"}, {gx, "gx"}, {gy, "gy"}, {gz, "gz"}};
     return write_blocks(name, *ap, blocks, 5);
 }

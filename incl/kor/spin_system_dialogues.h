@@ -28,8 +28,8 @@ void SpinSpinCoupling();
 /// The same values in the same order from an open stream, without prompts. They fill Nspins, Ilist, n, the
 /// kets, the operators and jc, not quantnum, relspinamp, resofreqs, Jexact, Jcount or couplings.
 /// An unreadable number counts as 0, an unreadable quantum number as 1. Nspins is clamped to 1..8; a negative
-/// quantum number counts as 0; a dimension above KOR_MAX_STATES leaves n = 0 and, with the message of MakeKets,
-/// no kets.
+/// quantum number counts as 0; a dimension above KOR_MAX_STATES leaves n = 0 and, with the message of
+/// MakeKets, no kets.
 void NonIntIspins(std::FILE* stream);
 void NonIntMakeBoltzmann(std::FILE* stream);
 void NonIntMakeZeeman(std::FILE* stream);

@@ -2,8 +2,14 @@
 
 namespace kor_test {
 
-const char* kor_program() { return KOR_EXECUTABLE; }
-const char* make_waveforms_program() { return KOR_MAKE_WAVEFORMS; }
-const char* source_folder() { return KOR_SOURCE_DIR; }
+const char* kor_program() {
+    return KOR_EXECUTABLE;
+}
+const char* make_waveforms_program() {
+    return KOR_MAKE_WAVEFORMS;
+}
+const char* source_folder() {
+    return KOR_SOURCE_DIR;
+}
 
 } // namespace kor_test
