@@ -146,7 +146,7 @@ double maxabs_cmat(int n, const CMatrix& A) {
 
 namespace {
 
-/// One titled table of the real (part 1) or imaginary (part 2) elements.
+/// One titled table of the elements' real (index 1) or imaginary (index 2) halves.
 void show_part(int n, const CMatrix& inmat, const char* title, int part) {
     const char* rule = "====================================================";
     std::printf("\n%s\n%s (n = %d)\n%s\n\n        ", rule, title, n, rule);
