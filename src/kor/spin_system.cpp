@@ -157,7 +157,7 @@ void KOR_RebuildSpinSystemFromPulseSequenceGlobals() {
 
 int find_alike_spins(int* group) {
     const RuntimeState& rt = g_runtime;
-    const auto alike = [&rt](int i, int j) {
+    const auto alike = [](int i, int j) {
         bool same = rt.resofreqs[i] == rt.resofreqs[j];
         for (int k = 1; k <= rt.Nspins; ++k) {
             same = same && (k == i || k == j || rt.jc[i][k] == rt.jc[j][k]);
