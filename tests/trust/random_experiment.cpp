@@ -1,0 +1,124 @@
+#include "trust/random_experiment.h"
+
+#include <cmath>
+
+namespace kor_test {
+
+namespace {
+
+constexpr double kTwoPi = 6.283185307179586;
+
+/// Makes the last spin of a system the like of the first where both are spins 1/2.
+void make_alike(Spins& spins) {
+    const std::size_t last = spins.count() - 1;
+    if (last < 1 || spins.twice_spins[0] != 1 || spins.twice_spins[last] != 1) {
+        return;
+    }
+    spins.shift_hz[last] = spins.shift_hz[0];
+    for (std::size_t k = 1; k < last; ++k) {
+        spins.coupling_hz[last][k] = spins.coupling_hz[k][last] = spins.coupling_hz[0][k];
+    }
+}
+
+enum class Kind { shaped, hard, along_x, gradient, delay };
+
+void add_random_sample(Random& random, Kind kind, Train& train) {
+    const double g = kTwoPi * 2000.0;
+    const bool field = kind == Kind::shaped || kind == Kind::along_x;
+    const double bx = field ? kTwoPi * random.uniform(-500.0, 500.0) : 0.0;
+    const double by = kind == Kind::shaped ? kTwoPi * random.uniform(-500.0, 500.0) : 0.0;
+    if (kind == Kind::gradient || (field && !train.gx.empty() && train.gx[0] != 0.0)) {
+        train.add_sample(bx, by, random.uniform(-g, g), random.uniform(-g, g), random.uniform(-g, g));
+    } else {
+        train.add_sample(bx, by, 0.0, 0.0, 0.0);
+    }
+}
+
+Train hard_pulse(Random& random) {
+    Train train;
+    train.dt = 1e-5;
+    const double phase = random.uniform(0.0, kTwoPi);
+    const double field = random.uniform(0.1, 1.0) * kTwoPi * 50000.0;
+    train.add_sample(field * std::cos(phase), field * std::sin(phase), 0.0, 0.0, 0.0);
+    return train;
+}
+
+} // namespace
+
+Spins random_spins(Random& random, int max_states) {
+    Spins spins;
+    const int wanted = random.integer(1, 4);
+    for (int s = 0; s < wanted; ++s) {
+        spins.twice_spins.push_back(random.integer(1, 3));
+        if (spins.states() > max_states) {
+            spins.twice_spins.pop_back();
+        }
+    }
+    const std::size_t count = spins.count();
+    double squares = 0.0;
+    for (std::size_t s = 0; s < count; ++s) {
+        spins.intensity.push_back(random.uniform(-1.0, 1.0));
+        spins.shift_hz.push_back(random.uniform(-500.0, 500.0));
+        squares += spins.intensity[s] * spins.intensity[s];
+    }
+    spins.coupling_hz.assign(count, std::vector<double>(count, 0.0));
+    for (std::size_t i = 0; i < count; ++i) {
+        spins.intensity[i] /= std::sqrt(squares);
+        for (std::size_t j = i + 1; j < count; ++j) {
+            spins.coupling_hz[i][j] = spins.coupling_hz[j][i] = random.uniform(-40.0, 40.0);
+        }
+    }
+    spins.weak = random.integer(0, 1) == 0;
+    if (random.integer(0, 3) == 0) {
+        make_alike(spins);
+    }
+    return spins;
+}
+
+Train random_train(Random& random) {
+    const auto kind = static_cast<Kind>(random.integer(0, 4));
+    if (kind == Kind::hard) {
+        return hard_pulse(random);
+    }
+    Train train;
+    train.dt = kind == Kind::delay ? random.uniform(0.0, 0.05) : random.uniform(5e-6, 2e-4);
+    train.offset_hz = random.integer(0, 1) ? random.uniform(-1000.0, 1000.0) : 0.0;
+    const int samples = kind == Kind::delay ? 1 : random.integer(1, 30);
+    if (random.integer(0, 1) && kind != Kind::delay) { // a first sample with a gradient: all have one
+        const double g = kTwoPi * 2000.0;
+        train.add_sample(0.0, 0.0, random.uniform(-g, g), random.uniform(-g, g), random.uniform(-g, g));
+    }
+    while (static_cast<int>(train.samples()) < samples) {
+        add_random_sample(random, kind, train);
+    }
+    return train;
+}
+
+kor::EngineGrid random_grid(Random& random) {
+    const double x0 = random.uniform(-0.5, 0.5);
+    const double y0 = random.uniform(-0.5, 0.5);
+    const double z0 = random.uniform(-0.5, 0.5);
+    switch (random.integer(0, 3)) {
+    case 0:
+        return {1, 1, 1, x0, y0, z0, 0.0, 0.0, 0.0};
+    case 1:
+        return {1, 1, random.integer(2, 12), x0, y0, z0, 0.0, 0.0, 0.1};
+    case 2:
+        return {2, 3, 1, x0, y0, z0, 0.3, -0.2, 0.0};
+    default:
+        return {2, 2, random.integer(2, 3), x0, y0, z0, 0.1, 0.2, 0.15};
+    }
+}
+
+Experiment random_experiment(Random& random, int max_states) {
+    Experiment experiment;
+    experiment.spins = random_spins(random, max_states);
+    experiment.grid = random_grid(random);
+    const int trains = random.integer(1, 5);
+    for (int t = 0; t < trains; ++t) {
+        experiment.trains.push_back(random_train(random));
+    }
+    return experiment;
+}
+
+} // namespace kor_test

@@ -1,0 +1,22 @@
+// Random experiments: mixed spins, weak and exact coupling, pulses, gradients and delays, small grids.
+#pragma once
+
+#include "support/random_systems.h"
+#include "trust/experiment.h"
+
+namespace kor_test {
+
+/// One to four spins of 2I = 1..3 and at most max_states states, some of them alike; intensities of both
+/// signs whose squares sum to 1, so that the equilibrium state has unit norm.
+Spins random_spins(Random& random, int max_states);
+
+/// A shaped or hard pulse, with or without gradient, a gradient pulse, or a delay of up to 50 ms.
+Train random_train(Random& random);
+
+/// One voxel, a line of up to 12 or a block of up to 12 voxels, off the origin.
+kor::EngineGrid random_grid(Random& random);
+
+/// One to five trains.
+Experiment random_experiment(Random& random, int max_states);
+
+} // namespace kor_test
