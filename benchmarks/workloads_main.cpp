@@ -1,7 +1,9 @@
-// workloads [repeats [name ...]]: prints, for each workload, the CPU time of the plain and of the fast
-// engine (best of `repeats`, alternating) and their ratio beside the goal. The plain engine runs a stated
-// part of the workload; its time is scaled up. With 0 repeats only the fast engine runs, for a profiler.
-// workloads growth: the fast engine's time as one quantity grows.
+// workloads [--set baseline|avx2|avx512] [repeats [name ...]]: prints, for each workload, the CPU time of the
+// plain and of the fast engine (best of `repeats`, alternating) and their ratio beside the goal. The plain
+// engine runs a stated part of the workload; its time is scaled up. The fast engine runs with every
+// instruction set that has a goal and that the machine offers, or with the given one alone. With 0 repeats
+// only the fast engine runs, for a profiler.
+// workloads [--set ...] growth: the fast engine's time as one quantity grows.
 #include "workloads.h"
 
 #include "kor/runtime_state.h"
@@ -14,6 +16,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -40,32 +44,65 @@ double measure(const std::function<void()>& work) {
     return time;
 }
 
-bool wanted(const Workload& workload, int argc, char** argv) {
-    return argc < 3 ||
-           std::any_of(argv + 2, argv + argc, [&](const char* name) { return workload.name == name; });
+struct NamedSet {
+    const char* name;
+    kor::InstructionSet set;
+};
+constexpr NamedSet kSets[] = {{"avx512", kor::InstructionSet::avx512},
+                              {"avx2", kor::InstructionSet::avx2},
+                              {"baseline", kor::InstructionSet::baseline}};
+
+double goal_of(const Workload& workload, kor::InstructionSet set) {
+    switch (set) {
+    case kor::InstructionSet::avx512:
+        return workload.goal_avx512;
+    case kor::InstructionSet::avx2:
+        return workload.goal_avx2;
+    case kor::InstructionSet::baseline:
+        return 0.0;
+    }
+    std::abort(); // not one of the enumerators
 }
 
-void run(const Workload& workload, int repeats) {
-    if (repeats == 0) {
-        std::printf("%-8s %11.6f s\n", workload.name.c_str(), measure(workload.fast));
-        return;
+struct Request {
+    std::vector<NamedSet> sets; // to measure, the first one in use at the start
+    int repeats = 5;
+    bool growth = false;
+    std::vector<std::string> names; // empty: all
+};
+
+bool wanted(const Workload& workload, const Request& request) {
+    return request.names.empty() ||
+           std::find(request.names.begin(), request.names.end(), workload.name) != request.names.end();
+}
+
+void profile(const Workload& workload, const Request& request) {
+    for (const NamedSet& set : request.sets) {
+        kor::EngineUseInstructionSet(set.set);
+        std::printf("%-8s %-8s %11.6f s\n", workload.name.c_str(), set.name, measure(workload.fast));
     }
+}
+
+void run(const Workload& workload, const Request& request) {
     double plain = 1e300;
-    double fast = 1e300;
-    for (int k = 0; k < repeats; ++k) {
+    std::vector<double> fast(request.sets.size(), 1e300);
+    for (int k = 0; k < request.repeats; ++k) {
         kor::g_runtime.Nspins = 0; // each workload builds its own system
         kor::EngineSelect(kor::Engine::reference);
         workload.plain();
         plain = std::min(plain, cpu_seconds(workload.plain) * workload.plain_parts);
         kor::EngineSelect(kor::Engine::fast);
-        workload.fast();
-        fast = std::min(fast, measure(workload.fast));
+        for (std::size_t i = 0; i < fast.size(); ++i) {
+            kor::EngineUseInstructionSet(request.sets[i].set);
+            workload.fast();
+            fast[i] = std::min(fast[i], measure(workload.fast));
+        }
     }
-    const char* plan = kor::EngineSectorPlan();
-    const bool wide = kor::EngineInstructionSet() == kor::InstructionSet::avx512;
-    const double goal = wide ? workload.goal_avx512 : workload.goal_avx2;
-    std::printf("| %-8s | %-54s | %11.4f | %11.6f | %7.0f | %7.0f | %s |\n", workload.name.c_str(),
-                workload.what.c_str(), plain, fast, goal, plain / fast, plan);
+    for (std::size_t i = 0; i < fast.size(); ++i) {
+        std::printf("| %-8s | %-54s | %-8s | %11.4f | %11.6f | %7.0f | %7.0f | %s |\n", workload.name.c_str(),
+                    workload.what.c_str(), request.sets[i].name, plain, fast[i],
+                    goal_of(workload, request.sets[i].set), plain / fast[i], kor::EngineSectorPlan());
+    }
     std::fflush(stdout);
 }
 
@@ -93,23 +130,57 @@ void print_growth(const Growth& growth) {
     }
 }
 
+/// The sets to measure: the one called `name`, or all that have goals. Empty when the machine lacks it.
+std::vector<NamedSet> sets_to_measure(const char* name) {
+    std::vector<NamedSet> sets;
+    for (const NamedSet& set : kSets) {
+        const bool chosen =
+            name ? std::strcmp(name, set.name) == 0 : set.set != kor::InstructionSet::baseline;
+        if (chosen && kor::EngineHasInstructionSet(set.set)) {
+            sets.push_back(set);
+        }
+    }
+    if (!name && sets.empty()) {
+        return sets_to_measure("baseline");
+    }
+    return sets;
+}
+
+Request parse(int argc, char** argv) {
+    Request request;
+    const bool forced = argc > 2 && std::strcmp(argv[1], "--set") == 0;
+    request.sets = sets_to_measure(forced ? argv[2] : nullptr);
+    const int at = forced ? 3 : 1;
+    request.growth = argc > at && std::strcmp(argv[at], "growth") == 0;
+    request.repeats = argc > at ? std::max(0, std::atoi(argv[at])) : 5;
+    for (int k = at + 1; k < argc; ++k) {
+        request.names.emplace_back(argv[k]);
+    }
+    return request;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    const int repeats = argc > 1 ? std::max(0, std::atoi(argv[1])) : 5;
+    const Request request = parse(argc, argv);
+    if (request.sets.empty()) {
+        std::fputs("this machine does not offer that instruction set\n", stderr);
+        return 1;
+    }
     kor::init();
     kor::KOR_SetSmokeCheckMode(1);
-    if (argc > 1 && std::strcmp(argv[1], "growth") == 0) {
+    kor::EngineUseInstructionSet(request.sets.front().set);
+    if (request.growth) {
         for (const Growth& growth : all_growths()) {
             print_growth(growth);
         }
         return 0;
     }
-    std::puts("| name | workload | plain (s) | fast (s) | goal | reached | plan |");
-    std::puts("|---|---|---|---|---|---|---|");
+    std::puts("| name | workload | set | plain (s) | fast (s) | goal | reached | plan |");
+    std::puts("|---|---|---|---|---|---|---|---|");
     for (const Workload& workload : all_workloads()) {
-        if (wanted(workload, argc, argv)) {
-            run(workload, repeats);
+        if (wanted(workload, request)) {
+            request.repeats > 0 ? run(workload, request) : profile(workload, request);
         }
     }
     return 0;
