@@ -19,8 +19,16 @@ ScopedChdir::~ScopedChdir() {
     fs::current_path(before_, ignored);
 }
 
-TempTree::TempTree() : before_(fs::current_path()) {
-    std::string name = (fs::temp_directory_path() / "kor-test-XXXXXX").string();
+fs::path memory_folder() {
+    const fs::path memory = "/dev/shm";
+    std::error_code ignored;
+    return fs::is_directory(memory, ignored) ? memory : fs::temp_directory_path();
+}
+
+TempTree::TempTree() : TempTree(fs::temp_directory_path()) {}
+
+TempTree::TempTree(const fs::path& parent) : before_(fs::current_path()) {
+    std::string name = (parent / "kor-test-XXXXXX").string();
     if (!mkdtemp(name.data()))
         throw std::runtime_error("no temporary folder");
     root_ = fs::canonical(name);

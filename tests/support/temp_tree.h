@@ -19,11 +19,15 @@ private:
     std::filesystem::path before_;
 };
 
+/// Where files cost no disk access, for tests of thousands of runs; the temporary folder where there is none.
+std::filesystem::path memory_folder();
+
 /// A unique empty folder: the working directory of the test while the object lives, removed with everything
 /// in it at its end. Names are taken below the folder; missing folders on the way to a written file are made.
 class TempTree {
 public:
     TempTree();
+    explicit TempTree(const std::filesystem::path& parent);
     ~TempTree();
     TempTree(const TempTree&) = delete;
     TempTree& operator=(const TempTree&) = delete;

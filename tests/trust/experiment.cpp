@@ -56,16 +56,23 @@ Place place_of(const kor::EngineGrid& grid, int voxel) {
 }
 
 Length length_of(const Spins& spins, const std::vector<Train>& trains, const Place& place) {
-    Length length;
-    double shift = 0.0;
-    for (const double hz : spins.shift_hz) {
-        shift = std::max(shift, kTwoPi * std::fabs(hz));
+    double coupling = 0.0;
+    for (std::size_t i = 0; i < spins.count(); ++i) {
+        for (std::size_t j = i + 1; j < spins.count(); ++j) {
+            coupling += kTwoPi * std::fabs(spins.coupling_hz[i][j]) * spins.twice_spins[i] *
+                        spins.twice_spins[j] / 4.0;
+        }
     }
+    Length length;
     for (const Train& train : trains) {
         for (std::size_t j = 0; j < train.samples(); ++j) {
+            double energy = coupling;
+            for (std::size_t s = 0; s < spins.count(); ++s) {
+                const double offset = offset_at(train, place, j) + kTwoPi * spins.shift_hz[s];
+                energy += 0.5 * spins.twice_spins[s] * std::hypot(train.xb[j], train.yb[j], offset);
+            }
             length.samples += 1.0;
-            const double offset = std::fabs(offset_at(train, place, j)) + shift;
-            length.angle += train.dt * std::hypot(train.xb[j], train.yb[j], offset);
+            length.angle += train.dt * energy;
         }
     }
     return length;
@@ -75,7 +82,7 @@ double rounding_budget(const Length& length) {
     return 1e-12 + 1e-15 * (length.samples + length.angle);
 }
 
-Bench::Bench() {
+Bench::Bench() : folder_(memory_folder()) {
     forget_model();
     kor::KOR_SetSmokeCheckMode(1); // no progress, no listings
 }

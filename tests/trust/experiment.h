@@ -44,8 +44,8 @@ struct Place {
 };
 Place place_of(const kor::EngineGrid& grid, int voxel);
 
-/// Samples, and the angles (rad) that RF, gradient, offset and the largest shift turn a spin through, summed
-/// over the samples.
+/// Samples, and the angles (rad) of their steps, summed: a step's angle is its length times the largest
+/// energy that its Hamiltonian can have, the spins' fields and couplings added up (rad/s).
 struct Length {
     double samples = 0.0, angle = 0.0;
 };
