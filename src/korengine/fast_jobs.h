@@ -119,13 +119,25 @@ struct LineSumJob {
     double *re, *im;                 // blocks x points
 };
 
-/// out[e] = sum over k of coefficient[k][e] T_k(t), e = 0..width - 1.
+/// out = factor . in, real.
+struct MixJob {
+    int rows;             // of factor and out
+    int inner;            // columns of factor, rows of in
+    int width;            // of in and out, a multiple of 16
+    const double* factor; // rows x inner
+    const double* in;     // inner x width
+    double* out;          // rows x width
+};
+
+/// out[p][e] = sum over k of coefficient[panel[p]][k][e] T_k(t[p]), e = 0..width - 1.
 struct ChebyshevSumJob {
-    int terms;                 // at least 2
+    int points;
+    int terms;                 // at least 1
     int width;                 // a multiple of 16
-    const double* coefficient; // terms x width
-    double t;
-    double* out;
+    const double* coefficient; // panels x terms x width
+    const int* panel;          // points
+    const double* t;           // points, -1..1
+    double* out;               // points x width
 };
 
 struct FastKernels {
@@ -136,7 +148,8 @@ struct FastKernels {
     void (*column_product)(const ColumnJob& job);
     void (*complex_product)(const ProductJob& job);
     void (*line_sums)(const LineSumJob& job);
-    void (*chebyshev_sum)(const ChebyshevSumJob& job);
+    void (*mix_rows)(const MixJob& job);
+    void (*chebyshev_sums)(const ChebyshevSumJob& job);
 };
 
 extern const FastKernels kBaselineKernels;

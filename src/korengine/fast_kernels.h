@@ -33,6 +33,7 @@ inline const Lanes* as_lanes(const double* p) {
 } // namespace kor
 
 #include "kernels/columns.h"
+#include "kernels/interpolation.h"
 #include "kernels/lane_products.h"
 #include "kernels/planes.h"
 #include "kernels/spin_half.h"
@@ -41,8 +42,8 @@ namespace kor {
 
 namespace {
 
-constexpr FastKernels kKernelsHere{kLanes,         fill_offsets,    spin_half, lane_product,
-                                   column_product, complex_product, line_sums, chebyshev_sum};
+constexpr FastKernels kKernelsHere{kLanes,          fill_offsets, spin_half, lane_product,  column_product,
+                                   complex_product, line_sums,    mix_rows,  chebyshev_sums};
 
 } // namespace
 

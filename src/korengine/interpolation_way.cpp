@@ -1,9 +1,11 @@
-// One gradient direction: along it, the offset of step j is c_j s with one coordinate s per voxel, and a
-// propagator is an entire function of s whose frequencies stay below
+// One gradient direction: along it, the offset of step j is c_j s with one coordinate s per voxel. As a
+// function of s a propagator is entire, bounded by 1 on the real axis, and its frequencies stay below
 //   reach = |Fz| * sum of |c_j h_j| * (half the range of s).
 // Its Chebyshev coefficients fall faster than exponentially beyond that many terms, so that a little more
-// nodes give every voxel to rounding. Two voxels are also computed directly, and must agree.
-// Trefethen, Approximation Theory and Approximation Practice, chapters 3, 4 and 8.
+// nodes give every voxel to rounding. Where voxels are many, the range is cut into panels: the nodes give
+// the values at the nodes of each panel (barycentric formula), these the panel's own series, and a voxel is
+// a sum of the few terms of its panel. Two voxels are also computed directly, and must agree.
+// Trefethen, Approximation Theory and Approximation Practice, chapters 3 to 5 and 8.
 #include "sector_plan.h"
 
 #include <algorithm>
@@ -15,16 +17,19 @@ namespace kor {
 namespace {
 
 constexpr int kFewestClasses = 3; // per node
+constexpr int kTogether = 16;     // classes computed by one call
 constexpr double kAgreement = 5e-14;
 constexpr std::size_t kMostBytes = std::size_t{128} << 20;
 
 struct Interpolation {
     VoxelPlace direction{};       // the strongest gradient, rad/s per cm
     double low = 0.0, high = 0.0; // of s
-    int terms = 0;
-    int width = 0; // doubles per term: real parts, imaginary parts, padding
-    AlignedDoubles coefficients;
-    AlignedDoubles values; // of one place
+    int nodes = 0;                // on the whole range
+    int panels = 1;
+    int terms = 0;               // of a panel
+    int width = 0;               // doubles per term: real parts, imaginary parts, padding
+    AlignedDoubles coefficients; // panels x terms x width
+    AlignedDoubles values;       // kTogether x width
 };
 
 Interpolation g;
@@ -68,20 +73,60 @@ void find_range(const EngineGrid& grid) {
     }
 }
 
-int terms_for(const FastSector& fast) {
+/// Terms after which the Chebyshev coefficients of such a function stay below 1e-16: on -1..1 coefficient k
+/// is at most 2 (z exp(r) / (1 + r))^k with z = reach / k, r = sqrt(1 - z^2). (Trefethen, theorem 8.1, with
+/// the best ellipse.)
+int terms_for(double reach) {
+    constexpr double kSmallest = -37.5; // log(5e-17)
+    const auto log_bound = [reach](int k) {
+        const double z = reach / k;
+        const double r = std::sqrt(1.0 - z * z);
+        return k * (std::log(z / (1.0 + r)) + r);
+    };
+    if (!(reach < 1e6)) {
+        return 1 << 24;
+    }
+    int k = static_cast<int>(reach) + 1;
+    while (log_bound(k) > kSmallest) {
+        ++k;
+    }
+    return k;
+}
+
+double reach_of(const FastSector& fast) {
     const VoxelPlace& d = g.direction;
     const double square = d.x * d.x + d.y * d.y + d.z * d.z;
     double turns = 0.0; // sum of |c_j h_j|
     for (const Step& step : fast.list.steps) {
         turns += std::fabs((step.gx * d.x + step.gy * d.y + step.gz * d.z) / square * step.h);
     }
-    const double reach = fast.structure.field_bound * turns * 0.5 * (g.high - g.low);
-    return reach < 1e6 ? static_cast<int>(reach + 12.0 * std::cbrt(reach)) + 12 : 1 << 24;
+    return fast.structure.field_bound * turns * 0.5 * (g.high - g.low);
 }
 
-/// Node k of the Chebyshev points of the first kind, -1..1.
-double node(int k) {
-    return std::cos(KOR_PI * (k + 0.5) / g.terms);
+/// Multiply-adds per element of a propagator: the values of the panels, their series and the voxels' sums.
+double work(const Interpolation& made, double classes) {
+    const double rows = static_cast<double>(made.panels) * made.terms;
+    return rows * (made.panels > 1 ? made.nodes + made.terms : made.terms) + classes * made.terms;
+}
+
+/// The number of panels that makes the least work.
+void plan_panels(double reach, double classes) {
+    g.panels = 1;
+    g.terms = g.nodes;
+    Interpolation finer;
+    finer.nodes = g.nodes;
+    for (finer.panels = 2; finer.panels <= g.nodes; finer.panels *= 2) {
+        finer.terms = terms_for(reach / finer.panels);
+        if (work(finer, classes) < work(g, classes)) {
+            g.panels = finer.panels;
+            g.terms = finer.terms;
+        }
+    }
+}
+
+/// Angle of node k of `count` Chebyshev points of the first kind; the node is its cosine.
+double node_angle(int k, int count) {
+    return KOR_PI * (k + 0.5) / count;
 }
 
 /// The nodes, and behind them two places of the grid.
@@ -89,8 +134,8 @@ std::vector<VoxelPlace> places(const FastSector& fast) {
     const VoxelPlace& d = g.direction;
     const double square = d.x * d.x + d.y * d.y + d.z * d.z;
     std::vector<VoxelPlace> all;
-    for (int k = 0; k < g.terms; ++k) {
-        const double s = 0.5 * (g.low + g.high) + 0.5 * (g.high - g.low) * node(k);
+    for (int k = 0; k < g.nodes; ++k) {
+        const double s = 0.5 * (g.low + g.high) + 0.5 * (g.high - g.low) * std::cos(node_angle(k, g.nodes));
         all.push_back({d.x * (s / square), d.y * (s / square), d.z * (s / square)});
     }
     const long long count = fast.classes.count();
@@ -122,35 +167,91 @@ AlignedDoubles compute_places(const Way& inner, FastSector& fast) {
     return rows;
 }
 
+/// The rows that give the values at the panels' nodes from those at the nodes of the whole range.
+/// Trefethen, theorem 5.2: weights (-1)^j sin(angle of node j).
+AlignedDoubles barycentric_rows() {
+    const auto nodes = static_cast<std::size_t>(g.nodes);
+    std::vector<double> node(nodes), weight(nodes);
+    for (std::size_t j = 0; j < nodes; ++j) {
+        const double angle = node_angle(static_cast<int>(j), g.nodes);
+        node[j] = std::cos(angle);
+        weight[j] = (j % 2 == 0 ? 1.0 : -1.0) * std::sin(angle);
+    }
+    AlignedDoubles rows(static_cast<std::size_t>(g.panels) * static_cast<std::size_t>(g.terms) * nodes);
+    double* row = rows.data();
+    for (int p = 0; p < g.panels; ++p) {
+        for (int k = 0; k < g.terms; ++k, row += nodes) {
+            const double t = (2 * p + 1 + std::cos(node_angle(k, g.terms))) / g.panels - 1.0;
+            double sum = 0.0;
+            for (std::size_t j = 0; j < nodes && t != node[j]; ++j) {
+                row[j] = weight[j] / (t - node[j]);
+                sum += row[j];
+            }
+            const auto hit = std::find(node.begin(), node.end(), t);
+            for (std::size_t j = 0; j < nodes; ++j) {
+                row[j] = hit == node.end() ? row[j] / sum : (node[j] == t ? 1.0 : 0.0);
+            }
+        }
+    }
+    return rows;
+}
+
 /// Coefficient k = (2 - [k = 0]) / terms times the sum over the nodes of value cos(k angle of the node).
-void make_coefficients(const AlignedDoubles& rows) {
-    const auto width = static_cast<std::size_t>(g.width);
+AlignedDoubles coefficient_rows() {
     const auto terms = static_cast<std::size_t>(g.terms);
     std::vector<double> cosines(4 * terms); // of i pi / (2 terms)
     for (std::size_t i = 0; i < cosines.size(); ++i) {
         cosines[i] = std::cos(KOR_PI * static_cast<double>(i) / (2.0 * g.terms));
     }
-    g.coefficients.assign(terms * width, 0.0);
+    AlignedDoubles rows(terms * terms);
     for (std::size_t k = 0; k < terms; ++k) {
-        double* out = &g.coefficients[k * width];
         for (std::size_t j = 0; j < terms; ++j) {
-            const double factor = (k == 0 ? 1.0 : 2.0) / g.terms * cosines[k * (2 * j + 1) % cosines.size()];
-            const double* row = &rows[j * width];
-            for (std::size_t e = 0; e < width; ++e) {
-                out[e] += factor * row[e];
-            }
+            rows[k * terms + j] = (k == 0 ? 1.0 : 2.0) / g.terms * cosines[k * (2 * j + 1) % cosines.size()];
         }
+    }
+    return rows;
+}
+
+void make_coefficients(const AlignedDoubles& rows) {
+    const auto panel = static_cast<std::size_t>(g.terms) * static_cast<std::size_t>(g.width);
+    const auto panels = static_cast<std::size_t>(g.panels);
+    AlignedDoubles at_panels;
+    const double* values = rows.data();
+    if (g.panels > 1) {
+        at_panels.resize(panels * panel);
+        const AlignedDoubles factor = barycentric_rows();
+        fast_kernels().mix_rows(
+            {g.panels * g.terms, g.nodes, g.width, factor.data(), rows.data(), at_panels.data()});
+        values = at_panels.data();
+    }
+    g.coefficients.resize(panels * panel);
+    const AlignedDoubles factor = coefficient_rows();
+    for (std::size_t p = 0; p < panels; ++p) {
+        fast_kernels().mix_rows(
+            {g.terms, g.terms, g.width, factor.data(), values + p * panel, &g.coefficients[p * panel]});
     }
 }
 
-/// g.values = the propagator at s.
-void evaluate(double s) {
-    const double t = std::clamp((2.0 * s - g.low - g.high) / (g.high - g.low), -1.0, 1.0);
-    fast_kernels().chebyshev_sum({g.terms, g.width, g.coefficients.data(), t, g.values.data()});
+/// Rows of g.values = the propagators at `count` coordinates s. The difference from the panel's middle is
+/// taken first: it is exact, so that no rounding of the whole range enters.
+void evaluate(const double* s, int count) {
+    int panel[kTogether];
+    double t[kTogether];
+    const double middle = 0.5 * (g.low + g.high);
+    const double half = 0.5 * (g.high - g.low);
+    for (int k = 0; k < count; ++k) {
+        const double across = (s[k] - g.low) / half * (0.5 * g.panels); // 0..panels
+        panel[k] = std::clamp(static_cast<int>(across), 0, g.panels - 1);
+        const double own_middle = middle + half * ((2 * panel[k] + 1 - g.panels) / double(g.panels));
+        t[k] = std::clamp((s[k] - own_middle) / half * g.panels, -1.0, 1.0);
+    }
+    fast_kernels().chebyshev_sums(
+        {count, g.terms, g.width, g.coefficients.data(), panel, t, g.values.data()});
 }
 
 bool agrees(const VoxelPlace& place, const double* row) {
-    evaluate(coordinate(place));
+    const double s = coordinate(place);
+    evaluate(&s, 1);
     double worst = 0.0;
     for (int e = 0; e < g.width; ++e) {
         worst = std::max(worst, std::fabs(g.values[static_cast<std::size_t>(e)] - row[e]));
@@ -159,15 +260,22 @@ bool agrees(const VoxelPlace& place, const double* row) {
 }
 
 int prepare(const FastSector&) {
-    return 1; // prepare_interpolation has done it
+    return kTogether; // prepare_interpolation has done the work
 }
 
 void compute(const FastSector& fast, ClassBlock& block) {
     const std::size_t size =
         static_cast<std::size_t>(fast.structure.n) * static_cast<std::size_t>(fast.structure.n);
-    evaluate(coordinate(fast.classes.place(block.first)));
-    std::copy_n(g.values.data(), size, block.re.data());
-    std::copy_n(g.values.data() + size, size, block.im.data());
+    double s[kTogether];
+    for (int k = 0; k < block.count; ++k) {
+        s[k] = coordinate(fast.classes.place(block.first + k));
+    }
+    evaluate(s, block.count);
+    for (std::size_t k = 0; k < static_cast<std::size_t>(block.count); ++k) {
+        const double* row = &g.values[k * static_cast<std::size_t>(g.width)];
+        std::copy_n(row, size, &block.re[k * size]);
+        std::copy_n(row + size, size, &block.im[k * size]);
+    }
 }
 
 /// Multiply-adds, roughly, of one propagator computed directly.
@@ -177,11 +285,10 @@ double direct_work(const FastSector& fast) {
     return step * static_cast<double>(fast.list.steps.size());
 }
 
-/// Whether the nodes, their coefficients and the sums cost less than half of the direct way.
+/// Whether the nodes, their series and the sums cost less than half of the direct way.
 bool is_worthwhile(const FastSector& fast) {
     const auto classes = static_cast<double>(fast.classes.count());
-    const double sum = static_cast<double>(g.terms) * g.width;
-    return g.terms * direct_work(fast) + (4.0 * g.terms + classes) * sum < 0.5 * classes * direct_work(fast);
+    return g.nodes * direct_work(fast) + work(g, classes) * g.width < 0.5 * classes * direct_work(fast);
 }
 
 } // namespace
@@ -191,11 +298,16 @@ bool prepare_interpolation(const Way& inner, const FastSector& fast) {
         return false;
     }
     find_range(fast.sector.grid);
-    g.terms = terms_for(fast);
+    const double reach = reach_of(fast);
+    g.nodes = terms_for(reach);
+    if (fast.classes.count() < static_cast<long long>(kFewestClasses) * g.nodes || !(g.high > g.low)) {
+        return false;
+    }
+    plan_panels(reach, static_cast<double>(fast.classes.count()));
     g.width = (2 * fast.structure.n * fast.structure.n + 15) / 16 * 16;
-    const std::size_t bytes = 8 * static_cast<std::size_t>(g.terms) * static_cast<std::size_t>(g.width);
-    if (fast.classes.count() < static_cast<long long>(kFewestClasses) * g.terms || bytes > kMostBytes ||
-        !(g.high > g.low) || !is_worthwhile(fast)) {
+    const std::size_t bytes = 8 * static_cast<std::size_t>(g.panels) * static_cast<std::size_t>(g.terms) *
+                              static_cast<std::size_t>(g.width);
+    if (bytes > kMostBytes || !is_worthwhile(fast)) {
         return false;
     }
     FastSector nodes = fast;
@@ -203,8 +315,8 @@ bool prepare_interpolation(const Way& inner, const FastSector& fast) {
     nodes.classes.plan_places(all);
     const AlignedDoubles rows = compute_places(inner, nodes);
     make_coefficients(rows);
-    g.values.assign(static_cast<std::size_t>(g.width), 0.0);
-    for (std::size_t k = static_cast<std::size_t>(g.terms); k < all.size(); ++k) {
+    g.values.resize(static_cast<std::size_t>(kTogether) * static_cast<std::size_t>(g.width));
+    for (std::size_t k = static_cast<std::size_t>(g.nodes); k < all.size(); ++k) {
         if (!agrees(all[k], &rows[k * static_cast<std::size_t>(g.width)])) {
             return false;
         }

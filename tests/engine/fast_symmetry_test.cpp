@@ -170,6 +170,39 @@ TEST_P(FastSymmetry, InterpolatesAlongOneGradientDirection) {
     }
 }
 
+TEST_P(FastSymmetry, InterpolatesToTheCornersOfFewAndManyVoxels) {
+    // The more voxels, the more panels of ever fewer terms; the corners are the ends of the first and the
+    // last one.
+    Random random(197);
+    const std::vector<EngineGrid> grids = {{9, 9, 5, -0.5, -0.5, -0.5, 0.125, 0.125, 0.25},
+                                           {16, 16, 16, -0.5, -0.4, -0.3, 0.07, 0.07, 0.07},
+                                           {40, 40, 40, -0.5, -0.4, -0.3, 0.03, 0.03, 0.03}};
+    for (const EngineGrid& grid : grids) {
+        for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1, 1}, {5}, {1, 1, 1}}) {
+            RandomWaveform wave = random_waveform(random, 40, 0);
+            const double strength = kTwoPi * random.uniform(200.0, 400.0);
+            wave.gx.assign(40, strength);
+            wave.gy.assign(40, 0.3 * strength);
+            wave.gz.assign(40, -0.4 * strength);
+            wave.dt = 2e-5;
+            const EngineCase problem(random_system(random, spins, Coupling::exact), wave);
+            const EngineSector sector = problem.sector(grid);
+            EngineOpenSector(sector);
+            ASSERT_STREQ(EngineSectorPlan(), "interpolation") << grid.ndx << testing::PrintToString(spins);
+            for (int k = 0; k < 20; ++k) {
+                const bool corner = k < 8; // each of the eight once
+                const int ix = corner ? (k & 1 ? grid.ndx : 1) : random.integer(1, grid.ndx);
+                const int iy = corner ? (k & 2 ? grid.ndy : 1) : random.integer(1, grid.ndy);
+                const int iz = corner ? (k & 4 ? grid.ndz : 1) : random.integer(1, grid.ndz);
+                const Dense expected = problem.expected(
+                    (ix - 1) * grid.dx + grid.x0, (iy - 1) * grid.dy + grid.y0, (iz - 1) * grid.dz + grid.z0);
+                EXPECT_LE(distance(propagator(sector.system.n, ix, iy, iz), expected), 2e-13)
+                    << ix << ' ' << iy << ' ' << iz;
+            }
+        }
+    }
+}
+
 TEST_P(FastSymmetry, InterpolatesBlocksOfAlikeSpins) {
     Random random(195);
     const Grouped grouped = grouped_spins(random, {0, 1, 1, 1}, Coupling::exact);

@@ -87,41 +87,6 @@ void line_sums(const LineSumJob& job) {
     }
 }
 
-/// V registers of the sum from element e0.
-template <int V> void chebyshev_sum_block(const ChebyshevSumJob& job, int e0) {
-    Lanes sum[V];
-#pragma GCC unroll 8
-    for (int v = 0; v < V; ++v) {
-        sum[v] = load(job.coefficient + e0 + v * kLanes);
-    }
-    double before = 1.0;
-    double now = job.t;
-    for (int k = 1; k < job.terms; ++k) {
-        const double* row = job.coefficient + static_cast<long>(k) * job.width + e0;
-#pragma GCC unroll 8
-        for (int v = 0; v < V; ++v) {
-            sum[v] += load(row + v * kLanes) * now;
-        }
-        const double next = 2.0 * job.t * now - before;
-        before = now;
-        now = next;
-    }
-#pragma GCC unroll 8
-    for (int v = 0; v < V; ++v) {
-        store(job.out + e0 + v * kLanes, sum[v]);
-    }
-}
-
-void chebyshev_sum(const ChebyshevSumJob& job) {
-    int e = 0;
-    for (; e + 8 * kLanes <= job.width; e += 8 * kLanes) {
-        chebyshev_sum_block<8>(job, e);
-    }
-    for (; e < job.width; e += 2 * kLanes) {
-        chebyshev_sum_block<2>(job, e);
-    }
-}
-
 } // namespace
 
 } // namespace kor
