@@ -107,7 +107,8 @@ bool run_pass(const char* in_name, const char* out_name, void (*change)(double*,
 }
 
 bool write_columns_as_rows(std::FILE* out, const double* data, std::size_t rows, std::size_t cols) {
-    for (std::size_t c = 0; c < cols; ++c)
+    // A damaged header may promise 2^31 columns of nothing.
+    for (std::size_t c = 0; rows > 0 && c < cols; ++c)
         for (std::size_t r = 0; r < rows; ++r)
             if (std::fwrite(data + 2 * (r * cols + c), sizeof(double), 2, out) != 2)
                 return false;
