@@ -9,7 +9,7 @@
 /// A header may promise more than the memory holds: then an allocation fails, as it does without the
 /// sanitizer.
 extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1:max_allocation_size_mb=16";
+    return "allocator_may_return_null=1:max_allocation_size_mb=64";
 }
 
 namespace kor_fuzz {
