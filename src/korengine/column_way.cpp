@@ -40,14 +40,13 @@ int prepare(const FastSector& fast) {
     const SystemStructure& s = fast.structure;
     split_long_steps(fast.list.steps, plan);
     plan.mirror = find_palindrome(plan.steps, fast.list.fixed_direction);
-    plan.series.clear();
+    plan.series.assign(plan.steps.size(), nullptr);
     for (std::vector<double>* array : {&plan.h, &plan.hw, &plan.hb, &plan.zc, &plan.zs}) {
         array->assign(plan.steps.size(), 0.0);
     }
     for (std::size_t j = 0; j < plan.steps.size(); ++j) {
         const Step& step = plan.steps[j];
         const Step& before = plan.steps[j > 0 ? j - 1 : 0];
-        plan.series.push_back(chebyshev_series(step.angle));
         plan.h[j] = step.h;
         plan.hb[j] = step.h * step.b;
         plan.zc[j] = before.ux * step.ux + before.uy * step.uy;
@@ -61,29 +60,51 @@ int prepare(const FastSector& fast) {
     return 1;
 }
 
+/// The steps at one voxel. Their series follow from a bound at this voxel, whatever the others are.
+void place_steps(const FastSector& fast, const VoxelPlace& place, ColumnPlan& plan) {
+    for (std::size_t j = 0; j < plan.steps.size(); ++j) {
+        const Step& step = plan.steps[j];
+        plan.hw[j] =
+            step.h * (step.gx * place.x + step.gy * place.y + step.gz * place.z + fast.sector.samples.offset);
+        plan.series[j] =
+            chebyshev_series(exponent_bound(fast.structure, std::fabs(step.h), plan.hw[j], plan.hb[j]));
+    }
+}
+
 /// product = the steps first..end - 1, in the frames of the first and last step's direction.
 void run_range(const FastSector& fast, ColumnPlan& plan, int first, int end, Planes& product) {
     const SystemStructure& s = fast.structure;
     const bool turns = !fast.list.fixed_direction;
     product.shape(s.n);
-    fast_kernels().column_product({s.n, s.h0_off_diagonal.rows(), s.fx_entries.rows(), plan.diagonal.data(),
-                                   s.m.data(), s.ladder.data(), s.ladder_top, end - first,
-                                   plan.h.data() + first, plan.hw.data() + first, plan.hb.data() + first,
-                                   turns ? plan.zc.data() + first : nullptr,
-                                   turns ? plan.zs.data() + first : nullptr, plan.series.data() + first,
-                                   plan.work.data(), product.re.data(), product.im.data(), product.stride});
+    const ColumnJob job = {s.n,
+                           s.h0_off_diagonal.rows(),
+                           s.fx_entries.rows(),
+                           s.binary_spins,
+                           s.exchange.empty() ? nullptr : s.exchange.data(),
+                           plan.diagonal.data(),
+                           s.m.data(),
+                           s.ladder.data(),
+                           s.ladder_top,
+                           end - first,
+                           plan.h.data() + first,
+                           plan.hw.data() + first,
+                           plan.hb.data() + first,
+                           turns ? plan.zc.data() + first : nullptr,
+                           turns ? plan.zs.data() + first : nullptr,
+                           plan.series.data() + first,
+                           plan.work.data(),
+                           product.re.data(),
+                           product.im.data(),
+                           product.stride};
+    const FastKernels& kernels = fast_kernels();
+    (s.binary_spins > 0 ? kernels.binary_column_product : kernels.column_product)(job);
 }
 
 void compute(const FastSector& fast, ClassBlock& block) {
     ColumnPlan& plan = g_plans[fast.slot];
     static Planes product, lead, middle;
     const int n = fast.structure.n;
-    const VoxelPlace place = fast.classes.place(block.first);
-    for (std::size_t j = 0; j < plan.steps.size(); ++j) {
-        const Step& step = plan.steps[j];
-        plan.hw[j] =
-            step.h * (step.gx * place.x + step.gy * place.y + step.gz * place.z + fast.sector.samples.offset);
-    }
+    place_steps(fast, fast.classes.place(block.first), plan);
     if (plan.mirror.length == 0) {
         run_range(fast, plan, 0, static_cast<int>(plan.steps.size()), product);
     } else {

@@ -64,6 +64,7 @@ struct ChebyshevSeries {
     double radius;
     int degree; // at least 1
     const double* coefficient;
+    const double* ratio; // see series.h; null where powers of A would cancel
 };
 
 /// Rows of a sparse real matrix: entries start[i]..start[i+1]-1 of row i.
@@ -78,6 +79,8 @@ struct ColumnJob {
     int n;
     SparseRows h0; // off-diagonal part, rad/s
     SparseRows fx;
+    int spins;              // with spins 1/2 alone their number, else 0 and the sparse rows serve
+    const double* exchange; // 8 x 8, rad/s, as in SystemStructure; null when there is none
     const double* h0_diagonal;
     const double* m;
     const int* ladder;
@@ -95,9 +98,9 @@ struct ColumnJob {
     int stride; // plane_stride(n)
 };
 
-/// Doubles of ColumnJob::work: three blocks of columns, the diagonal and the turns.
+/// Doubles of ColumnJob::work: three blocks of columns, the diagonals, the exchange and the turns.
 constexpr int column_work(int n) {
-    return 3 * n * 32 + n + 2 * n;
+    return 3 * n * 32 + 2 * n + 64 + 2 * n;
 }
 
 /// out = a . b, complex, planes of real and imaginary parts with rows of `stride` doubles.
@@ -146,6 +149,7 @@ struct FastKernels {
     void (*spin_half)(const LaneJob& job);
     void (*lane_product)(const LaneJob& job);
     void (*column_product)(const ColumnJob& job);
+    void (*binary_column_product)(const ColumnJob& job); // with ColumnJob::spins
     void (*complex_product)(const ProductJob& job);
     void (*line_sums)(const LineSumJob& job);
     void (*mix_rows)(const MixJob& job);

@@ -33,6 +33,7 @@ inline const Lanes* as_lanes(const double* p) {
 } // namespace kor
 
 #include "kernels/columns.h"
+#include "kernels/columns_binary.h"
 #include "kernels/interpolation.h"
 #include "kernels/lane_products.h"
 #include "kernels/planes.h"
@@ -42,8 +43,9 @@ namespace kor {
 
 namespace {
 
-constexpr FastKernels kKernelsHere{kLanes,          fill_offsets, spin_half, lane_product,  column_product,
-                                   complex_product, line_sums,    mix_rows,  chebyshev_sums};
+constexpr FastKernels kKernelsHere{kLanes,         fill_offsets,          spin_half,       lane_product,
+                                   column_product, binary_column_product, complex_product, line_sums,
+                                   mix_rows,       chebyshev_sums};
 
 } // namespace
 

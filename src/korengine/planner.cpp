@@ -146,6 +146,9 @@ const char* fast_plan() {
     if (g_identity) {
         return "identity";
     }
+    if (g_way == &kColumnWay && g_fast.structure.binary_spins > 0) {
+        return "binary columns";
+    }
     return g_way ? g_way->name : "reference";
 }
 

@@ -78,6 +78,7 @@ const std::array<TrigPolynomial, 5>& polynomials() {
 
 struct OwnedSeries {
     std::vector<double> coefficients;
+    std::vector<double> ratios;
     ChebyshevSeries series{};
 };
 
@@ -114,13 +115,41 @@ OwnedSeries make_series(double radius) {
     for (std::size_t k = 0; k <= degree; ++k) {
         owned.coefficients.push_back(static_cast<double>(j[k]));
     }
-    owned.series = {radius, static_cast<int>(degree), nullptr};
+    owned.series = {radius, static_cast<int>(degree), nullptr, nullptr};
     return owned;
+}
+
+/// a_(k+1) / a_k of the sum of j[k] (-i)^k T_k(x / radius) written as the sum of a_k (-i x)^k. As
+/// U_k = (-i)^k T_k(x / radius) follows U_(k+1) = 2 (-i x / radius) U_k + U_(k-1), all a_k are positive.
+std::vector<double> power_ratios(const OwnedSeries& owned) {
+    const auto terms = owned.coefficients.size();
+    const long double radius = owned.series.radius;
+    std::vector<long double> sum(terms, 0.0L), previous(terms, 0.0L), current(terms, 0.0L);
+    current[0] = 1.0L;
+    for (std::size_t k = 0; k < terms; ++k) {
+        std::vector<long double> next(terms, 0.0L);
+        for (std::size_t p = 0; p <= k; ++p) {
+            sum[p] += owned.coefficients[k] * current[p];
+        }
+        for (std::size_t p = 0; p < terms; ++p) {
+            const long double shifted = p > 0 ? current[p - 1] / radius : 0.0L;
+            next[p] = k == 0 ? shifted : 2.0L * shifted + previous[p];
+        }
+        previous = current;
+        current = next;
+    }
+    std::vector<double> ratios;
+    for (std::size_t p = 0; p + 1 < terms; ++p) {
+        ratios.push_back(static_cast<double>(sum[p + 1] / sum[p]));
+    }
+    return ratios;
 }
 
 // Radii 2^(rung / 4).
 constexpr int kLowestRung = -80;
 constexpr int kHighestRung = 24;
+/// Beyond it the terms of a sum of powers exceed their sum by more than e.
+constexpr double kMaxPowerRadius = 1.0;
 
 } // namespace
 
@@ -146,6 +175,10 @@ const ChebyshevSeries* chebyshev_series(double bound) {
     if (owned.coefficients.empty()) {
         owned = make_series(std::exp2(0.25 * r));
         owned.series.coefficient = owned.coefficients.data();
+        if (owned.series.radius <= kMaxPowerRadius) {
+            owned.ratios = power_ratios(owned);
+            owned.series.ratio = owned.ratios.data();
+        }
     }
     return &owned.series;
 }

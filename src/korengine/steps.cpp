@@ -115,7 +115,7 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
         unsound += norm - norm;
         out.reference_norm = std::max(out.reference_norm, std::fabs(step.h) * norm);
         step.angle =
-            std::fabs(step.h) * (structure.h0_bound + structure.field_bound * std::hypot(offset, step.b));
+            exponent_bound(structure, std::fabs(step.h), std::fabs(step.h) * offset, step.h * step.b);
         if (samples.dt != 0.0) { // else exactly the identity
             append(step, max_angle, out.steps);
         }

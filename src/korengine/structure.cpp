@@ -1,6 +1,7 @@
 #include "structure.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace kor {
@@ -109,6 +110,46 @@ SparseMatrix sparse(const SystemStructure& s, const std::vector<double>& dense, 
     return rows;
 }
 
+/// False when fx is not half the sum of all flips of one bit.
+bool flips_single_bits(const SystemStructure& s) {
+    for (int i = 0; i < s.n; ++i) {
+        for (int j = 0; j < s.n; ++j) {
+            if (s.fx_at(i, j) != (std::has_single_bit(static_cast<unsigned>(i ^ j)) ? 0.5 : 0.0)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+/// Fills s.exchange; false when an element of h0 off the diagonal is of another kind.
+bool read_exchange(SystemStructure& s) {
+    s.exchange.assign(64, 0.0);
+    for (int i = 0; i < s.n; ++i) {
+        for (int j = 0; j < s.n; ++j) {
+            const auto flipped = static_cast<unsigned>(i ^ j);
+            if (std::popcount(flipped) == 2 && std::popcount(flipped & static_cast<unsigned>(i)) == 1) {
+                const int p = std::countr_zero(flipped);
+                const int q = std::bit_width(flipped) - 1;
+                double& known = s.exchange[static_cast<std::size_t>(8 * p + q)];
+                if (i < j && (i >> (q + 1)) == 0 && (i & ((1 << q) - 1) & ~(1 << p)) == 0) {
+                    known = s.h0_at(i, j); // all other bits 0: the first pair of this kind
+                }
+                if (s.h0_at(i, j) != known) {
+                    return false;
+                }
+            } else if (i != j && s.h0_at(i, j) != 0.0) {
+                return false;
+            }
+        }
+    }
+    const auto is_zero = [](double value) { return value == 0.0; };
+    if (std::all_of(s.exchange.begin(), s.exchange.end(), is_zero)) {
+        s.exchange.clear();
+    }
+    return true;
+}
+
 } // namespace
 
 void complete_structure(SystemStructure& s) {
@@ -117,6 +158,13 @@ void complete_structure(SystemStructure& s) {
     s.fx_row_sum = largest_row_sum(s, s.fx);
     s.h0_off_diagonal = sparse(s, s.h0, false);
     s.fx_entries = sparse(s, s.fx, true);
+    const auto states = static_cast<unsigned>(s.n);
+    const bool binary = s.n > 16 && std::has_single_bit(states) && flips_single_bits(s) && read_exchange(s);
+    s.binary_spins = binary ? std::countr_zero(states) : 0;
+}
+
+double exponent_bound(const SystemStructure& s, double h, double hw, double hb) {
+    return h * s.h0_bound + s.field_bound * std::hypot(hw, hb);
 }
 
 bool analyse_system(const EngineSystem& system, SystemStructure& out) {

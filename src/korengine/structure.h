@@ -28,6 +28,12 @@ struct SystemStructure {
     int ladder_top = 0;
     SparseMatrix h0_off_diagonal;
     SparseMatrix fx_entries;
+    /// Of spins 1/2 alone, when n > 16 and the number of a state is binary: bit p is 1 when the spin that
+    /// varies fastest but p is down. Else 0.
+    int binary_spins = 0;
+    /// 8 x 8, element (p, q), p < q: H0 between states in which bits p and q differ and are exchanged, rad/s.
+    /// Empty when all are 0.
+    std::vector<double> exchange;
     double h0_bound = 0.0;    // of |H0|, rad/s
     double field_bound = 0.0; // of |Fx| = |Fz|
     double fx_row_sum = 0.0;  // largest row sum of |Fx|
@@ -38,6 +44,9 @@ struct SystemStructure {
         return static_cast<std::size_t>(i) * static_cast<std::size_t>(n) + static_cast<std::size_t>(j);
     }
 };
+
+/// Bound of |h H0 + hw Fz + hb Fx|, h >= 0: the field turns like its length along z.
+double exponent_bound(const SystemStructure& s, double h, double hw, double hb);
 
 /// Fills what follows from n, h0, fx, m: the ladder, the sparse rows and the bounds.
 void complete_structure(SystemStructure& s);

@@ -77,4 +77,21 @@ TEST_P(ExtendedPrecision, ConfirmsPropagators) {
     }
 }
 
+TEST_P(ExtendedPrecision, ConfirmsPropagatorsOfManyStates) {
+    Random random(182);
+    const std::vector<std::vector<int>> systems = {{1, 1, 1, 1, 1}, {1, 2, 2}, {1, 1, 1, 1, 1, 1}};
+    for (int trial = 0; trial < 6; ++trial) {
+        const auto& spins = systems[static_cast<std::size_t>(trial) % systems.size()];
+        RandomWaveform wave = random_waveform(random, 4, 1);
+        wave.dt = trial < 3 ? 1e-5 : 5e-5;
+        const EngineCase problem(random_system(random, spins, trial % 2 ? Coupling::exact : Coupling::weak),
+                                 wave);
+        EngineOpenSector(problem.sector({2, 1, 1, 0.0, 0.0, 0.0, 0.5, 0.0, 0.0}));
+        MarkedMatrix r;
+        EngineSectorPropagator(2, 1, 1, r);
+        EXPECT_LE(distance(r, exact_propagator(problem, 0.5, 0.0, 0.0)), 1e-13)
+            << testing::PrintToString(spins) << ' ' << trial;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, ExtendedPrecision, testing::ValuesIn(AllEngines()), EngineParamName);

@@ -145,19 +145,26 @@ TEST_F(FastParity, OfRandomSectorsUpTo16States) {
 }
 
 TEST_F(FastParity, OfRandomSectorsUpTo64States) {
-    const std::vector<std::vector<int>> systems = {{1, 2, 2},    {2, 2, 2},          {1, 1, 1, 1, 1},
-                                                   {1, 1, 2, 2}, {1, 1, 1, 1, 1, 1}, {3, 3, 3}};
+    const std::vector<std::vector<int>> systems = {
+        {1, 2, 2}, {2, 2, 2}, {1, 1, 1, 1, 1}, {1, 1, 2, 2}, {1, 1, 1, 1, 1, 1},
+        {3, 3, 3}, {16},      {1, 1, 1, 1, 2}, {6, 6},       {1, 1, 3, 2}};
     Random random(153);
-    for (int trial = 0; trial < 48 && !HasFailure(); ++trial) {
+    for (int trial = 0; trial < 80 && !HasFailure(); ++trial) {
         expect_parity(random, systems[static_cast<std::size_t>(trial) % systems.size()], 12);
     }
 }
 
 TEST_F(FastParity, OfRandomSectorsUpTo256States) {
     Random random(154);
-    for (const std::vector<int>& spins :
-         std::vector<std::vector<int>>{{2, 2, 2, 2}, {1, 1, 1, 1, 7}, {4, 4, 7}, {3, 3, 3, 3}}) {
-        expect_parity(random, spins, 1);
+    for (const std::vector<int>& spins : std::vector<std::vector<int>>{{2, 2, 2, 2},
+                                                                       {1, 1, 1, 1, 7},
+                                                                       {1, 1, 1, 1, 1, 1, 1},
+                                                                       {4, 4, 7},
+                                                                       {1, 1, 4, 9},
+                                                                       {3, 3, 3, 3},
+                                                                       {1, 1, 1, 1, 1, 1, 3},
+                                                                       {1, 1, 1, 1, 1, 1, 1, 1}}) {
+        expect_parity(random, spins, 2);
     }
 }
 

@@ -43,7 +43,9 @@ TEST_P(FastPlan, FollowsFieldAndSize) {
     EngineCase small = two_spins(162, 10);
     EXPECT_EQ(plan_of(small.sector()), "lanes");
     EngineCase large(random_system(random, {1, 1, 1, 1, 1}, Coupling::weak), random_waveform(random, 2, 1));
-    EXPECT_EQ(plan_of(large.sector()), "columns");
+    EXPECT_EQ(plan_of(large.sector()), "binary columns");
+    EngineCase mixed(random_system(random, {1, 2, 1, 1}, Coupling::weak), random_waveform(random, 2, 1));
+    EXPECT_EQ(plan_of(mixed.sector()), "columns");
     small.wave.xb.assign(10, 0.0);
     small.wave.yb.assign(10, 0.0);
     EXPECT_EQ(plan_of(small.sector()), "free precession");

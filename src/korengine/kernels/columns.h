@@ -92,16 +92,21 @@ inline void apply_step(const ColumnJob& job, int j, ColumnBlock& block) {
     block.y = result;
 }
 
-/// y = Z y, Z the turn of the field's direction between step j - 1 and step j.
-inline void turn_rows(const ColumnJob& job, int j, ColumnBlock& block) {
+/// Powers of the turn of the field's direction between step j - 1 and step j.
+inline void fill_turns(const ColumnJob& job, int j, double* powers) {
     double re = 1.0, im = 0.0;
     for (int k = 0; k <= job.ladder_top; ++k) {
-        block.powers[2 * k] = re;
-        block.powers[2 * k + 1] = im;
+        powers[2 * k] = re;
+        powers[2 * k + 1] = im;
         const double next = re * job.zc[j] - im * job.zs[j];
         im = re * job.zs[j] + im * job.zc[j];
         re = next;
     }
+}
+
+/// y = Z y, Z the turn of the field's direction between step j - 1 and step j.
+inline void turn_rows(const ColumnJob& job, int j, ColumnBlock& block) {
+    fill_turns(job, j, block.powers);
     for (int i = 0; i < job.n; ++i) {
         const double zr = block.powers[2 * job.ladder[i]];
         const double zi = block.powers[2 * job.ladder[i] + 1];
