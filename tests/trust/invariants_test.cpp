@@ -4,6 +4,8 @@
 #include "support/worst.h"
 #include "trust/random_experiment.h"
 
+#include <set>
+
 using namespace kor_test;
 
 namespace {
@@ -37,10 +39,17 @@ TEST(RandomSequences, KeepTraceHermiticityPurityAndUnitarity) {
     const Bench bench;
     Random random(1001);
     Worst trace("trace"), hermiticity("hermiticity"), purity("purity"), unitarity("unitarity");
+    std::set<std::string> plans; // of the sequences' last sectors
     const int sequences = cases(1000, 10000);
     for (int k = 0; k < sequences; ++k) {
         const Experiment experiment = random_experiment(random, k % 10 == 0 ? 24 : 12);
-        check_states(experiment, bench.run(experiment), trace, hermiticity, purity);
+        const std::vector<Dense> states = bench.run(experiment);
+        plans.insert(kor::EngineSectorPlan());
+        check_states(experiment, states, trace, hermiticity, purity);
         check_propagators(bench, experiment, random.integer(0, experiment.voxels() - 1), unitarity);
+    }
+    if (kor::EngineSelected() == kor::Engine::fast) {
+        EXPECT_EQ(plans, (std::set<std::string>{"columns", "equivalent spins", "free precession",
+                                                "interpolation", "lanes"}));
     }
 }

@@ -21,17 +21,27 @@ void make_alike(Spins& spins) {
 }
 
 enum class Kind { shaped, hard, along_x, gradient, delay };
+enum class Gradients { none, one_direction, all };
 
-void add_random_sample(Random& random, Kind kind, Train& train) {
-    const double g = kTwoPi * 2000.0;
+constexpr double kMostGradient = kTwoPi * 2000.0; // rad/s per cm
+
+Place random_gradient(Random& random) {
+    return {random.uniform(-kMostGradient, kMostGradient), random.uniform(-kMostGradient, kMostGradient),
+            random.uniform(-kMostGradient, kMostGradient)};
+}
+
+void add_random_sample(Random& random, Kind kind, Gradients gradients, const Place& direction, Train& train) {
     const bool field = kind == Kind::shaped || kind == Kind::along_x;
     const double bx = field ? kTwoPi * random.uniform(-500.0, 500.0) : 0.0;
     const double by = kind == Kind::shaped ? kTwoPi * random.uniform(-500.0, 500.0) : 0.0;
-    if (kind == Kind::gradient || (field && !train.gx.empty() && train.gx[0] != 0.0)) {
-        train.add_sample(bx, by, random.uniform(-g, g), random.uniform(-g, g), random.uniform(-g, g));
-    } else {
-        train.add_sample(bx, by, 0.0, 0.0, 0.0);
+    Place g = {0.0, 0.0, 0.0};
+    if (gradients == Gradients::one_direction) {
+        const double size = random.uniform(-1.0, 1.0);
+        g = {size * direction.x, size * direction.y, size * direction.z};
+    } else if (gradients == Gradients::all) {
+        g = random_gradient(random);
     }
+    train.add_sample(bx, by, g.x, g.y, g.z);
 }
 
 Train hard_pulse(Random& random) {
@@ -40,6 +50,17 @@ Train hard_pulse(Random& random) {
     const double phase = random.uniform(0.0, kTwoPi);
     const double field = random.uniform(0.1, 1.0) * kTwoPi * 50000.0;
     train.add_sample(field * std::cos(phase), field * std::sin(phase), 0.0, 0.0, 0.0);
+    return train;
+}
+
+/// A shaped pulse under a constant gradient along z.
+Train slice_pulse(Random& random) {
+    Train train;
+    train.dt = random.uniform(2e-5, 1e-4);
+    while (train.samples() < 40) {
+        train.add_sample(kTwoPi * random.uniform(-500.0, 500.0), kTwoPi * random.uniform(-500.0, 500.0), 0.0,
+                         0.0, kMostGradient);
+    }
     return train;
 }
 
@@ -84,12 +105,12 @@ Train random_train(Random& random) {
     train.dt = kind == Kind::delay ? random.uniform(0.0, 0.05) : random.uniform(5e-6, 2e-4);
     train.offset_hz = random.integer(0, 1) ? random.uniform(-1000.0, 1000.0) : 0.0;
     const int samples = kind == Kind::delay ? 1 : random.integer(1, 30);
-    if (random.integer(0, 1) && kind != Kind::delay) { // a first sample with a gradient: all have one
-        const double g = kTwoPi * 2000.0;
-        train.add_sample(0.0, 0.0, random.uniform(-g, g), random.uniform(-g, g), random.uniform(-g, g));
-    }
+    const auto gradients = static_cast<Gradients>(kind == Kind::delay      ? 0
+                                                  : kind == Kind::gradient ? random.integer(1, 2)
+                                                                           : random.integer(0, 2));
+    const Place direction = random_gradient(random);
     while (static_cast<int>(train.samples()) < samples) {
-        add_random_sample(random, kind, train);
+        add_random_sample(random, kind, gradients, direction, train);
     }
     return train;
 }
@@ -98,6 +119,9 @@ kor::EngineGrid random_grid(Random& random) {
     const double x0 = random.uniform(-0.5, 0.5);
     const double y0 = random.uniform(-0.5, 0.5);
     const double z0 = random.uniform(-0.5, 0.5);
+    if (random.integer(0, 59) == 0) {
+        return {1, 1, 256, x0, y0, z0, 0.0, 0.0, 0.002};
+    }
     switch (random.integer(0, 3)) {
     case 0:
         return {1, 1, 1, x0, y0, z0, 0.0, 0.0, 0.0};
@@ -117,6 +141,9 @@ Experiment random_experiment(Random& random, int max_states) {
     const int trains = random.integer(1, 5);
     for (int t = 0; t < trains; ++t) {
         experiment.trains.push_back(random_train(random));
+    }
+    if (experiment.voxels() > 64) {
+        experiment.trains.push_back(slice_pulse(random));
     }
     return experiment;
 }
