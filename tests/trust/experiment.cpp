@@ -3,6 +3,7 @@
 #include "kor/runtime_state.h"
 #include "kor/sequence_driver.h"
 #include "kor/smoke_check_mode.h"
+#include "kor/spin_system.h"
 #include "support/marked_matrix.h"
 #include "support/run_models.h"
 
@@ -89,6 +90,11 @@ Bench::Bench() : folder_(memory_folder()) {
 
 Bench::~Bench() {
     forget_model();
+}
+
+void Bench::build(const Spins& spins) const {
+    define(spins);
+    kor::BuildSpinSystemFromPulseSequenceGlobals();
 }
 
 std::vector<Dense> Bench::run(const Experiment& experiment) const {

@@ -62,6 +62,8 @@ public:
 
     /// The states of all voxels in the order of their numbers, from equilibrium.
     std::vector<Dense> run(const Experiment& experiment) const;
+    /// Makes the program's operators of these spins, in its runtime state.
+    void build(const Spins& spins) const;
     /// The operators of the spins last run, and the propagator of one train under them at a place. `sign` -1
     /// negates the Hamiltonian of shifts and couplings.
     Dense propagator(const Train& train, const Place& place, double sign = 1.0) const;
