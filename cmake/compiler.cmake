@@ -5,7 +5,10 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
 endif()
-set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+# tools/compiler_matrix.py builds with other values of these two.
+set(KOR_OPTIMISATION -O2 CACHE STRING "Optimisation of a release build")
+set(KOR_CONTRACTION off CACHE STRING "-ffp-contract of everything but the kernels")
+set(CMAKE_CXX_FLAGS_RELEASE ${KOR_OPTIMISATION})
 
 find_program(KOR_CCACHE ccache)
 if(KOR_CCACHE)
@@ -14,7 +17,7 @@ endif()
 
 add_library(kor_compiler INTERFACE)
 # No contraction of a * b + c: the same bits on every machine.
-target_compile_options(kor_compiler INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=off)
+target_compile_options(kor_compiler INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=${KOR_CONTRACTION})
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # In C++, GCC's -Wconversion leaves changes of sign alone; clang's does not.
   target_compile_options(kor_compiler INTERFACE -Wno-sign-conversion)

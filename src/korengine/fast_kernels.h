@@ -1,7 +1,8 @@
 // The kernels of the fast engine, one source for every instruction set: a file that includes this one
 // has set kLanes, the doubles of a vector register, in kor's anonymous namespace. Everything here is
 // file-local and works on plain pointers, so that no function compiled for one instruction set is ever
-// linked into another's place. Memory is read and written without alignment.
+// linked into another's place. load and store read and write memory without alignment; what as_lanes takes
+// begins on a cache line.
 #pragma once
 
 #include "fast_jobs.h"
@@ -10,14 +11,21 @@ namespace kor {
 
 namespace {
 
-typedef double Lanes __attribute__((vector_size(8 * kLanes), aligned(8), may_alias));
+typedef double UnalignedLanes __attribute__((vector_size(8 * kLanes), aligned(8), may_alias));
+#ifdef __clang__
+// clang forgets the smaller alignment in templates and references, and then moves local arrays of that type
+// as if they had the full one: here they have it.
+typedef double Lanes __attribute__((vector_size(8 * kLanes), may_alias));
+#else
+typedef UnalignedLanes Lanes;
+#endif
 
 inline Lanes load(const double* p) {
-    return *reinterpret_cast<const Lanes*>(p);
+    return *reinterpret_cast<const UnalignedLanes*>(p);
 }
 
 inline void store(double* p, Lanes v) {
-    *reinterpret_cast<Lanes*>(p) = v;
+    *reinterpret_cast<UnalignedLanes*>(p) = v;
 }
 
 inline Lanes* as_lanes(double* p) {
