@@ -1,15 +1,15 @@
 #include "workloads.h"
 
+#include "definitions.h"
+
 #include "kor/propagation.h"
 #include "kor/runtime_state.h"
-#include "kor/spin_system.h"
 #include "korengine.h"
 #include "koroptseq.h"
 #include "observablespectrumcalculator/signal_file.h"
-#include "rfpulselib/shapes.h"
 #include "spinoperatorlib.h"
+#include "support/plain_spin_system.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -18,133 +18,6 @@ namespace kor_benchmark {
 namespace {
 
 using namespace kor;
-
-constexpr double kTwoPi = 2.0 * KOR_PI;
-enum class Coupling { weak = 1, exact = 2 };
-
-struct Spins {
-    std::vector<double> offsets;       // Hz
-    std::function<double(int, int)> j; // Hz, spins from 0
-    Coupling coupling;
-};
-
-void set_spins(const Spins& spins) {
-    RuntimeState& s = g_runtime;
-    s.Nspins = static_cast<int>(spins.offsets.size());
-    s.Jexact = static_cast<int>(spins.coupling);
-    s.Jcount = 0;
-    std::fill(&s.jc[0][0], &s.jc[0][0] + sizeof s.jc / sizeof(double), 0.0);
-    for (int i = 0; i < s.Nspins; ++i) {
-        s.quantnum[i + 1] = 1;
-        s.relspinamp[i + 1] = 1.0;
-        s.resofreqs[i + 1] = spins.offsets[static_cast<std::size_t>(i)];
-        for (int j = i + 1; j < s.Nspins; ++j) {
-            s.couplings[++s.Jcount] = spins.j(i, j);
-        }
-    }
-    BuildSpinSystemFromPulseSequenceGlobals();
-}
-
-Spins proton() {
-    return {{0.0}, [](int, int) { return 0.0; }, Coupling::weak};
-}
-
-Spins ax3() {
-    return {{170.0, -170.0, -170.0, -170.0}, [](int i, int) { return i == 0 ? 6.93 : 0.0; }, Coupling::exact};
-}
-
-Spins pair() {
-    return {{60.0, -45.0}, [](int, int) { return 7.5; }, Coupling::exact};
-}
-
-double ladder_coupling(int i, int j) {
-    if (j == i + 1) {
-        return 7.0 + 0.3 * i;
-    }
-    return j == i + 2 ? -1.5 - 0.2 * i : 0.4 + 0.05 * (i + j);
-}
-
-Spins six_spins(Coupling coupling) {
-    return {{210.0, 95.0, 40.0, -35.0, -120.0, -260.0}, ladder_coupling, coupling};
-}
-
-Spins eight_spins() {
-    return {{210.0, 95.0, 40.0, -35.0, -120.0, -260.0, 330.0, -410.0}, ladder_coupling, Coupling::exact};
-}
-
-struct Gradient {
-    double x, y, z; // Hz per cm
-};
-
-void set_waveform(int samples, double time, const Gradient& gradient) {
-    RuntimeState& s = g_runtime;
-    s.ap = samples;
-    s.pt = time;
-    s.h = s.ti = time / samples;
-    s.statoff_s = 0.0;
-    std::fill_n(s.xb, samples, 0.0);
-    std::fill_n(s.yb, samples, 0.0);
-    std::fill_n(s.gx, samples, kTwoPi * gradient.x);
-    std::fill_n(s.gy, samples, kTwoPi * gradient.y);
-    std::fill_n(s.gz, samples, kTwoPi * gradient.z);
-}
-
-void set_sinc_gauss(int samples, double time, double angle, double f, double b, double phase,
-                    const Gradient& gradient) {
-    set_waveform(samples, time, gradient);
-    sinc_gauss_waveform(samples, time / samples, phase, angle, f, b, g_runtime.xb, g_runtime.yb);
-}
-
-/// `samples` samples of a 90 degree pulse in 10 microseconds.
-void set_hard_pulse(int samples) {
-    set_waveform(samples, 1e-5, {0.0, 0.0, 0.0});
-    rectangular_waveform(samples, 0.0, 25000.0, g_runtime.xb, g_runtime.yb);
-}
-
-struct Axis {
-    int count = 1;
-    double first = 0.0, last = 0.0; // cm
-    double step() const { return count > 1 ? (last - first) / (count - 1) : 0.0; }
-};
-
-void set_grid(const Axis& x, const Axis& y, const Axis& z) {
-    RuntimeState& s = g_runtime;
-    s.ndx = x.count;
-    s.ndy = y.count;
-    s.ndz = z.count;
-    s.ndw = x.count * y.count * z.count;
-    s.x0_s = x.first;
-    s.y0_s = y.first;
-    s.z0_s = z.first;
-    s.dx_s = x.step();
-    s.dy_s = y.step();
-    s.dz_s = z.step();
-}
-
-void start_run() {
-    g_runtime.calc = 0;
-    g_runtime.pulseflag = 1;
-    g_runtime.spatial_progress_sector = 1;
-    g_runtime.spatial_progress_sector_count = 1;
-}
-
-/// Propagators of the current waveform over the current grid, nothing else.
-void propagate_only() {
-    RuntimeState& s = g_runtime;
-    static CMatrix H0;
-    static CMatrix r;
-    CMatAdd(s.n, s.Izee, s.Icoup, H0);
-    EngineOpenSector({{s.n, &H0, &s.Izgrad, &s.Ixtot, &s.Iytot},
-                      {s.ap, s.h, s.xb, s.yb, s.gx, s.gy, s.gz, s.statoff_s},
-                      {s.ndx, s.ndy, s.ndz, s.x0_s, s.y0_s, s.z0_s, s.dx_s, s.dy_s, s.dz_s}});
-    for (int ix = 1; ix <= s.ndx; ++ix) {
-        for (int iy = 1; iy <= s.ndy; ++iy) {
-            for (int iz = 1; iz <= s.ndz; ++iz) {
-                EngineSectorPropagator(ix, iy, iz, r);
-            }
-        }
-    }
-}
 
 void slice_pulse() {
     set_sinc_gauss(256, 5e-3, KOR_PI / 2, 800.0, 600.0, 0.0, {0.0, 0.0, 1000.0});
@@ -349,6 +222,18 @@ Workload w6() {
     return {"W6", "3 spins, 256 samples, 10 optimiser evaluations", ten, ten, 1.0, 40.0, 25.0};
 }
 
+/// A quarter of the plain set-up: two of eight spins, seven of 28 pairs.
+Workload w7() {
+    const auto plain = [] {
+        static kor_test::PlainSpinSystem system;
+        if (g_runtime.Nspins != 8) {
+            set_spins(eight_spins());
+        }
+        kor_test::build_plain(kor_test::kPlainByDefinition, 2, 7, system);
+    };
+    return {"W7", "8 spins, operator set-up", [] { set_spins(eight_spins()); }, plain, 4.0, 500.0, 500.0};
+}
+
 } // namespace
 
 std::vector<Workload> all_workloads() {
@@ -366,7 +251,8 @@ std::vector<Workload> all_workloads() {
             w4(4096, 10000.0, 7000.0),
             w4_pulse(),
             w5(),
-            w6()};
+            w6(),
+            w7()};
 }
 
 std::vector<Growth> all_growths() {

@@ -1,6 +1,7 @@
 // Floor 1.2 - mathematics: product basis and spin operators
 //
-// Rooms in src/spinoperatorlib/: kets (the basis), ladder (I+ and I-), operators (Ix, Iy, Iz, totals).
+// Rooms in src/spinoperatorlib/: kets (the basis), ladder (I+ and I-), operators (Ix, Iy, Iz, totals),
+// sparse_operators (the same by their few elements).
 // Quantum numbers are doubled integers: twice I and twice m. Spins, basis states and matrix elements count
 // from 1. The basis order is fixed: state 1 has every spin at its highest m, m descends, spin 1 varies
 // slowest and the last spin fastest. The builders trust n, Xspin and the ket table of MakeKets(Ilist).
@@ -68,5 +69,32 @@ void MakeMatrixIz(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, 
 void MakeTotalIx(int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm, CMatrix& out);
 void MakeTotalIy(int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm, CMatrix& out);
 void MakeTotalIz(int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm, CMatrix& out);
+
+// The same operators by their few elements.
+
+/// A matrix with few nonzero elements: element[k][0..count[k]-1] of row k = 1..n, in ascending columns for
+/// the operators of one spin.
+struct SparseOperator {
+    struct Element {
+        int column; // from 1
+        double re, im;
+    };
+    int n;
+    int count[KOR_MAX_STATES + 1];
+    Element element[KOR_MAX_STATES + 1][4];
+};
+
+/// out = the elements of MakeMatrixIx (Iy, Iz), bit by bit.
+void SparseIx(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, SparseOperator& out);
+void SparseIy(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, SparseOperator& out);
+void SparseIz(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, SparseOperator& out);
+/// NormCMatrix: unit Frobenius norm; a zero operator stays zero.
+void SparseNorm(SparseOperator& op);
+/// out = a . b, a and b operators of two different spins: each element is one product, as in CMatMult.
+void SparseProduct(const SparseOperator& a, const SparseOperator& b, SparseOperator& out);
+/// mat += factor op, for a finite factor the bits of CMatRMultAdd on a matrix without negative zeros.
+void AddSparse(const SparseOperator& op, double factor, CMatrix& mat);
+/// out = op, zeros included.
+void SparseToMatrix(const SparseOperator& op, CMatrix& out);
 
 } // namespace kor

@@ -3,6 +3,7 @@
 #include "kor/smoke_check_mode.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -11,22 +12,32 @@ namespace kor {
 namespace {
 
 using PairTable = double[KOR_MAX_SPINS + 1][KOR_MAX_SPINS + 1];
-using SpinOperatorBuilder = void (*)(const SpinIList&, const SpinKet&, int, int, CMatrix&);
+using SparseBuilder = void (*)(const SpinIList&, const SpinKet&, int, int, SparseOperator&);
 
 constexpr double two_pi = 2.0 * KOR_PI;
 
-CMatrix spin_operator;        // operator of the one spin being added
-CMatrix pair_operator;        // operator of the second spin of a pair
-CMatrix pair_product;         // product of the two
-CMatrix weighted_equilibrium; // intensity times the scaled Iz
+SparseOperator spin_operator; // operator of the one spin being added
+SparseOperator pair_operator; // operator of the second spin of a pair
+SparseOperator pair_product;  // product of the two
+CMatrix whole_operator;       // with the zeros that an endless factor turns into something else
+
+/// mat += factor * op
+void add_scaled(const SparseOperator& op, double factor, CMatrix& mat) {
+    if (std::isfinite(factor)) {
+        AddSparse(op, factor, mat);
+    } else {
+        SparseToMatrix(op, whole_operator);
+        CMatRMultAdd(op.n, whole_operator, factor, mat, 1.0, mat);
+    }
+}
 
 /// Icoup += omega * (operator of spin i) . (operator of spin j)
-void add_pair_product(SpinOperatorBuilder build, int i, int j, double omega) {
+void add_pair_product(SparseBuilder build, int i, int j, double omega) {
     RuntimeState& rt = g_runtime;
     build(rt.Ilist, rt.ket, rt.n, i, spin_operator);
     build(rt.Ilist, rt.ket, rt.n, j, pair_operator);
-    CMatMultSparse(rt.n, spin_operator, pair_operator, pair_product);
-    CMatRMultAdd(rt.n, pair_product, omega, rt.Icoup, 1.0, rt.Icoup);
+    SparseProduct(spin_operator, pair_operator, pair_product);
+    add_scaled(pair_product, omega, rt.Icoup);
 }
 
 bool any_coupling(const PairTable& table) {
@@ -86,17 +97,15 @@ void build_couplings(const PairTable& saved_jc, bool use_saved) {
 
 void add_equilibrium_term(int spin, double intensity) {
     RuntimeState& rt = g_runtime;
-    MakeMatrixIz(rt.Ilist, rt.ket, rt.n, spin, spin_operator);
-    NormCMatrix(rt.n, spin_operator);
-    const Complex2 weight = {{0.0, intensity, 0.0}};
-    CMultCMat(rt.n, weight, spin_operator, weighted_equilibrium);
-    CMatAdd(rt.n, rt.densmat, weighted_equilibrium, rt.densmat);
+    SparseIz(rt.Ilist, rt.ket, rt.n, spin, spin_operator);
+    SparseNorm(spin_operator);
+    add_scaled(spin_operator, intensity, rt.densmat);
 }
 
 void add_zeeman_term(int spin, double offset_hz) {
     RuntimeState& rt = g_runtime;
-    MakeMatrixIz(rt.Ilist, rt.ket, rt.n, spin, spin_operator);
-    CMatRMultAdd(rt.n, spin_operator, two_pi * offset_hz, rt.Izee, 1.0, rt.Izee);
+    SparseIz(rt.Ilist, rt.ket, rt.n, spin, spin_operator);
+    add_scaled(spin_operator, two_pi * offset_hz, rt.Izee);
 }
 
 void add_coupling_term(int i, int j, double j_hz, bool exact) {
@@ -106,10 +115,10 @@ void add_coupling_term(int i, int j, double j_hz, bool exact) {
     if (omega == 0.0)
         return;
     if (exact) {
-        add_pair_product(MakeMatrixIx, i, j, omega);
-        add_pair_product(MakeMatrixIy, i, j, omega);
+        add_pair_product(SparseIx, i, j, omega);
+        add_pair_product(SparseIy, i, j, omega);
     }
-    add_pair_product(MakeMatrixIz, i, j, omega);
+    add_pair_product(SparseIz, i, j, omega);
 }
 
 void MakeGradientOperator() {

@@ -1,4 +1,4 @@
-#include "spinoperatorlib.h"
+#include "ladder_steps.h"
 
 #include <cmath>
 #include <cstring>
@@ -46,18 +46,27 @@ int state_stride(const SpinIList& Ilist, int Xspin, int Nspins) {
     return stride;
 }
 
-/// Ladder matrix column by column: the one state that the step reaches lies `shift` states away.
-void make_ladder(LadderAction act, const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, int shift,
-                 CMatrix& out) {
+/// The steps of every state; the one that a step reaches lies `shift` states away.
+void list_steps(LadderAction act, const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, int shift,
+                LadderSteps& out) {
     static SpinKet newket;
     const int Nspins = infer_nspins(Ilist);
-    CMatZero(n, out);
+    out.shift = shift;
     for (int l = 1; l <= n; ++l) {
         const int k = l + shift;
         double coefficient = 0.0;
         act(Ilist, l, Xspin, ket, newket, &coefficient);
-        if (coefficient != 0.0 && k >= 1 && k <= n && ket_equal(ket[k], newket[l], Nspins)) {
-            out[k][l][1] = coefficient;
+        const bool reached = coefficient != 0.0 && k >= 1 && k <= n && ket_equal(ket[k], newket[l], Nspins);
+        out.coefficient[l] = reached ? coefficient : 0.0;
+    }
+}
+
+/// Ladder matrix column by column.
+void make_ladder(const LadderSteps& steps, int n, CMatrix& out) {
+    CMatZero(n, out);
+    for (int l = 1; l <= n; ++l) {
+        if (steps.coefficient[l] != 0.0) {
+            out[l + steps.shift][l][1] = steps.coefficient[l];
         }
     }
 }
@@ -102,12 +111,24 @@ void inproductImin(const SpinIList& Ilist, const SpinKet& ket, int Brastate, int
     inproduct(operateImin, Ilist, ket, Brastate, Ketstate, Xspin, newket, element1, element2);
 }
 
+void list_raising_steps(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, LadderSteps& out) {
+    list_steps(operateIplus, Ilist, ket, n, Xspin, -state_stride(Ilist, Xspin, infer_nspins(Ilist)), out);
+}
+
+void list_lowering_steps(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, LadderSteps& out) {
+    list_steps(operateImin, Ilist, ket, n, Xspin, state_stride(Ilist, Xspin, infer_nspins(Ilist)), out);
+}
+
 void MakeMatrixIplus(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, CMatrix& out) {
-    make_ladder(operateIplus, Ilist, ket, n, Xspin, -state_stride(Ilist, Xspin, infer_nspins(Ilist)), out);
+    static LadderSteps steps;
+    list_raising_steps(Ilist, ket, n, Xspin, steps);
+    make_ladder(steps, n, out);
 }
 
 void MakeMatrixImin(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, CMatrix& out) {
-    make_ladder(operateImin, Ilist, ket, n, Xspin, state_stride(Ilist, Xspin, infer_nspins(Ilist)), out);
+    static LadderSteps steps;
+    list_lowering_steps(Ilist, ket, n, Xspin, steps);
+    make_ladder(steps, n, out);
 }
 
 } // namespace kor

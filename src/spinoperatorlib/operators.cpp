@@ -4,18 +4,18 @@ namespace kor {
 
 namespace {
 
-using SpinOperatorBuilder = void (*)(const SpinIList&, const SpinKet&, int, int, CMatrix&);
+using SparseBuilder = void (*)(const SpinIList&, const SpinKet&, int, int, SparseOperator&);
 
-void make_total(SpinOperatorBuilder build, int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist,
-                int Norm, CMatrix& out) {
-    static CMatrix store;
+void make_total(SparseBuilder build, int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm,
+                CMatrix& out) {
+    static SparseOperator store;
     CMatZero(n, out);
     for (int s = 1; s <= Nspins; ++s) {
         build(Ilist, ket, n, s, store);
         if (Norm == 1) {
-            NormCMatrix(n, store);
+            SparseNorm(store);
         }
-        CMatAdd(n, out, store, out);
+        AddSparse(store, 1.0, out);
     }
 }
 
@@ -62,15 +62,15 @@ void MakeMatrixIz(const SpinIList& Ilist, const SpinKet& ket, int n, int Xspin, 
 }
 
 void MakeTotalIx(int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm, CMatrix& out) {
-    make_total(MakeMatrixIx, n, Nspins, ket, Ilist, Norm, out);
+    make_total(SparseIx, n, Nspins, ket, Ilist, Norm, out);
 }
 
 void MakeTotalIy(int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm, CMatrix& out) {
-    make_total(MakeMatrixIy, n, Nspins, ket, Ilist, Norm, out);
+    make_total(SparseIy, n, Nspins, ket, Ilist, Norm, out);
 }
 
 void MakeTotalIz(int n, int Nspins, const SpinKet& ket, const SpinIList& Ilist, int Norm, CMatrix& out) {
-    make_total(MakeMatrixIz, n, Nspins, ket, Ilist, Norm, out);
+    make_total(SparseIz, n, Nspins, ket, Ilist, Norm, out);
 }
 
 } // namespace kor
