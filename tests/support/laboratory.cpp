@@ -24,7 +24,7 @@ Laboratory::Laboratory(const std::vector<int>& twice_spins) {
 }
 
 Dense Laboratory::op(int spin, Axis axis) {
-    MarkedMatrix out;
+    static kor::CMatrix out;
     switch (axis) {
     case Axis::x:
         kor::MakeMatrixIx(Ilist_, ket_, n_, spin, out);
@@ -36,7 +36,7 @@ Dense Laboratory::op(int spin, Axis axis) {
         kor::MakeMatrixIz(Ilist_, ket_, n_, spin, out);
         break;
     }
-    return out.dense(n_);
+    return to_dense(n_, out);
 }
 
 Dense Laboratory::total(Axis axis) {
@@ -68,16 +68,17 @@ Dense Laboratory::propagator(const Stretch& stretch, double x, double y, double 
         {{n_, address(H0_), address(Fz_), address(Fx_), address(Fy_)},
          {stretch.count, stretch.dt, xb.data(), yb.data(), gx.data(), gy.data(), gz.data(), stretch.offset},
          {1, 1, 1, x, y, z, 0.0, 0.0, 0.0}});
-    MarkedMatrix r;
+    static kor::CMatrix r;
     kor::EngineSectorPropagator(1, 1, 1, r);
-    return r.dense(n_);
+    return to_dense(n_, r);
 }
 
 Dense Laboratory::after(const Stretch& stretch, const Dense& rho, double x, double y, double z) {
-    const MarkedMatrix r(propagator(stretch, x, y, z));
-    MarkedMatrix state(rho);
+    static kor::CMatrix r, state;
+    from_dense(propagator(stretch, x, y, z), r);
+    from_dense(rho, state);
     kor::EngineRotate(n_, r, state);
-    return state.dense(n_);
+    return to_dense(n_, state);
 }
 
 Dense Laboratory::after_ideal_pulse(Axis axis, double angle, const Dense& rho) {
