@@ -1,5 +1,6 @@
 #include "workloads.h"
 
+#include "arithmetic.h"
 #include "definitions.h"
 
 #include "kor/propagation.h"
@@ -51,8 +52,8 @@ Workload w1() {
         Rotate3D();
     };
     return {
-        "W1", "AX3, 256 samples, 256 voxels, whole run", [=] { part(256); }, [=] { part(4); }, 64.0, 250.0,
-        180.0};
+        "W1",  "AX3, 256 samples, 256 voxels, whole run", [=] { part(256); }, [=] { part(4); }, 64.0, 250.0,
+        180.0, [] { return lane_multiply_adds({8, 4}); }};
 }
 
 Workload w1_general() {
@@ -67,7 +68,7 @@ Workload w1_general() {
     };
     return {
         "W1g", "4 unlike spins, no palindrome, propagators", [=] { part(256); }, [=] { part(4); }, 64.0, 55.0,
-        30.0};
+        30.0,  [] { return lane_multiply_adds({16}); }};
 }
 
 void w2_run(int planes) {
@@ -131,7 +132,8 @@ Workload w3(Coupling coupling, Symmetry symmetry, const char* name, double goal_
     const std::string what = std::string("6 spins ") + (coupling == Coupling::exact ? "exact" : "weak") +
                              ", 256 samples, 16 voxels" +
                              (symmetry == Symmetry::palindrome ? ", palindrome" : "");
-    return {name, what, [=] { part(16, 256); }, [=] { part(4, 8); }, 128.0, goal_avx512, goal_avx2};
+    return {name,        what,      [=] { part(16, 256); }, [=] { part(4, 8); }, 128.0,
+            goal_avx512, goal_avx2, column_multiply_adds};
 }
 
 Workload w4(int points, double goal_avx512, double goal_avx2) {
@@ -156,7 +158,9 @@ Workload w4(int points, double goal_avx512, double goal_avx2) {
             [=] { prepared(2); },
             points / 2.0,
             goal_avx512,
-            goal_avx2};
+            goal_avx2,
+            [=] { return signal_multiply_adds(8, points); },
+            false};
 }
 
 Workload w4_pulse() {
@@ -168,7 +172,8 @@ Workload w4_pulse() {
         set_sinc_gauss(samples, samples * 2e-5, KOR_PI / 2, 5000.0, 600.0, 30.0, {0.0, 0.0, 0.0});
         propagate_only();
     };
-    return {"W4/pulse", "8 spins, 16-sample pulse", [=] { part(16); }, [=] { part(1); }, 16.0, 0.0, 0.0};
+    return {"W4/pulse", "8 spins, 16-sample pulse", [=] { part(16); }, [=] { part(1); }, 16.0, 0.0,
+            0.0,        column_multiply_adds};
 }
 
 void w5_run(int rows, int points) {
@@ -231,7 +236,8 @@ Workload w7() {
         }
         kor_test::build_plain(kor_test::kPlainByDefinition, 2, 7, system);
     };
-    return {"W7", "8 spins, operator set-up", [] { set_spins(eight_spins()); }, plain, 4.0, 500.0, 500.0};
+    return {"W7", "8 spins, operator set-up", [] { set_spins(eight_spins()); }, plain, 4.0, 500.0, 500.0, {},
+            false};
 }
 
 } // namespace

@@ -15,6 +15,8 @@ struct Workload {
     double plain_parts;          // ... and how many such parts make the whole
     double goal_avx512;          // plain time over fast time to reach
     double goal_avx2;
+    std::function<double()> multiply_adds = {}; // after a run, where arithmetic takes the time (arithmetic.h)
+    bool opens_sector = true;                   // so that the engine can name its way
 };
 
 /// Makes every workload; each prepares its spin system when it is called.

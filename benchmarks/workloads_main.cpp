@@ -3,7 +3,9 @@
 // engine runs a stated part of the workload; its time is scaled up. The fast engine runs with every
 // instruction set that has a goal and that the machine offers, or with the given one alone. With 0 repeats
 // only the fast engine runs, for a profiler.
-// workloads [--set ...] growth: the fast engine's time as one quantity grows.
+// "peak" is the share of the core's multiply-add peak (peak.h) that the counted arithmetic (arithmetic.h)
+// takes. workloads [--set ...] growth: the fast engine's time as one quantity grows.
+#include "peak.h"
 #include "workloads.h"
 
 #include "kor/runtime_state.h"
@@ -64,6 +66,16 @@ double goal_of(const Workload& workload, kor::InstructionSet set) {
     std::abort(); // not one of the enumerators
 }
 
+/// The workload's multiply-adds per second in percent of what the core can do, measured now: shared machines
+/// change their pace.
+std::string share_of_peak(const Workload& workload, const NamedSet& set, double time) {
+    if (!workload.multiply_adds) {
+        return "";
+    }
+    const double share = workload.multiply_adds() / time / multiply_add_peak(set.set);
+    return std::to_string(std::lround(100.0 * share)) + '%';
+}
+
 struct Request {
     std::vector<NamedSet> sets; // to measure, the first one in use at the start
     int repeats = 5;
@@ -99,9 +111,11 @@ void run(const Workload& workload, const Request& request) {
         }
     }
     for (std::size_t i = 0; i < fast.size(); ++i) {
-        std::printf("| %-8s | %-54s | %-8s | %11.4f | %11.6f | %7.0f | %7.0f | %s |\n", workload.name.c_str(),
-                    workload.what.c_str(), request.sets[i].name, plain, fast[i],
-                    goal_of(workload, request.sets[i].set), plain / fast[i], kor::EngineSectorPlan());
+        std::printf("| %-8s | %-54s | %-8s | %11.4f | %11.6f | %7.0f | %7.0f | %4s | %s |\n",
+                    workload.name.c_str(), workload.what.c_str(), request.sets[i].name, plain, fast[i],
+                    goal_of(workload, request.sets[i].set), plain / fast[i],
+                    share_of_peak(workload, request.sets[i], fast[i]).c_str(),
+                    workload.opens_sector ? kor::EngineSectorPlan() : "");
     }
     std::fflush(stdout);
 }
@@ -176,8 +190,13 @@ int main(int argc, char** argv) {
         }
         return 0;
     }
-    std::puts("| name | workload | set | plain (s) | fast (s) | goal | reached | plan |");
-    std::puts("|---|---|---|---|---|---|---|---|");
+    for (const NamedSet& set : request.sets) {
+        std::printf("peak:     %.1f thousand million multiply-adds per second (%s)\n",
+                    1e-9 * multiply_add_peak(set.set), set.name);
+    }
+    std::puts("");
+    std::puts("| name | workload | set | plain (s) | fast (s) | goal | reached | peak | plan |");
+    std::puts("|---|---|---|---|---|---|---|---|---|");
     for (const Workload& workload : all_workloads()) {
         if (wanted(workload, request)) {
             request.repeats > 0 ? run(workload, request) : profile(workload, request);
