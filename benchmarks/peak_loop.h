@@ -12,7 +12,10 @@ constexpr int kSums = 12; // more than the latency of two units, fewer than the 
 
 /// Returns the multiply-adds done; *out keeps the compiler from leaving them out.
 double multiply_add(int rounds, double* out) {
-    Lanes sum[kSums]{};
+    Lanes sum[kSums];
+    for (int i = 0; i < kSums; ++i) {
+        sum[i] = Lanes{} + i; // equal ones would be computed once
+    }
     const Lanes factor = Lanes{} + 0.999;
     const Lanes term = Lanes{} + 1e-3;
     for (int r = 0; r < rounds; ++r) {
