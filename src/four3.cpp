@@ -1,5 +1,6 @@
 #include "four3.h"
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <memory>
@@ -14,6 +15,11 @@ namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
 
+/// The index after i, bits reversed, from that of i: a carry that runs down from the highest bit.
+std::size_t next_reversed(std::size_t i, std::size_t reversed, std::size_t nn) {
+    return reversed ^ (nn - (nn >> (std::countr_one(i) + 1)));
+}
+
 void bit_reverse(double* data, std::size_t nn) {
     std::size_t j = 0;
     for (std::size_t i = 0; i < nn; ++i) {
@@ -21,23 +27,30 @@ void bit_reverse(double* data, std::size_t nn) {
             std::swap(data[2 * i], data[2 * j]);
             std::swap(data[2 * i + 1], data[2 * j + 1]);
         }
-        std::size_t m = nn / 2;
-        while (m != 0 && j >= m) {
-            j -= m;
-            m /= 2;
-        }
-        j += m;
+        j = next_reversed(i, j, nn);
     }
 }
 
-/// x_i and x_j become x_i + w x_j and x_i - w x_j.
-void butterfly(double* xi, double* xj, double wr, double wi) {
-    const double tr = wr * xj[0] - wi * xj[1];
-    const double ti = wr * xj[1] + wi * xj[0];
-    xj[0] = xi[0] - tr;
-    xj[1] = xi[1] - ti;
-    xi[0] += tr;
-    xi[1] += ti;
+/// A complex number as one register.
+typedef double Pair __attribute__((vector_size(16)));
+typedef long long PairIndex __attribute__((vector_size(16)));
+
+Pair load(const double* x) {
+    return Pair{x[0], x[1]};
+}
+
+void store(double* x, Pair value) {
+    x[0] = value[0];
+    x[1] = value[1];
+}
+
+/// x_i and x_j become x_i + w x_j and x_i - w x_j; real = (wr, wr), imaginary = (-wi, wi).
+void butterfly(double* xi, double* xj, Pair real, Pair imaginary) {
+    const Pair a = load(xi);
+    const Pair b = load(xj);
+    const Pair t = real * b + imaginary * __builtin_shuffle(b, PairIndex{1, 0});
+    store(xj, a - t);
+    store(xi, a + t);
 }
 
 /// The butterflies of half-span h, the twiddle factors by the sine recurrence.
@@ -51,12 +64,27 @@ void combine_stage(double* data, std::size_t nn, std::size_t h, bool inverse) {
     double wr = 1.0;
     double wi = 0.0;
     for (std::size_t k = 0; k < h; ++k) {
+        const Pair real{wr, wr};
+        const Pair imaginary{-wi, wi};
         for (std::size_t i = k; i < nn; i += span) {
-            butterfly(data + 2 * i, data + 2 * (i + h), wr, wi);
+            butterfly(data + 2 * i, data + 2 * (i + h), real, imaginary);
         }
         const double old_wr = wr;
         wr = wr + wr * wpr - wi * wpi;
         wi = wi + old_wr * wpi + wi * wpr;
+    }
+}
+
+/// Transforms points that stand in the order of their reversed indices.
+void combine(double* data, std::size_t nn, bool inverse) {
+    for (std::size_t h = 1; h < nn; h *= 2) {
+        combine_stage(data, nn, h, inverse);
+    }
+    if (inverse) {
+        const double scale = 1.0 / static_cast<double>(nn);
+        for (std::size_t k = 0; k < 2 * nn; ++k) {
+            data[k] *= scale;
+        }
     }
 }
 
@@ -74,15 +102,7 @@ four3_status four2_status(double* data, std::size_t nn, bool inverse) {
         return FOUR3_ERR_BADLEN;
     }
     bit_reverse(data, nn);
-    for (std::size_t h = 1; h < nn; h *= 2) {
-        combine_stage(data, nn, h, inverse);
-    }
-    if (inverse) {
-        const double scale = 1.0 / static_cast<double>(nn);
-        for (std::size_t k = 0; k < 2 * nn; ++k) {
-            data[k] *= scale;
-        }
-    }
+    combine(data, nn, inverse);
     return FOUR3_OK;
 }
 
@@ -97,21 +117,18 @@ four3_status fft_status(std::size_t ap, double* real, double* imag, bool inverse
     if (!work) {
         return FOUR3_ERR_BADLEN;
     }
-    // Adding half the length modulo the length swaps the halves, on the way in and on the way out.
+    // Half the length more, modulo the length, swaps the halves, on the way in and on the way out.
     const std::size_t half = ap / 2;
+    std::size_t reversed = 0;
     for (std::size_t k = 0; k < ap; ++k) {
-        const std::size_t swapped = (k + half) % ap;
-        work[2 * k] = real[swapped];
-        work[2 * k + 1] = imag[swapped];
+        work[2 * reversed] = real[k ^ half];
+        work[2 * reversed + 1] = imag[k ^ half];
+        reversed = next_reversed(k, reversed, ap);
     }
-    const four3_status status = four2_status(work.get(), ap, inverse);
-    if (status != FOUR3_OK) {
-        return status;
-    }
+    combine(work.get(), ap, inverse);
     for (std::size_t k = 0; k < ap; ++k) {
-        const std::size_t swapped = (k + half) % ap;
-        real[k] = work[2 * swapped];
-        imag[k] = work[2 * swapped + 1];
+        real[k] = work[2 * (k ^ half)];
+        imag[k] = work[2 * (k ^ half) + 1];
     }
     return FOUR3_OK;
 }
