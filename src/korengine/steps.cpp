@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <utility>
 
 namespace kor {
 
@@ -68,7 +69,7 @@ void append(const Step& step, double max_angle, std::vector<Step>& steps) {
 
 /// A field that turns nothing keeps a fixed direction: that of noise would be noise.
 void set_own_direction(Step& step) {
-    step.b = std::hypot(step.bx, step.by);
+    step.b = plane_length(step.bx, step.by);
     const bool directed = step.b > DBL_MIN;
     step.ux = directed ? step.bx / step.b : 1.0;
     step.uy = directed ? step.by / step.b : 0.0;
@@ -104,7 +105,10 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
     const EngineGrid& grid = sector.grid;
     const Reach reach{axis_reach(grid.ndx, grid.x0, grid.dx), axis_reach(grid.ndy, grid.y0, grid.dy),
                       axis_reach(grid.ndz, grid.z0, grid.dz)};
+    std::vector<Step> steps = std::move(out.steps); // for its memory
+    steps.clear();
     out = StepList{};
+    out.steps = std::move(steps);
     double unsound = 0.0;
     for (int j = 0; j < samples.count; ++j) {
         Step step = sample_as_step(samples, j);

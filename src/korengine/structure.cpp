@@ -163,8 +163,13 @@ void complete_structure(SystemStructure& s) {
     s.binary_spins = binary ? std::countr_zero(states) : 0;
 }
 
+double plane_length(double x, double y) {
+    const double square = x * x + y * y;
+    return square > 1e-280 && square < 1e300 ? std::sqrt(square) : std::hypot(x, y);
+}
+
 double exponent_bound(const SystemStructure& s, double h, double hw, double hb) {
-    return h * s.h0_bound + s.field_bound * std::hypot(hw, hb);
+    return h * s.h0_bound + s.field_bound * plane_length(hw, hb);
 }
 
 bool analyse_system(const EngineSystem& system, SystemStructure& out) {

@@ -45,6 +45,9 @@ struct SystemStructure {
     }
 };
 
+/// hypot(x, y), without its care for the ends of the range where that is not needed.
+double plane_length(double x, double y);
+
 /// Bound of |h H0 + hw Fz + hb Fx|, h >= 0: the field turns like its length along z.
 double exponent_bound(const SystemStructure& s, double h, double hw, double hb);
 

@@ -6,58 +6,26 @@ namespace kor {
 
 namespace {
 
-constexpr int kSquareColumns = kLanes == 8 ? 4 : 2; // columns of a register block of real products
+constexpr int kBlockColumns = kLanes == 8 ? 4 : 2; // of a register block of real products
 
-/// out = start + a . b for commuting symmetric a, b; the upper triangle is computed and mirrored. start may
-/// be null (zero) or out.
-template <int N> void symmetric_product(const Lanes* a, const Lanes* b, const Lanes* start, Lanes* out) {
-    for (int i0 = 0; i0 < N; i0 += 4) {
-        for (int j0 = i0; j0 < N; j0 += kSquareColumns) {
-            Lanes sum[4][kSquareColumns];
-#pragma GCC unroll 4
-            for (int i = 0; i < 4; ++i) {
-#pragma GCC unroll 4
-                for (int j = 0; j < kSquareColumns; ++j) {
-                    sum[i][j] = start ? start[(i0 + i) * N + j0 + j] : Lanes{};
-                }
-            }
-            for (int k = 0; k < N; ++k) {
-#pragma GCC unroll 4
-                for (int i = 0; i < 4; ++i) {
-#pragma GCC unroll 4
-                    for (int j = 0; j < kSquareColumns; ++j) {
-                        sum[i][j] += a[(i0 + i) * N + k] * b[(j0 + j) * N + k];
-                    }
-                }
-            }
-#pragma GCC unroll 4
-            for (int i = 0; i < 4; ++i) {
-#pragma GCC unroll 4
-                for (int j = 0; j < kSquareColumns; ++j) {
-                    if (i0 + i <= j0 + j) {
-                        out[(i0 + i) * N + j0 + j] = sum[i][j];
-                        out[(j0 + j) * N + i0 + i] = sum[i][j];
-                    }
-                }
-            }
-        }
-    }
-}
-
-/// The same for 4 states: ten elements, no blocks.
-template <> inline void symmetric_product<4>(const Lanes* a, const Lanes* b, const Lanes* start, Lanes* out) {
+/// Rows and columns i0..i0 + 3 of a symmetric product: ten elements.
+template <int N>
+inline void diagonal_block(const Lanes* a, const Lanes* b, const Lanes* start, int i0, Lanes* out) {
     Lanes sum[4][4];
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
 #pragma GCC unroll 4
         for (int j = i; j < 4; ++j) {
-            sum[i][j] = a[4 * i] * b[4 * j];
-            if (start) {
-                sum[i][j] += start[4 * i + j];
-            }
+            sum[i][j] = start ? start[(i0 + i) * N + i0 + j] : Lanes{};
+        }
+    }
 #pragma GCC unroll 4
-            for (int k = 1; k < 4; ++k) {
-                sum[i][j] += a[4 * i + k] * b[4 * j + k];
+    for (int k = 0; k < N; ++k) {
+#pragma GCC unroll 4
+        for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
+            for (int j = i; j < 4; ++j) {
+                sum[i][j] += a[(i0 + i) * N + k] * b[(i0 + j) * N + k];
             }
         }
     }
@@ -65,8 +33,49 @@ template <> inline void symmetric_product<4>(const Lanes* a, const Lanes* b, con
     for (int i = 0; i < 4; ++i) {
 #pragma GCC unroll 4
         for (int j = i; j < 4; ++j) {
-            out[4 * i + j] = sum[i][j];
-            out[4 * j + i] = sum[i][j];
+            out[(i0 + i) * N + i0 + j] = sum[i][j];
+            out[(i0 + j) * N + i0 + i] = sum[i][j];
+        }
+    }
+}
+
+/// Rows i0..i0 + 3, columns j0..j0 + kBlockColumns - 1 above the diagonal, and their mirror image.
+template <int N>
+inline void upper_block(const Lanes* a, const Lanes* b, const Lanes* start, int i0, int j0, Lanes* out) {
+    Lanes sum[4][kBlockColumns];
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
+        for (int j = 0; j < kBlockColumns; ++j) {
+            sum[i][j] = start ? start[(i0 + i) * N + j0 + j] : Lanes{};
+        }
+    }
+    for (int k = 0; k < N; ++k) {
+#pragma GCC unroll 4
+        for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
+            for (int j = 0; j < kBlockColumns; ++j) {
+                sum[i][j] += a[(i0 + i) * N + k] * b[(j0 + j) * N + k];
+            }
+        }
+    }
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) {
+#pragma GCC unroll 4
+        for (int j = 0; j < kBlockColumns; ++j) {
+            out[(i0 + i) * N + j0 + j] = sum[i][j];
+            out[(j0 + j) * N + i0 + i] = sum[i][j];
+        }
+    }
+}
+
+/// out = start + a . b for commuting symmetric a, b; the upper triangle is computed and mirrored. start may
+/// be null (zero) or out.
+template <int N> void symmetric_product(const Lanes* a, const Lanes* b, const Lanes* start, Lanes* out) {
+    for (int i0 = 0; i0 < N; i0 += 4) {
+        diagonal_block<N>(a, b, start, i0, out);
+        for (int j0 = i0 + 4; j0 < N; j0 += kBlockColumns) {
+            upper_block<N>(a, b, start, i0, j0, out);
         }
     }
 }
@@ -76,24 +85,28 @@ template <> inline void symmetric_product<4>(const Lanes* a, const Lanes* b, con
 template <int N, int Q>
 void combine_powers(const TrigPolynomial& p, const Lanes* const* x, Lanes* low_c, Lanes* low_t, Lanes* high_c,
                     Lanes* high_t) {
-    for (int e = 0; e < N * N; ++e) {
-        Lanes lc{}, lt{};
-#pragma GCC unroll 4
-        for (int k = 1; k <= Q; ++k) {
-            lc += x[k][e] * p.c[k];
-            lt += x[k][e] * p.t[k];
-        }
-        low_c[e] = lc;
-        low_t[e] = lt;
-        if (p.high) {
-            Lanes hc{}, ht{};
+    for (int i = 0; i < N; ++i) {
+        for (int j = i; j < N; ++j) {
+            const int e = i * N + j;
+            const int mirrored = j * N + i;
+            Lanes lc{}, lt{};
 #pragma GCC unroll 4
             for (int k = 1; k <= Q; ++k) {
-                hc += x[k][e] * p.c[Q + k];
-                ht += x[k][e] * p.t[Q + k];
+                lc += x[k][e] * p.c[k];
+                lt += x[k][e] * p.t[k];
             }
-            high_c[e] = hc;
-            high_t[e] = ht;
+            low_c[e] = low_c[mirrored] = lc;
+            low_t[e] = low_t[mirrored] = lt;
+            if (p.high) {
+                Lanes hc{}, ht{};
+#pragma GCC unroll 4
+                for (int k = 1; k <= Q; ++k) {
+                    hc += x[k][e] * p.c[Q + k];
+                    ht += x[k][e] * p.t[Q + k];
+                }
+                high_c[e] = high_c[mirrored] = hc;
+                high_t[e] = high_t[mirrored] = ht;
+            }
         }
     }
     for (int i = 0; i < N; ++i) {
@@ -130,8 +143,10 @@ template <int N> void build_exponent(const LaneJob& job, int step, double scale,
     const Lanes h = load(job.h + step * kLanes) * scale;
     const Lanes hw = load(job.hw + step * kLanes) * scale;
     const Lanes hb = load(job.hb + step * kLanes) * scale;
-    for (int e = 0; e < N * N; ++e) {
-        a[e] = h * job.h0[e] + hb * job.fx[e];
+    for (int i = 0; i < N; ++i) {
+        for (int j = i; j < N; ++j) {
+            a[i * N + j] = a[j * N + i] = h * job.h0[i * N + j] + hb * job.fx[i * N + j];
+        }
     }
     for (int i = 0; i < N; ++i) {
         a[i * N + i] += hw * job.m[i];
@@ -201,7 +216,7 @@ inline void turned_rows(const Lanes* pr, const Lanes* pi, const Lanes* powers, c
         for (int k = 0; k < N; ++k) {
             const Lanes re = pr[i * N + k];
             const Lanes im = pi[i * N + k];
-            if (powers) {
+            if (powers && ladder[k] > 0) {
                 const Lanes zr = powers[2 * ladder[k]];
                 const Lanes zi = powers[2 * ladder[k] + 1];
                 row_re[i][k] = re * zr - im * zi;
@@ -220,11 +235,11 @@ void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder
     for (int i0 = 0; i0 < N; i0 += 2) {
         Lanes row_re[2][N], row_im[2][N];
         turned_rows<N>(pr + i0 * N, pi + i0 * N, powers, ladder, row_re, row_im);
-        for (int j0 = 0; j0 < N; j0 += 2) {
-            Lanes re[2][2]{}, im[2][2]{};
+        for (int j0 = 0; j0 < N; j0 += kBlockColumns) {
+            Lanes re[2][kBlockColumns]{}, im[2][kBlockColumns]{};
             for (int k = 0; k < N; ++k) {
 #pragma GCC unroll 4
-                for (int j = 0; j < 2; ++j) {
+                for (int j = 0; j < kBlockColumns; ++j) {
                     const Lanes c = w.c[(j0 + j) * N + k];
                     const Lanes s = w.s[(j0 + j) * N + k];
 #pragma GCC unroll 4
@@ -239,7 +254,7 @@ void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder
 #pragma GCC unroll 4
             for (int i = 0; i < 2; ++i) {
 #pragma GCC unroll 4
-                for (int j = 0; j < 2; ++j) {
+                for (int j = 0; j < kBlockColumns; ++j) {
                     pr[(i0 + i) * N + j0 + j] = re[i][j];
                     pi[(i0 + i) * N + j0 + j] = im[i][j];
                 }
