@@ -5,8 +5,8 @@
 
 namespace kor {
 
-/// C = sum of c[k] X^k and S = A (sum of t[k] X^k), X = A^2, approximate cos A and sin A up to a bound of
-/// |A|. The powers X..X^powers are formed; with `high` the degree is 2 powers, else powers.
+/// D = sum of c[k] X^k and S = A (sum of t[k] X^k), X = A^2, approximate cos A - 1 and sin A up to a bound
+/// of |A|. The powers X..X^powers are formed; with `high` the degree is 2 powers, else powers.
 struct TrigPolynomial {
     double bound;
     int powers;
@@ -20,6 +20,20 @@ struct StepPlan {
     const TrigPolynomial* polynomial;
     int squarings;
 };
+
+/// Steps first..end - 1 of a LaneJob that have one h and, in each lane, one hw: their exponentials are
+/// functions of hb alone. Values at the Chebyshev points hb = middle + half node[k] give the series.
+struct FieldStretch {
+    int first, end;
+    int terms; // at least 1
+    double middle, half;
+    const double* node;      // terms, -1..1
+    const double* to_series; // terms x terms: row k gives coefficient k from the values
+    StepPlan plan;           // of the values
+};
+
+/// Most terms of a FieldStretch, and the room for them: at least 2.
+constexpr int kMaxFieldTerms = 32;
 
 /// Ordered product over the steps, one voxel or time segment per lane.
 struct LaneJob {
@@ -37,8 +51,11 @@ struct LaneJob {
     const double* zc;     // steps x lanes, cosine and sine of the turn of the field's direction since
     const double* zs;     // the step before; null when it does not turn
     const StepPlan* plan; // steps
-    double* work;         // lane_work(n) x lanes
-    double* re;           // n x n x lanes, result
+    int stretches;        // in order; other steps are computed one by one
+    const FieldStretch* stretch;
+    double* series; // room for one stretch: terms x n (n + 1) x lanes
+    double* work;   // lane_work(n) x lanes
+    double* re;     // n x n x lanes, result
     double* im;
 };
 

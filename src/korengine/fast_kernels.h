@@ -44,6 +44,7 @@ inline const Lanes* as_lanes(const double* p) {
 #include "kernels/columns_binary.h"
 #include "kernels/interpolation.h"
 #include "kernels/lane_products.h"
+#include "kernels/lane_steps.h"
 #include "kernels/planes.h"
 #include "kernels/spin_half.h"
 

@@ -7,6 +7,7 @@
 // a sum of the few terms of its panel. Two voxels are also computed directly, and must agree.
 // Trefethen, Approximation Theory and Approximation Practice, chapters 3 to 5 and 8.
 #include "sector_plan.h"
+#include "series.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -73,26 +74,6 @@ void find_range(const EngineGrid& grid) {
     }
 }
 
-/// Terms after which the Chebyshev coefficients of such a function stay below 1e-16: on -1..1 coefficient k
-/// is at most 2 (z exp(r) / (1 + r))^k with z = reach / k, r = sqrt(1 - z^2). (Trefethen, theorem 8.1, with
-/// the best ellipse.)
-int terms_for(double reach) {
-    constexpr double kSmallest = -37.5; // log(5e-17)
-    const auto log_bound = [reach](int k) {
-        const double z = reach / k;
-        const double r = std::sqrt(1.0 - z * z);
-        return k * (std::log(z / (1.0 + r)) + r);
-    };
-    if (!(reach < 1e6)) {
-        return 1 << 24;
-    }
-    int k = static_cast<int>(reach) + 1;
-    while (log_bound(k) > kSmallest) {
-        ++k;
-    }
-    return k;
-}
-
 double reach_of(const FastSector& fast) {
     const VoxelPlace& d = g.direction;
     const double square = d.x * d.x + d.y * d.y + d.z * d.z;
@@ -116,17 +97,12 @@ void plan_panels(double reach, double classes) {
     Interpolation finer;
     finer.nodes = g.nodes;
     for (finer.panels = 2; finer.panels <= g.nodes; finer.panels *= 2) {
-        finer.terms = terms_for(reach / finer.panels);
+        finer.terms = chebyshev_terms(reach / finer.panels);
         if (work(finer, classes) < work(g, classes)) {
             g.panels = finer.panels;
             g.terms = finer.terms;
         }
     }
-}
-
-/// Angle of node k of `count` Chebyshev points of the first kind; the node is its cosine.
-double node_angle(int k, int count) {
-    return KOR_PI * (k + 0.5) / count;
 }
 
 /// The nodes, and behind them two places of the grid.
@@ -135,7 +111,8 @@ std::vector<VoxelPlace> places(const FastSector& fast) {
     const double square = d.x * d.x + d.y * d.y + d.z * d.z;
     std::vector<VoxelPlace> all;
     for (int k = 0; k < g.nodes; ++k) {
-        const double s = 0.5 * (g.low + g.high) + 0.5 * (g.high - g.low) * std::cos(node_angle(k, g.nodes));
+        const double s =
+            0.5 * (g.low + g.high) + 0.5 * (g.high - g.low) * std::cos(chebyshev_angle(k, g.nodes));
         all.push_back({d.x * (s / square), d.y * (s / square), d.z * (s / square)});
     }
     const long long count = fast.classes.count();
@@ -173,7 +150,7 @@ AlignedDoubles barycentric_rows() {
     const auto nodes = static_cast<std::size_t>(g.nodes);
     std::vector<double> node(nodes), weight(nodes);
     for (std::size_t j = 0; j < nodes; ++j) {
-        const double angle = node_angle(static_cast<int>(j), g.nodes);
+        const double angle = chebyshev_angle(static_cast<int>(j), g.nodes);
         node[j] = std::cos(angle);
         weight[j] = (j % 2 == 0 ? 1.0 : -1.0) * std::sin(angle);
     }
@@ -181,7 +158,7 @@ AlignedDoubles barycentric_rows() {
     double* row = rows.data();
     for (int p = 0; p < g.panels; ++p) {
         for (int k = 0; k < g.terms; ++k, row += nodes) {
-            const double t = (2 * p + 1 + std::cos(node_angle(k, g.terms))) / g.panels - 1.0;
+            const double t = (2 * p + 1 + std::cos(chebyshev_angle(k, g.terms))) / g.panels - 1.0;
             double sum = 0.0;
             for (std::size_t j = 0; j < nodes && t != node[j]; ++j) {
                 row[j] = weight[j] / (t - node[j]);
@@ -191,22 +168,6 @@ AlignedDoubles barycentric_rows() {
             for (std::size_t j = 0; j < nodes; ++j) {
                 row[j] = hit == node.end() ? row[j] / sum : (node[j] == t ? 1.0 : 0.0);
             }
-        }
-    }
-    return rows;
-}
-
-/// Coefficient k = (2 - [k = 0]) / terms times the sum over the nodes of value cos(k angle of the node).
-AlignedDoubles coefficient_rows() {
-    const auto terms = static_cast<std::size_t>(g.terms);
-    std::vector<double> cosines(4 * terms); // of i pi / (2 terms)
-    for (std::size_t i = 0; i < cosines.size(); ++i) {
-        cosines[i] = std::cos(KOR_PI * static_cast<double>(i) / (2.0 * g.terms));
-    }
-    AlignedDoubles rows(terms * terms);
-    for (std::size_t k = 0; k < terms; ++k) {
-        for (std::size_t j = 0; j < terms; ++j) {
-            rows[k * terms + j] = (k == 0 ? 1.0 : 2.0) / g.terms * cosines[k * (2 * j + 1) % cosines.size()];
         }
     }
     return rows;
@@ -225,7 +186,7 @@ void make_coefficients(const AlignedDoubles& rows) {
         values = at_panels.data();
     }
     g.coefficients.resize(panels * panel);
-    const AlignedDoubles factor = coefficient_rows();
+    const std::vector<double> factor = chebyshev_transform(g.terms);
     for (std::size_t p = 0; p < panels; ++p) {
         fast_kernels().mix_rows(
             {g.terms, g.terms, g.width, factor.data(), values + p * panel, &g.coefficients[p * panel]});
@@ -299,7 +260,7 @@ bool prepare_interpolation(const Way& inner, const FastSector& fast) {
     }
     find_range(fast.sector.grid);
     const double reach = reach_of(fast);
-    g.nodes = terms_for(reach);
+    g.nodes = chebyshev_terms(reach);
     if (fast.classes.count() < static_cast<long long>(kFewestClasses) * g.nodes || !(g.high > g.low)) {
         return false;
     }

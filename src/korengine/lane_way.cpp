@@ -1,5 +1,6 @@
 // Up to 16 states: one voxel per lane; a sector with fewer classes than lanes is cut into time segments,
 // so that the lanes hold (class, segment) pairs. Of a palindrome only the first half is computed.
+#include "field_stretches.h"
 #include "join.h"
 #include "sector_plan.h"
 #include "series.h"
@@ -18,6 +19,7 @@ struct LaneRange {
     int segments = 1; // per class
     int steps = 0;    // of a segment
     std::vector<StepPlan> plan;
+    std::vector<FieldStretch> stretches;
     AlignedDoubles h, hw, hb, hy, zc, zs, re, im;
     std::vector<double> gx, gy, gz;
 
@@ -31,7 +33,7 @@ struct LanePlan {
     bool turns = false; // the field's direction changes
     bool mirrored = false;
     LaneRange lead, main, middle; // main is everything, or the first half of the palindrome
-    AlignedDoubles h0, fx, m, work, x, y, z;
+    AlignedDoubles h0, fx, m, work, series, x, y, z;
     std::vector<int> ladder;
 };
 
@@ -94,7 +96,7 @@ void plan_steps(const StepList& list, LaneRange& range) {
     }
 }
 
-void prepare_range(const LanePlan& plan, const StepList& list, int first, int end, int segments,
+void prepare_range(LanePlan& plan, const StepList& list, double field_bound, int first, int end, int segments,
                    LaneRange& range) {
     range.first = first;
     range.end = end;
@@ -109,6 +111,10 @@ void prepare_range(const LanePlan& plan, const StepList& list, int first, int en
         fill_segment(plan, list, segment, range);
     }
     plan_steps(list, range);
+    if (!plan.spin_half) {
+        range.stretches = field_stretches(list.steps, {first, end, segments, range.steps}, plan.padded,
+                                          field_bound, range.plan);
+    }
     for (std::vector<double>* array : {&range.gx, &range.gy, &range.gz}) {
         array->clear();
     }
@@ -119,6 +125,10 @@ void prepare_range(const LanePlan& plan, const StepList& list, int first, int en
     }
     range.re.resize(size_of(plan.padded, plan.padded) * static_cast<std::size_t>(plan.lanes));
     range.im.resize(range.re.size());
+    for (const FieldStretch& stretch : range.stretches) {
+        const std::size_t size = size_of(plan.padded, plan.padded + 1) * size_of(stretch.terms, plan.lanes);
+        plan.series.resize(std::max(plan.series.size(), size));
+    }
 }
 
 /// As many segments, a power of two, as fill the lanes of a sector with few classes.
@@ -153,9 +163,11 @@ int prepare(const FastSector& fast) {
     const int half = mirror.first + mirror.length / 2;
     const int used = plan.mirrored ? mirror.length / 2 : count;
     const int segments = segments_for(plan.lanes, fast.classes.count(), used);
-    prepare_range(plan, list, mirror.first, mirror.first + used, segments, plan.main);
-    prepare_range(plan, list, 0, plan.mirrored ? mirror.first : 0, 1, plan.lead);
-    prepare_range(plan, list, half, plan.mirrored ? half + mirror.length % 2 : half, 1, plan.middle);
+    prepare_range(plan, list, fast.structure.field_bound, mirror.first, mirror.first + used, segments,
+                  plan.main);
+    prepare_range(plan, list, fast.structure.field_bound, 0, plan.mirrored ? mirror.first : 0, 1, plan.lead);
+    prepare_range(plan, list, fast.structure.field_bound, half,
+                  plan.mirrored ? half + mirror.length % 2 : half, 1, plan.middle);
     return plan.lanes / segments;
 }
 
@@ -211,6 +223,9 @@ void run_range(const FastSector& fast, const ClassBlock& block, LanePlan& plan, 
                       turning ? range.zc.data() : nullptr,
                       turning ? range.zs.data() : nullptr,
                       range.plan.data(),
+                      static_cast<int>(range.stretches.size()),
+                      range.stretches.data(),
+                      plan.series.data(),
                       plan.work.data(),
                       range.re.data(),
                       range.im.data()};

@@ -1,5 +1,7 @@
 #include "series.h"
 
+#include "korlimits.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -60,9 +62,12 @@ TrigPolynomial make_polynomial(double bound, int powers, bool high) {
     TrigPolynomial p{bound, powers, high, {}, {}};
     const int degree = high ? 2 * powers : powers;
     const long double top = static_cast<long double>(bound) * bound;
-    const auto cosine = [](long double x) { return std::cos(std::sqrt(x)); };
+    const auto cosine_less_one = [](long double x) {
+        const long double half_sine = std::sin(0.5L * std::sqrt(x));
+        return -2.0L * half_sine * half_sine;
+    };
     const auto sine = [](long double x) { return sine_over(std::sqrt(x)); };
-    to_powers(chebyshev_coefficients(cosine, top), degree, top, p.c);
+    to_powers(chebyshev_coefficients(cosine_less_one, top), degree, top, p.c);
     to_powers(chebyshev_coefficients(sine, top), degree, top, p.t);
     return p;
 }
@@ -165,6 +170,42 @@ StepPlan plan_step(double bound) {
         }
     }
     return {&ladder.back(), squarings};
+}
+
+int chebyshev_terms(double reach) {
+    constexpr double kSmallest = -39.0; // log(1e-17)
+    const auto log_bound = [reach](int k) {
+        const double z = reach / k;
+        const double r = std::sqrt(1.0 - z * z);
+        return k * (std::log(z / (1.0 + r)) + r);
+    };
+    if (!(reach < 1e6)) {
+        return 1 << 24;
+    }
+    int k = static_cast<int>(reach) + 1;
+    while (log_bound(k) > kSmallest) {
+        ++k;
+    }
+    return k;
+}
+
+double chebyshev_angle(int k, int count) {
+    return KOR_PI * (k + 0.5) / count;
+}
+
+std::vector<double> chebyshev_transform(int count) {
+    const auto terms = static_cast<std::size_t>(count);
+    std::vector<double> cosines(4 * terms); // of i pi / (2 count)
+    for (std::size_t i = 0; i < cosines.size(); ++i) {
+        cosines[i] = std::cos(KOR_PI * static_cast<double>(i) / (2.0 * count));
+    }
+    std::vector<double> rows(terms * terms);
+    for (std::size_t k = 0; k < terms; ++k) {
+        for (std::size_t j = 0; j < terms; ++j) {
+            rows[k * terms + j] = (k == 0 ? 1.0 : 2.0) / count * cosines[k * (2 * j + 1) % cosines.size()];
+        }
+    }
+    return rows;
 }
 
 const ChebyshevSeries* chebyshev_series(double bound) {

@@ -94,4 +94,34 @@ TEST_P(ExtendedPrecision, ConfirmsPropagatorsOfManyStates) {
     }
 }
 
+TEST_P(ExtendedPrecision, ConfirmsShapedPulsesUnderAConstantGradient) {
+    // The gradient stands still while the field changes: its size, its size and direction, or its
+    // direction alone; then a second gradient. One voxel, whose pulse is cut into pieces, and several.
+    Random random(183);
+    const std::vector<std::vector<int>> systems = {{2}, {1, 1}, {1, 1, 1}, {5}, {1, 1, 2}, {1, 1, 1, 1}};
+    for (int trial = 0; trial < 24; ++trial) {
+        const auto& spins = systems[static_cast<std::size_t>(trial) % systems.size()];
+        constexpr std::size_t kSamples = 64;
+        RandomWaveform wave = random_waveform(random, kSamples, 1);
+        const double size = random.uniform(100.0, 3000.0); // rad/s
+        for (std::size_t j = 0; j < kSamples; ++j) {
+            const double amplitude = trial % 3 == 2 ? size : size * std::cos(0.05 * static_cast<double>(j));
+            const double phase = trial % 3 == 0 ? 0.4 : 1e-3 * static_cast<double>(j * j);
+            wave.xb[j] = amplitude * std::cos(phase);
+            wave.yb[j] = amplitude * std::sin(phase);
+            wave.gx[j] = wave.gx[trial % 2 == 0 && j > 40 ? 1 : 0];
+        }
+        wave.dt = random.uniform(2e-6, 4e-5);
+        const EngineCase problem(random_system(random, spins, trial % 2 ? Coupling::exact : Coupling::weak),
+                                 wave);
+        const bool alone = trial >= 12;
+        const EngineGrid grid = {alone ? 1 : 11, 1, 1, -0.5, 0.0, 0.0, 0.125, 0.0, 0.0};
+        EngineOpenSector(problem.sector(grid));
+        MarkedMatrix r;
+        EngineSectorPropagator(alone ? 1 : 4, 1, 1, r);
+        EXPECT_LE(distance(r, exact_propagator(problem, alone ? -0.5 : -0.125, 0.0, 0.0)), 1e-13)
+            << testing::PrintToString(spins) << ' ' << trial;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, ExtendedPrecision, testing::ValuesIn(AllEngines()), EngineParamName);

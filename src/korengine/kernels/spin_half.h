@@ -31,10 +31,12 @@ struct HalfAngle {
     const int degree = p.high ? 2 * p.powers : p.powers;
     Lanes c = reduced * p.c[degree] + p.c[degree - 1];
     Lanes t = reduced * p.t[degree] + p.t[degree - 1];
-    for (int k = degree - 2; k >= 0; --k) {
+    for (int k = degree - 2; k > 0; --k) {
         c = c * reduced + p.c[k];
         t = t * reduced + p.t[k];
     }
+    c = c * reduced + (1.0 + p.c[0]);
+    t = t * reduced + p.t[0];
     Lanes y = reduced;
     for (int q = 0; q < plan.squarings; ++q) {
         const Lanes doubled = c * c - t * t * y;

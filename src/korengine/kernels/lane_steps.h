@@ -1,0 +1,190 @@
+// Up to 16 states: the ordered product of the steps, P = P Z V. In a stretch of constant gradient V depends
+// on the field's strength alone, and is the sum of a short series instead of products of matrices.
+#pragma once
+
+namespace kor {
+
+namespace {
+
+/// Powers 0..top of zc + i zs, interleaved.
+inline void turn_powers(Lanes zc, Lanes zs, int top, Lanes* powers) {
+    Lanes re = Lanes{} + 1.0, im{};
+    for (int k = 0; k <= top; ++k) {
+        powers[2 * k] = re;
+        powers[2 * k + 1] = im;
+        const Lanes next = re * zc - im * zs;
+        im = re * zs + im * zc;
+        re = next;
+    }
+}
+
+/// Two rows of P, column k turned by powers[ladder[k]], or not at all.
+template <int N>
+inline void turned_rows(const Lanes* pr, const Lanes* pi, const Lanes* powers, const int* ladder,
+                        Lanes (&row_re)[2][N], Lanes (&row_im)[2][N]) {
+#pragma GCC unroll 4
+    for (int i = 0; i < 2; ++i) {
+        for (int k = 0; k < N; ++k) {
+            const Lanes re = pr[i * N + k];
+            const Lanes im = pi[i * N + k];
+            if (powers && ladder[k] > 0) {
+                const Lanes zr = powers[2 * ladder[k]];
+                const Lanes zi = powers[2 * ladder[k] + 1];
+                row_re[i][k] = re * zr - im * zi;
+                row_im[i][k] = re * zi + im * zr;
+            } else {
+                row_re[i][k] = re;
+                row_im[i][k] = im;
+            }
+        }
+    }
+}
+
+/// P = P Z (1 + D - iS), two rows at a time; Z turns column j by powers[ladder[j]], or not at all.
+template <int N>
+void multiply_step(const LaneMatrices& w, const Lanes* powers, const int* ladder, Lanes* pr, Lanes* pi) {
+    for (int i0 = 0; i0 < N; i0 += 2) {
+        Lanes row_re[2][N], row_im[2][N];
+        turned_rows<N>(pr + i0 * N, pi + i0 * N, powers, ladder, row_re, row_im);
+        for (int j0 = 0; j0 < N; j0 += kBlockColumns) {
+            Lanes re[2][kBlockColumns], im[2][kBlockColumns];
+#pragma GCC unroll 4
+            for (int i = 0; i < 2; ++i) {
+#pragma GCC unroll 4
+                for (int j = 0; j < kBlockColumns; ++j) {
+                    re[i][j] = row_re[i][j0 + j];
+                    im[i][j] = row_im[i][j0 + j];
+                }
+            }
+            for (int k = 0; k < N; ++k) {
+#pragma GCC unroll 4
+                for (int j = 0; j < kBlockColumns; ++j) {
+                    const Lanes d = w.d[(j0 + j) * N + k];
+                    const Lanes s = w.s[(j0 + j) * N + k];
+#pragma GCC unroll 4
+                    for (int i = 0; i < 2; ++i) {
+                        re[i][j] += row_re[i][k] * d;
+                        re[i][j] += row_im[i][k] * s;
+                        im[i][j] += row_im[i][k] * d;
+                        im[i][j] -= row_re[i][k] * s;
+                    }
+                }
+            }
+#pragma GCC unroll 4
+            for (int i = 0; i < 2; ++i) {
+#pragma GCC unroll 4
+                for (int j = 0; j < kBlockColumns; ++j) {
+                    pr[(i0 + i) * N + j0 + j] = re[i][j];
+                    pi[(i0 + i) * N + j0 + j] = im[i][j];
+                }
+            }
+        }
+    }
+}
+
+/// Where element (i, j), i <= j, and term k stand in a stretch's series: D and S side by side.
+inline int series_at(int element, int term, int terms) {
+    return 2 * (element * terms + term);
+}
+
+/// The series of a stretch in hb from the exponentials at its nodes.
+template <int N> void make_series(const LaneJob& job, const FieldStretch& f, LaneMatrices& w, Lanes* series) {
+    for (int e = 0; e < N * (N + 1) * f.terms; ++e) {
+        series[e] = Lanes{};
+    }
+    for (int m = 0; m < f.terms; ++m) {
+        exponential<N>(job, f.first, Lanes{} + (f.middle + f.half * f.node[m]), f.plan, w);
+        int element = 0;
+        for (int i = 0; i < N; ++i) {
+            for (int j = i; j < N; ++j, ++element) {
+                const Lanes d = w.d[i * N + j];
+                const Lanes s = w.s[i * N + j];
+                for (int k = 0; k < f.terms; ++k) {
+                    Lanes* to = series + series_at(element, k, f.terms);
+                    to[0] += d * f.to_series[k * f.terms + m];
+                    to[1] += s * f.to_series[k * f.terms + m];
+                }
+            }
+        }
+    }
+}
+
+/// w.d and w.s at the field hb, from the series.
+template <int N> void sum_series(const FieldStretch& f, const Lanes* series, Lanes hb, LaneMatrices& w) {
+    Lanes chebyshev[kMaxFieldTerms];
+    const Lanes t = f.half > 0.0 ? (hb - f.middle) * (1.0 / f.half) : Lanes{};
+    chebyshev[0] = Lanes{} + 1.0;
+    chebyshev[1] = t;
+    for (int k = 2; k < f.terms; ++k) {
+        chebyshev[k] = 2.0 * t * chebyshev[k - 1] - chebyshev[k - 2];
+    }
+    for (int i = 0; i < N; ++i) {
+        for (int j = i; j < N; ++j) {
+            Lanes d = series[0];
+            Lanes s = series[1];
+            for (int k = 1; k < f.terms; ++k) {
+                d += series[2 * k] * chebyshev[k];
+                s += series[2 * k + 1] * chebyshev[k];
+            }
+            series += series_at(1, 0, f.terms);
+            w.d[i * N + j] = w.d[j * N + i] = d;
+            w.s[i * N + j] = w.s[j * N + i] = s;
+        }
+    }
+}
+
+/// P = 1 + D - iS
+template <int N> void first_step(const LaneMatrices& w, Lanes* pr, Lanes* pi) {
+    for (int e = 0; e < N * N; ++e) {
+        pr[e] = w.d[e];
+        pi[e] = -w.s[e];
+    }
+    for (int i = 0; i < N; ++i) {
+        pr[i * N + i] += 1.0;
+    }
+}
+
+template <int N> void lane_product_of(const LaneJob& job) {
+    Lanes* powers = as_lanes(job.work);
+    LaneMatrices w = lane_matrices<N>(powers + 2 * (job.ladder_top + 1));
+    Lanes* series = as_lanes(job.series);
+    const FieldStretch* next = job.stretch;
+    const FieldStretch* const last = job.stretch + job.stretches;
+    for (int j = 0; j < job.steps; ++j) {
+        if (next != last && j == next->first) {
+            make_series<N>(job, *next, w, series);
+        }
+        const Lanes hb = load(job.hb + j * kLanes);
+        if (next != last && j >= next->first) {
+            sum_series<N>(*next, series, hb, w);
+            next += j + 1 == next->end;
+        } else {
+            exponential<N>(job, j, hb, job.plan[j], w);
+        }
+        if (j == 0) {
+            first_step<N>(w, as_lanes(job.re), as_lanes(job.im));
+            continue;
+        }
+        if (job.zc) {
+            turn_powers(load(job.zc + j * kLanes), load(job.zs + j * kLanes), job.ladder_top, powers);
+        }
+        multiply_step<N>(w, job.zc ? powers : nullptr, job.ladder, as_lanes(job.re), as_lanes(job.im));
+    }
+}
+
+void lane_product(const LaneJob& job) {
+    switch (job.n) {
+    case 4:
+        return lane_product_of<4>(job);
+    case 8:
+        return lane_product_of<8>(job);
+    case 12:
+        return lane_product_of<12>(job);
+    default:
+        return lane_product_of<16>(job);
+    }
+}
+
+} // namespace
+
+} // namespace kor
