@@ -34,6 +34,13 @@ std::FILE* platform_open(const char* path, const char* mode);
 int platform_remove(const char* path);
 int platform_rename(const char* from, const char* to);
 int platform_make_dir(const char* path);
+/// An existing folder is EEXIST when it is to be made, whatever else may be wrong with it.
+///
+/// Whether renaming another file to `path` has the effect of writing it anew: nothing is there, or a plain
+/// file with one name that this process may write.
+bool platform_may_replace(const char* path);
+/// Whether the two paths name one existing file.
+bool platform_same_file(const char* a, const char* b);
 /// Working directory: change (0 or the errno value) and ask (1 or 0).
 int platform_change_dir(const char* path);
 int platform_current_dir(char* out, std::size_t cap);
@@ -52,8 +59,9 @@ int platform_find_ignoring_case(const char* path, char* out, std::size_t cap);
 int platform_list_files(const char* dir, const char* extension, int (*visit)(const char* name, void* context),
                         void* context);
 
-/// Process start: on Windows a drive that is not ready is reported as an error and not by a dialog box that
-/// would hold up a script; nothing on Linux. The standard streams are left alone.
+/// Process start: what would stop the program from outside becomes the error of the operation that met it. On
+/// Windows a drive that is not ready is no dialog box that would hold up a script; on Linux a file at the
+/// process's size limit is a failed write and not a signal. The standard streams are left alone.
 void platform_start();
 /// UTF-8 text on the console (code page 65001 on Windows; nothing on Linux).
 void platform_use_utf8_console();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -164,7 +165,24 @@ int platform_rename(const char* from, const char* to) {
 }
 
 int platform_make_dir(const char* path) {
-    return status_of(::mkdir(native(path).c_str(), 0777));
+    const std::string name = native(path);
+    const int error = status_of(::mkdir(name.c_str(), 0777));
+    return error != 0 && is_folder(name) ? errno = EEXIST : error;
+}
+
+bool platform_may_replace(const char* path) {
+    struct stat info;
+    const std::string name = native(path);
+    if (::lstat(name.c_str(), &info) != 0)
+        return errno == ENOENT && !name.empty();
+    return S_ISREG(info.st_mode) && info.st_nlink == 1 &&
+           ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+bool platform_same_file(const char* a, const char* b) {
+    struct stat first, second;
+    return ::stat(native(a).c_str(), &first) == 0 && ::stat(native(b).c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 int platform_change_dir(const char* path) {
@@ -218,7 +236,9 @@ int platform_list_files(const char* dir, const char* extension, int (*visit)(con
     return visited;
 }
 
-void platform_start() {}
+void platform_start() {
+    ::signal(SIGXFSZ, SIG_IGN);
+}
 
 void platform_use_utf8_console() {}
 

@@ -47,6 +47,20 @@ int status_of(int result) {
     return result == 0 ? 0 : errno;
 }
 
+using FileIdentity = BY_HANDLE_FILE_INFORMATION;
+
+/// What the system knows a file by; false when it cannot be opened.
+bool identify(const char* path, FileIdentity& file) {
+    const HANDLE handle =
+        CreateFileA(path ? path : "", 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    const bool known = GetFileInformationByHandle(handle, &file) != 0;
+    CloseHandle(handle);
+    return known;
+}
+
 } // namespace
 
 char platform_separator() {
@@ -97,7 +111,27 @@ int platform_rename(const char* from, const char* to) {
 }
 
 int platform_make_dir(const char* path) {
-    return status_of(_mkdir(path ? path : ""));
+    const int error = status_of(_mkdir(path ? path : ""));
+    const DWORD attributes = GetFileAttributesA(path ? path : "");
+    const bool folder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    return error != 0 && folder ? errno = EEXIST : error;
+}
+
+bool platform_may_replace(const char* path) {
+    const DWORD attributes = GetFileAttributesA(path ? path : "");
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return GetLastError() == ERROR_FILE_NOT_FOUND;
+    constexpr DWORD unlike_a_plain_file = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE |
+                                          FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_READONLY;
+    FileIdentity file;
+    return (attributes & unlike_a_plain_file) == 0 && identify(path, file) && file.nNumberOfLinks == 1;
+}
+
+bool platform_same_file(const char* a, const char* b) {
+    FileIdentity first, second;
+    return identify(a, first) && identify(b, second) &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
 }
 
 int platform_change_dir(const char* path) {

@@ -262,6 +262,33 @@ TEST(Console, AScriptIsNoTerminal) {
     play_console("1\n", [] { EXPECT_FALSE(platform_input_is_terminal()); });
 }
 
+TEST(MakeDir, AFolderThatIsThereIsTheOnlyTrouble) {
+    TempTree tree;
+    EXPECT_EQ(platform_make_dir("folder"), 0);
+    EXPECT_EQ(platform_make_dir("folder"), EEXIST);
+    EXPECT_EQ(platform_make_dir("absent/folder"), ENOENT);
+}
+
+TEST(SameFile, IsOneFileUnderTwoNames) {
+    TempTree tree;
+    tree.write("dm.bin", "states");
+    tree.write("other", "states");
+    EXPECT_TRUE(platform_same_file("dm.bin", "./dm.bin"));
+    EXPECT_TRUE(platform_same_file("dm.bin", tree.path("dm.bin").c_str()));
+    EXPECT_FALSE(platform_same_file("dm.bin", "other"));
+    EXPECT_FALSE(platform_same_file("dm.bin", "absent"));
+    EXPECT_FALSE(platform_same_file("absent", "absent"));
+}
+
+TEST(MayReplace, AFileThatIsNotThereOrAPlainOne) {
+    TempTree tree;
+    tree.write("plain", "");
+    tree.make_folder("folder");
+    EXPECT_TRUE(platform_may_replace("plain"));
+    EXPECT_TRUE(platform_may_replace("absent"));
+    EXPECT_FALSE(platform_may_replace("folder"));
+}
+
 TEST(PlatformStart, LeavesTheStreamsAlone) {
     const ConsoleOutput console = play_console("", [] {
         platform_start();

@@ -1,0 +1,63 @@
+#include "wholefile.h"
+
+#include "korplatform.h"
+
+#include <cerrno>
+
+namespace kor {
+
+namespace {
+
+/// Whether the folder, not the disk, is the reason that no file can be made beside another one.
+bool folder_takes_no_file(int error) {
+    return error == EACCES || error == EPERM || error == ENAMETOOLONG;
+}
+
+/// Closes the file; 0, or the first error value of its writes and the close.
+int close_file(std::FILE* file) {
+    const bool sound = !std::ferror(file);
+    // What a failed write left in errno is the reason, unless something else has been there since.
+    const int reason = errno != 0 ? errno : EIO;
+    if (std::fclose(file) != 0)
+        return sound ? errno : reason;
+    return sound ? 0 : reason;
+}
+
+} // namespace
+
+bool open_whole_file(const char* name, const char* mode, WholeFile& out) {
+    out = {nullptr, name ? name : "", ""};
+    if (platform_may_replace(out.name.c_str())) {
+        out.beside = out.name + "." + std::to_string(platform_process_id()) + ".new";
+        out.file = platform_open(out.beside.c_str(), mode);
+        if (out.file || !folder_takes_no_file(errno))
+            return out.file != nullptr;
+        out.beside.clear();
+    }
+    out.file = platform_open(out.name.c_str(), mode);
+    return out.file != nullptr;
+}
+
+bool keep_whole_file(WholeFile& out) {
+    int error = close_file(out.file);
+    out.file = nullptr;
+    if (error == 0 && !out.beside.empty())
+        error = platform_rename(out.beside.c_str(), out.name.c_str());
+    if (error == 0)
+        return true;
+    if (!out.beside.empty())
+        platform_remove(out.beside.c_str());
+    errno = error;
+    return false;
+}
+
+void drop_whole_file(WholeFile& out) {
+    const int error = errno;
+    std::fclose(out.file);
+    out.file = nullptr;
+    if (!out.beside.empty())
+        platform_remove(out.beside.c_str());
+    errno = error;
+}
+
+} // namespace kor
