@@ -2,6 +2,7 @@
 
 #include "korlimits.h"
 #include "korplatform.h"
+#include "wholefile.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -16,26 +17,54 @@ struct Block {
 };
 
 int write_blocks(const char* name, int count, const Block* blocks, int block_count) {
-    std::FILE* file = platform_open(name, "wb");
-    if (!file) {
+    WholeFile out;
+    if (!open_whole_file(name, "wb", out)) {
         std::perror(name);
         return 0;
     }
     // Unbuffered: each block is one write, and a failure belongs to the block that met it.
-    std::setvbuf(file, nullptr, _IONBF, 0);
+    std::setvbuf(out.file, nullptr, _IONBF, 0);
     const std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
     int complete = 1;
     for (int b = 0; b < block_count; ++b) {
-        if (std::fwrite(blocks[b].values, sizeof(double), wanted, file) != wanted) {
+        if (std::fwrite(blocks[b].values, sizeof(double), wanted, out.file) != wanted) {
             std::printf(" >>> WRITE TO BINARY FILE ERROR (%s) <<< \n", blocks[b].label);
             complete = 0;
         }
     }
-    if (std::fclose(file) != 0) {
+    if (!complete) {
+        drop_whole_file(out);
+    } else if (!keep_whole_file(out)) {
         std::perror(name);
         complete = 0;
     }
     return complete;
+}
+
+enum class Blocks { read, too_short, failed };
+
+/// What the system has to say about a failure is printed.
+Blocks read_blocks(const char* name, int N, int blocks, double* const* arrays) {
+    if (!name || !*name || N < 0 || N > KOR_MAX_RF_POINTS) {
+        return Blocks::failed;
+    }
+    std::FILE* file = platform_open(name, "rb");
+    if (!file) {
+        std::perror(name);
+        return Blocks::failed;
+    }
+    const std::size_t wanted = static_cast<std::size_t>(N);
+    Blocks result = Blocks::read;
+    for (int b = 0; b < blocks && result == Blocks::read; ++b) {
+        if (std::fread(arrays[b], sizeof(double), wanted, file) != wanted) {
+            result = std::ferror(file) ? Blocks::failed : Blocks::too_short;
+        }
+    }
+    if (std::ferror(file)) {
+        std::perror(name);
+    }
+    std::fclose(file);
+    return result;
 }
 
 } // namespace
@@ -56,25 +85,15 @@ int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* 
         return 0;
     }
     double* const arrays[] = {bx, by};
-    return read_waveform_blocks(path, ap_local, 2, arrays);
+    const Blocks result = read_blocks(path, ap_local, 2, arrays);
+    if (result == Blocks::too_short) {
+        std::fprintf(stderr, "%s: too short for 2 blocks of %d samples\n", path, ap_local);
+    }
+    return result == Blocks::read ? 1 : 0;
 }
 
 int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays) {
-    if (!name || !*name || N < 0 || N > KOR_MAX_RF_POINTS) {
-        return 0;
-    }
-    std::FILE* file = platform_open(name, "rb");
-    if (!file) {
-        std::perror(name);
-        return 0;
-    }
-    const std::size_t wanted = static_cast<std::size_t>(N);
-    int complete = 1;
-    for (int b = 0; b < blocks && complete; ++b) {
-        complete = std::fread(arrays[b], sizeof(double), wanted, file) == wanted ? 1 : 0;
-    }
-    std::fclose(file);
-    return complete;
+    return read_blocks(name, N, blocks, arrays) == Blocks::read ? 1 : 0;
 }
 
 } // namespace kor

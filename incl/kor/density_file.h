@@ -52,8 +52,12 @@ bool copy_store(const DensityReport& report);
 
 /// Rows 1..fn of n elements; 1, or 0 for a missing file, n or fn outside 1..257, or a short read.
 int read_density_matrix(std::FILE* in, int n, int fn, CMatrix& mat);
-/// Copies a file in 8192-byte chunks, replacing the target; a file copied onto its own name stays as it
-/// is. 1 on success, else 0. Prints nothing.
-int copy_density_file(const char* src, const char* dst);
+/// Copies a file in 8192-byte chunks; the target is replaced when the copy is whole. A file copied onto
+/// itself, by whatever name, stays as it is. 1 on success, else 0. Prints nothing; `culprit` (may be null)
+/// receives the path at which it failed, errno the reason or 0 when the source is shorter than it was at
+/// first.
+int copy_density_file(const char* src, const char* dst, const char** culprit = nullptr);
+/// What was the matter with a copy that failed at `culprit`, from errno, on standard error.
+void explain_failed_copy(const char* culprit);
 
 } // namespace kor

@@ -3,6 +3,7 @@
 #include "binaryfilehandling.h"
 #include "consoleutil.h"
 #include "korplatform.h"
+#include "wholefile.h"
 
 #include <cerrno>
 #include <climits>
@@ -47,6 +48,10 @@ std::FILE* open_or_explain(const char* name, const char* mode) {
     const bool reading = mode[0] == 'r';
     std::setvbuf(file, reading ? g_read_buffer : g_write_buffer, _IOFBF, kStreamBuffer);
     return file;
+}
+
+void buffer_writing(std::FILE* file) {
+    std::setvbuf(file, g_write_buffer, _IOFBF, kStreamBuffer);
 }
 
 bool write_copies(std::FILE* file, int n, int count, const CMatrix& matrix) {
@@ -98,31 +103,44 @@ bool open_for_resizing(int n, int count, std::FILE** file) {
     return resize;
 }
 
-bool copy_chunks(std::FILE* in, std::FILE* out) {
+/// Bytes of a file that is open at its beginning, or -1.
+long long size_of(std::FILE* file) {
+    const bool at_end = std::fseek(file, 0, SEEK_END) == 0;
+    const long long size = std::ftell(file);
+    std::rewind(file);
+    return at_end ? size : -1;
+}
+
+enum class Copied { whole, unread, unwritten };
+
+Copied copy_chunks(std::FILE* in, std::FILE* out) {
     static unsigned char chunk[kCopyChunk];
+    long long left = size_of(in);
     std::size_t got;
     while ((got = std::fread(chunk, 1, kCopyChunk, in)) > 0) {
         if (std::fwrite(chunk, 1, got, out) != got) {
-            return false;
+            return Copied::unwritten;
         }
+        left -= static_cast<long long>(got);
     }
-    return !std::ferror(in);
+    return std::ferror(in) || left != 0 ? Copied::unread : Copied::whole;
 }
 
 } // namespace
 
 bool create_density_file(const DensityReport& report, int n, long long count, const CMatrix& matrix) {
-    std::FILE* file = open_or_explain(kStates, "wb");
-    if (!file) {
-        return false;
+    WholeFile states;
+    if (!open_whole_file(kStates, "wb", states)) {
+        return fail_for_system_reason(kStates);
     }
+    buffer_writing(states.file);
     // A count that the header's 32 bits cannot hold is a header that cannot be written.
-    if (count > INT_MAX || !header_is_written(file, n, static_cast<int>(count))) {
-        std::fclose(file);
+    if (count > INT_MAX || !header_is_written(states.file, n, static_cast<int>(count))) {
+        drop_whole_file(states);
         return fail(report, "failed to write dm.bin header", Wait::yes);
     }
-    const bool copied = write_copies(file, n, static_cast<int>(count), matrix);
-    if (!close_written(file) || !copied) {
+    const bool copied = write_copies(states.file, n, static_cast<int>(count), matrix);
+    if (!keep_whole_file(states) || !copied) {
         return fail(report, "write error while initializing dm.bin", Wait::yes);
     }
     return true;
@@ -200,7 +218,11 @@ bool rename_store() {
 }
 
 bool copy_store(const DensityReport& report) {
-    const bool copied = copy_density_file(kNewStates, kStates) == 1;
+    const char* culprit = kStates;
+    const bool copied = copy_density_file(kNewStates, kStates, &culprit) == 1;
+    if (!copied) {
+        explain_failed_copy(culprit);
+    }
     platform_remove(kNewStates);
     return copied || fail(report, "failed to copy store to dm.bin", Wait::no);
 }
@@ -209,26 +231,37 @@ int read_density_matrix(std::FILE* in, int n, int fn, CMatrix& mat) {
     return read_matrix_rows(in, n, fn, mat);
 }
 
-int copy_density_file(const char* src, const char* dst) {
-    if (!src || !dst) {
-        return 0;
-    }
-    std::FILE* in = platform_open(src, "rb");
+int copy_density_file(const char* src, const char* dst, const char** culprit) {
+    const char* ignored;
+    const char*& failed = culprit ? *culprit : ignored;
+    failed = src;
+    std::FILE* in = src && dst ? platform_open(src, "rb") : nullptr;
     if (!in) {
         return 0;
     }
-    if (std::strcmp(src, dst) == 0) {
+    if (platform_same_file(src, dst)) {
         std::fclose(in);
         return 1;
     }
-    std::FILE* out = platform_open(dst, "wb");
-    if (!out) {
+    failed = dst;
+    WholeFile out;
+    if (!open_whole_file(dst, "wb", out)) {
         std::fclose(in);
         return 0;
     }
-    const bool copied = copy_chunks(in, out);
+    errno = 0;
+    const Copied copied = copy_chunks(in, out.file);
     std::fclose(in);
-    return close_written(out) && copied ? 1 : 0;
+    if (copied == Copied::unread) {
+        failed = src;
+        drop_whole_file(out);
+        return 0;
+    }
+    return keep_whole_file(out) && copied == Copied::whole ? 1 : 0;
+}
+
+void explain_failed_copy(const char* culprit) {
+    std::fprintf(stderr, "%s: %s\n", culprit, errno != 0 ? std::strerror(errno) : "ends too early");
 }
 
 } // namespace kor

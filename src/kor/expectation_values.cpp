@@ -8,6 +8,7 @@
 #include "kor/spin_system.h"
 #include "korplatform.h"
 #include "observablespectrumcalculator/signal_file.h"
+#include "wholefile.h"
 
 #include <cstdio>
 
@@ -75,14 +76,17 @@ ProfileResult write_profile_lines(std::FILE* density, int points, const CMatrix&
 }
 
 bool write_profile_file(std::FILE* density, int points, const CMatrix& op, const char* output_path) {
-    std::FILE* out = open_or_report(output_path, "w", "Expectation profile: output file");
-    if (!out)
+    WholeFile out;
+    if (!open_whole_file(output_path, "w", out)) {
+        std::perror("Expectation profile: output file");
         return false;
-    const ProfileResult result = write_profile_lines(density, points, op, out);
-    const bool closed = std::fclose(out) == 0;
+    }
+    const ProfileResult result = write_profile_lines(density, points, op, out.file);
+    // What a truncated input gave is left to the user.
+    const bool kept = keep_whole_file(out);
     if (result == ProfileResult::truncated_input)
         return false;
-    if (result == ProfileResult::write_failed || !closed) {
+    if (result == ProfileResult::write_failed || !kept) {
         std::fprintf(stderr, "Expectation profile: write error on output file %s.\n", output_path);
         return false;
     }

@@ -2,7 +2,7 @@
 
 #include "kormodel/paths.h"
 #include "kormodel/text_lines.h"
-#include "korplatform.h"
+#include "wholefile.h"
 
 #include <cstdio>
 #include <cstring>
@@ -23,12 +23,13 @@ struct SetPaths {
     char sequence_path[KOR_PATH_SIZE];
 };
 
-/// A file being written, with what a failure needs to say.
+/// A file being written, with what a failure needs to say. `file` is that of `whole`.
 struct Output {
-    std::FILE* file;
+    WholeFile whole;
     const char* path;
     char* errbuf;
     std::size_t errbufsz;
+    std::FILE* file = nullptr;
 };
 
 void name_set(const char* filename, const KORRunConfig& cfg, SetPaths& set) {
@@ -76,18 +77,17 @@ KORModelStatus prepare_set(const char* filename, const KORRunConfig& cfg, SetPat
 }
 
 KORModelStatus open_output(Output& out) {
-    out.file = platform_open(out.path, "w");
-    if (out.file)
+    const bool opened = open_whole_file(out.path, "w", out.whole);
+    out.file = out.whole.file;
+    if (opened)
         return KOR_MODEL_OK;
     set_error(out.errbuf, out.errbufsz, "could not open '%s' for writing", out.path);
     return KOR_MODEL_ERR_IO;
 }
 
-/// Closes the file. A write that failed on the way has left its mark on the stream.
-KORModelStatus close_output(const Output& out) {
-    const bool write_failed = std::ferror(out.file) != 0;
-    const bool close_failed = std::fclose(out.file) != 0;
-    if (!write_failed && !close_failed)
+/// The file takes its place, unless a write failed on the way.
+KORModelStatus close_output(Output& out) {
+    if (keep_whole_file(out.whole))
         return KOR_MODEL_OK;
     set_error(out.errbuf, out.errbufsz, "failed while closing '%s'", out.path);
     return KOR_MODEL_ERR_IO;
@@ -110,7 +110,7 @@ void write_couplings(std::FILE* file, const KORSpinSystemDef& spin) {
 
 KORModelStatus write_spin_file(const SetPaths& set, const KORSpinSystemDef& spin, char* errbuf,
                                std::size_t errbufsz) {
-    Output out{nullptr, set.spin_path, errbuf, errbufsz};
+    Output out{{}, set.spin_path, errbuf, errbufsz};
     if (const KORModelStatus status = open_output(out); status != KOR_MODEL_OK)
         return status;
     std::fprintf(out.file, "format_version: %d\n", 1);
@@ -139,7 +139,7 @@ void write_sector(std::FILE* file, const KORPulseSectorDef& sector, int k, const
 
 KORModelStatus write_sequence_file(const SetPaths& set, const KORPulseSequenceDef& seq, char* errbuf,
                                    std::size_t errbufsz) {
-    Output out{nullptr, set.sequence_path, errbuf, errbufsz};
+    Output out{{}, set.sequence_path, errbuf, errbufsz};
     if (const KORModelStatus status = open_output(out); status != KOR_MODEL_OK)
         return status;
     std::fprintf(out.file, "format_version: %d\n", 1);
@@ -150,7 +150,8 @@ KORModelStatus write_sequence_file(const SetPaths& set, const KORPulseSequenceDe
         char pulse_path[KOR_PATH_SIZE];
         if (!kor_make_portable_sector_pulse_path(set.sequence_path, seq.sectors[k].pulse_filename, pulse_path,
                                                  sizeof pulse_path)) {
-            std::fclose(out.file);
+            // The file is left as far as it went.
+            keep_whole_file(out.whole);
             set_error(errbuf, errbufsz, "could not derive portable sector path for sector %d", k);
             return KOR_MODEL_ERR_IO;
         }
@@ -166,7 +167,7 @@ KORModelStatus write_model_file(const char* filename, const SetPaths& set, const
         set_error(errbuf, errbufsz, "could not derive portable result_file path");
         return KOR_MODEL_ERR_IO;
     }
-    Output out{nullptr, filename, errbuf, errbufsz};
+    Output out{{}, filename, errbuf, errbufsz};
     if (const KORModelStatus status = open_output(out); status != KOR_MODEL_OK)
         return status;
     std::fprintf(out.file, "format_version: %d\n", 1);

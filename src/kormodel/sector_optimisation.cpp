@@ -8,13 +8,11 @@
 #include "kor/runtime_state.h"
 #include "korlimits.h"
 #include "koroptseq.h"
-#include "korplatform.h"
 #include "rfpulselib/start_pulse.h"
 #include "rfpulseparam.h"
 #include "rfwaveformfile.h"
 #include "sequencetypes.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -109,35 +107,10 @@ int ask_objective_mode(int* mode) {
     return 1;
 }
 
-/// Whether a file may be replaced: it can be written, or is not there yet. Renaming another file over it
-/// would not ask for leave.
-int may_be_replaced(const char* name) {
-    if (std::FILE* file = platform_open(name, "r+b"))
-        return std::fclose(file) == 0;
-    if (errno == ENOENT)
-        return 1;
-    std::perror(name);
-    return 0;
-}
-
-/// Writes the pulse into the file `beside` and gives that the name of the sector's file.
-int write_and_rename(const char* beside, const char* name) {
-    if (!BinArrayOut2D(g_runtime.ap, g_runtime.xb, g_runtime.yb, beside))
-        return 0;
-    if (platform_rename(beside, name) == 0)
-        return 1;
-    std::perror(name);
-    return 0;
-}
-
-/// Writes the pulse beside the sector's file and puts it in its place, so that a failed write loses nothing.
+/// Puts the pulse in the place of the sector's waveform; a failed write leaves the old one.
 int replace_sector_waveform(const char* name) {
-    const std::string beside = std::string(name) + ".new";
-    if (may_be_replaced(name)) {
-        if (write_and_rename(beside.c_str(), name))
-            return 1;
-        platform_remove(beside.c_str());
-    }
+    if (BinArrayOut2D(g_runtime.ap, g_runtime.xb, g_runtime.yb, name))
+        return 1;
     std::fprintf(stderr, "The waveform file %s could not be written and was left as it was.\n", name);
     return 0;
 }

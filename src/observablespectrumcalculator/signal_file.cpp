@@ -6,11 +6,12 @@
 #include "kor/smoke_check_mode.h"
 #include "korplatform.h"
 #include "observablespectrumcalculator/signals.h"
-#include "written_file.h"
+#include "wholefile.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <string>
 
 namespace kor {
 
@@ -59,18 +60,33 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
     return Outcome::done;
 }
 
+/// Keeps the file when everything could be written; else it is dropped, with a message that names it.
+bool keep_signals(WholeFile& out, bool written) {
+    const std::string name = out.name;
+    if (written && keep_whole_file(out))
+        return true;
+    if (!written)
+        drop_whole_file(out);
+    std::perror(name.c_str());
+    return false;
+}
+
 /// Header and signals into the named file; a message where they cannot be written.
 Outcome write_signal_file(std::FILE* in, int count, const char* name, const Receiver& receiver,
                           CMatrix& densmat) {
-    std::FILE* const out = platform_open(name, "wb");
-    if (out == nullptr) {
+    if (platform_same_file(name, "dm.bin")) {
+        std::fprintf(stderr, "%s: a signal cannot replace the states that it is calculated from\n", name);
+        return Outcome::failed;
+    }
+    WholeFile out;
+    if (!open_whole_file(name, "wb", out)) {
         std::perror("fopen(signal output)");
         return Outcome::failed;
     }
     Outcome outcome = Outcome::failed;
-    if (WriteBinFileHeader_status(out, signal_file_type, receiver.points, count) == BINFH_OK)
-        outcome = write_signals(in, out, count, receiver, densmat);
-    return close_written(out, name) ? outcome : Outcome::failed;
+    if (WriteBinFileHeader_status(out.file, signal_file_type, receiver.points, count) == BINFH_OK)
+        outcome = write_signals(in, out.file, count, receiver, densmat);
+    return keep_signals(out, outcome != Outcome::failed) ? outcome : Outcome::failed;
 }
 
 /// Samples of one channel from the line list of its observable.
@@ -146,14 +162,14 @@ int write_line_list_signal_file(int n, int points, double acquisition_time_s, co
     }
     sample_channel(n, points, acquisition_time_s, densmat, hamiltonian, Ixtot, re.get());
     sample_channel(n, points, acquisition_time_s, densmat, hamiltonian, Iytot, im.get());
-    std::FILE* const out = platform_open(KOR_SIGNAL_FILE, "wb");
-    if (out == nullptr) {
+    WholeFile out;
+    if (!open_whole_file(KOR_SIGNAL_FILE, "wb", out)) {
         std::perror("fopen(korsign.bin)");
         return 0;
     }
-    const bool written = WriteBinFileHeader_status(out, signal_file_type, points, 1) == BINFH_OK &&
-                         write_signal_samples(out, points, re.get(), im.get());
-    return close_written(out, KOR_SIGNAL_FILE) && written;
+    const bool written = WriteBinFileHeader_status(out.file, signal_file_type, points, 1) == BINFH_OK &&
+                         write_signal_samples(out.file, points, re.get(), im.get());
+    return keep_signals(out, written);
 }
 
 double SeparateSpectra_GenerateSignalWithParams(const int* n, int signal_points, double acquisition_time_s,

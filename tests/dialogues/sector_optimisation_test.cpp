@@ -88,6 +88,11 @@ std::string after(const std::string& text, const std::string& marker) {
     return at == std::string::npos ? "(no " + marker + ")" : text.substr(at);
 }
 
+/// The name that a file of this process has until it is whole.
+std::string unfinished(const std::string& name) {
+    return name + "." + std::to_string(getpid()) + ".new";
+}
+
 TEST(OptimizeSector, RefusesWithoutASystemASequenceOrTheRightFamily) {
     const TempTree tree;
     prepare_model();
@@ -288,7 +293,7 @@ TEST(OfferWriteback, AFailedWriteLeavesTheOldFile) {
     const TempTree tree;
     prepare_model();
     const std::string before = tree.read("pulse");
-    tree.make_folder("pulse.new");
+    tree.make_folder(unfinished("pulse"));
     g_runtime.ap = 64;
     std::fill_n(g_runtime.xb, 64, 1.0);
     const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
@@ -304,7 +309,7 @@ TEST(OfferWriteback, AFullDiskLeavesTheOldFile) {
     const TempTree tree;
     prepare_model();
     const std::string before = tree.read("pulse");
-    std::filesystem::create_symlink("/dev/full", "pulse.new");
+    std::filesystem::create_symlink("/dev/full", unfinished("pulse"));
     g_runtime.ap = 64;
     const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
     EXPECT_EQ(console.err, "The waveform file pulse could not be written and was left as it was.\n");

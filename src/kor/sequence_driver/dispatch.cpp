@@ -2,11 +2,13 @@
 #include "kor/sequence_driver.h"
 
 #include "kor/runtime_state.h"
+#include "korpaths.h"
 #include "korplatform.h"
 #include "sectors.h"
 #include "sequencetypes.h"
 
 #include <cstdio>
+#include <cstring>
 #include <initializer_list>
 
 namespace kor {
@@ -30,11 +32,16 @@ const char* what_is_missing() {
     return nullptr;
 }
 
-/// An earlier run's files must not be taken for this run's.
-void delete_scratch_files() {
+/// An earlier run's files must not be taken for this run's; false, with a message, when one stays.
+bool delete_scratch_files() {
     for (const char* name : {"dm.bin", "store", "korsign.bin", "spectra.bin"}) {
-        platform_remove(name);
+        const int error = platform_remove(name);
+        if (error != 0 && file_exists(name)) {
+            std::fprintf(stderr, "%s: an earlier file cannot be deleted: %s\n", name, std::strerror(error));
+            return false;
+        }
     }
+    return true;
 }
 
 void run_spatial_family() {
@@ -56,7 +63,9 @@ void RunCurrentPreparedModel() {
         std::puts(missing);
         return;
     }
-    delete_scratch_files();
+    if (!delete_scratch_files()) {
+        return;
+    }
     if (g_runtime.sequencetype == FAMILY_SPATIAL) {
         run_spatial_family();
     } else if (g_runtime.sequencetype == FAMILY_NMR) {

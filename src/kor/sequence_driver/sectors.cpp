@@ -61,9 +61,11 @@ int first_bad_sample(const double* const* arrays, int blocks, int count) {
 
 void publish_density_file(const char* label) {
     const char* result = g_runtime.resultflnm;
-    if (copy_density_file("dm.bin", result)) {
+    const char* culprit = result;
+    if (copy_density_file("dm.bin", result, &culprit)) {
         inform("Copied %s result to %s\n", label, result);
     } else {
+        explain_failed_copy(culprit);
         std::printf("Failed to copy %s result to %s\n", label, result);
     }
 }

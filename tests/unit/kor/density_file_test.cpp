@@ -319,6 +319,22 @@ TEST(CopyDensityFile, OntoItsOwnNameChangesNothing) {
     EXPECT_EQ(copy_density_file("dm.bin", "dm.bin"), 1);
     EXPECT_EQ(read_file("dm.bin"), "states");
     EXPECT_EQ(copy_density_file("absent", "absent"), 0);
+    for (const std::string& name : {std::string("./dm.bin"), folder.path("dm.bin")}) {
+        EXPECT_EQ(copy_density_file("dm.bin", name.c_str()), 1);
+        EXPECT_EQ(copy_density_file(name.c_str(), "dm.bin"), 1);
+        EXPECT_EQ(read_file("dm.bin"), "states");
+    }
+}
+
+TEST(CopyDensityFile, FailsAtTheSourceOrAtTheTarget) {
+    const TempTree folder;
+    write_file("from", "states");
+    const char* culprit = nullptr;
+    EXPECT_EQ(copy_density_file("absent", "to", &culprit), 0);
+    EXPECT_STREQ(culprit, "absent");
+    EXPECT_EQ(copy_density_file("from", "absent/to", &culprit), 0);
+    EXPECT_STREQ(culprit, "absent/to");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"from"});
 }
 
 TEST(CopyDensityFile, FailsWithoutAWord) {

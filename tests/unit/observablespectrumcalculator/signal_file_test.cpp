@@ -223,6 +223,19 @@ TEST(SignalFile, SaysWhenTheDiskIsFull) {
     }
 }
 
+TEST(SignalFile, DoesNotReplaceTheStatesItIsCalculatedFrom) {
+    const TempTree folder;
+    write_density_file(0, 2, 1, {one_x()});
+    const std::string states = folder.read("dm.bin");
+    Generator generator({1}, one_z());
+    std::string out, err;
+    for (const std::string& name : {std::string("dm.bin"), std::string("./dm.bin"), folder.path("dm.bin")}) {
+        EXPECT_EQ(generator.run_printing(out, err, 4, 1.0, name.c_str()), 0.0);
+        EXPECT_EQ(err, name + ": a signal cannot replace the states that it is calculated from\n");
+        EXPECT_EQ(folder.read("dm.bin"), states);
+    }
+}
+
 TEST(SignalFile, ListsASingleMatrixOutsideTheQuietMode) {
     const TempTree folder;
     Generator generator({1}, two_pi * 10.0 * one_z());
