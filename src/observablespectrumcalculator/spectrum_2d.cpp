@@ -6,9 +6,11 @@
 #include "korplatform.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 namespace kor {
 
@@ -23,12 +25,6 @@ struct Header {
     int num1 = 0;
     int num2 = 0;
 };
-
-Header read_header(std::FILE* in) {
-    Header header;
-    read_legacy_bin_header(in, &header.type, &header.num1, &header.num2);
-    return header;
-}
 
 std::size_t positive(int count) {
     return static_cast<std::size_t>(std::max(count, 0));
@@ -59,15 +55,45 @@ void swap_row_halves(double* row, int points) {
     std::rotate(row, row + points, row + 2 * points);
 }
 
-void report_write_error() {
+/// The two files of a pass.
+struct Pass {
+    const char* in_name;
+    const char* out_name;
+    std::FILE* in;
+    std::FILE* out;
+};
+
+/// All zeros, with a message, when there is none.
+Header read_header(const Pass& pass) {
+    Header header;
+    read_legacy_bin_header(pass.in, &header.type, &header.num1, &header.num2);
+    if (binfh_last_status != BINFH_OK)
+        std::fprintf(stderr, "%s: its header could not be read\n", pass.in_name);
+    return header;
+}
+
+void report_write_error(const Pass& pass) {
+    std::perror(pass.out_name);
     std::printf(">>> WRITE TO BINARY FILE ERROR <<<\n");
 }
 
-/// Every row of `in` through `change` into `out`, behind the same header.
-void pass_rows(std::FILE* in, std::FILE* out, void (*change)(double*, int)) {
-    const Header header = read_header(in);
-    if (WriteBinFileHeader_status(out, header.type, header.num1, header.num2) != BINFH_OK) {
-        report_write_error();
+void report_read_error(const Pass& pass, const char* text) {
+    const char* reason = std::ferror(pass.in) ? std::strerror(errno) : "ends too early";
+    std::fprintf(stderr, "%s: %s\n", pass.in_name, reason);
+    std::printf("%s\n", text);
+}
+
+void close_pass(const Pass& pass) {
+    std::fclose(pass.in);
+    if (std::fclose(pass.out) != 0)
+        report_write_error(pass);
+}
+
+/// Every row of the input through `change` into the output, behind the same header.
+void pass_rows(const Pass& pass, void (*change)(double*, int)) {
+    const Header header = read_header(pass);
+    if (WriteBinFileHeader_status(pass.out, header.type, header.num1, header.num2) != BINFH_OK) {
+        report_write_error(pass);
         return;
     }
     const std::size_t width = 2 * positive(header.num1);
@@ -75,13 +101,13 @@ void pass_rows(std::FILE* in, std::FILE* out, void (*change)(double*, int)) {
         return;
     const DoubleBuffer row = allocate_or_report(width);
     for (int r = 0; row && r < header.num2; ++r) {
-        if (std::fread(row.get(), sizeof(double), width, in) != width) {
-            std::printf(">>> READ BINARY FILE ERROR <<<\n");
+        if (std::fread(row.get(), sizeof(double), width, pass.in) != width) {
+            report_read_error(pass, ">>> READ BINARY FILE ERROR <<<");
             return;
         }
         change(row.get(), header.num1);
-        if (std::fwrite(row.get(), sizeof(double), width, out) != width) {
-            report_write_error();
+        if (std::fwrite(row.get(), sizeof(double), width, pass.out) != width) {
+            report_write_error(pass);
             return;
         }
     }
@@ -99,10 +125,9 @@ bool run_pass(const char* in_name, const char* out_name, void (*change)(double*,
             std::fclose(in);
         return false;
     }
-    pass_rows(in, out, change);
-    std::fclose(in);
-    if (std::fclose(out) != 0)
-        report_write_error();
+    const Pass pass = {in_name, out_name, in, out};
+    pass_rows(pass, change);
+    close_pass(pass);
     return true;
 }
 
@@ -115,21 +140,40 @@ bool write_columns_as_rows(std::FILE* out, const double* data, std::size_t rows,
     return true;
 }
 
-void transpose_open_files(std::FILE* in, std::FILE* out) {
-    const Header header = read_header(in);
+void transpose_open_files(const Pass& pass) {
+    const Header header = read_header(pass);
     const std::size_t cols = positive(header.num1);
     const std::size_t rows = positive(header.num2);
     const std::size_t count = 2 * rows * cols;
     const DoubleBuffer data = allocate_or_report(count);
     if (!data)
         return;
-    if (std::fread(data.get(), sizeof(double), count, in) != count) {
-        std::printf(">>> READ BINARY FILE ERROR (transpose) <<<\n");
+    if (std::fread(data.get(), sizeof(double), count, pass.in) != count) {
+        report_read_error(pass, ">>> READ BINARY FILE ERROR (transpose) <<<");
         return;
     }
-    if (WriteBinFileHeader_status(out, header.type, header.num2, header.num1) != BINFH_OK ||
-        !write_columns_as_rows(out, data.get(), rows, cols))
-        report_write_error();
+    if (WriteBinFileHeader_status(pass.out, header.type, header.num2, header.num1) != BINFH_OK ||
+        !write_columns_as_rows(pass.out, data.get(), rows, cols))
+        report_write_error(pass);
+}
+
+/// Returns whether both files could be opened; a message when not.
+bool transpose(const char* in_name, const char* out_name) {
+    std::FILE* const in = platform_open(in_name, "rb");
+    if (in == nullptr) {
+        std::perror("fopen(in)");
+        return false;
+    }
+    std::FILE* const out = platform_open(out_name, "wb");
+    if (out == nullptr) {
+        std::perror("fopen(out)");
+        std::fclose(in);
+        return false;
+    }
+    const Pass pass = {in_name, out_name, in, out};
+    transpose_open_files(pass);
+    close_pass(pass);
+    return true;
 }
 
 } // namespace
@@ -139,34 +183,18 @@ void DispTransvSign() {
 }
 
 void TransposeDataMatrix(const char* in_mat_name, const char* out_mat_name) {
-    std::FILE* const in = platform_open(in_mat_name, "rb");
-    if (in == nullptr) {
-        std::perror("fopen(in)");
-        return;
-    }
-    std::FILE* const out = platform_open(out_mat_name, "wb");
-    if (out == nullptr) {
-        std::perror("fopen(out)");
-        std::fclose(in);
-        return;
-    }
-    transpose_open_files(in, out);
-    std::fclose(in);
-    if (std::fclose(out) != 0)
-        report_write_error();
+    transpose(in_mat_name, out_mat_name);
 }
 
 void Calc2Dfft() {
-    if (!run_pass(signal_name, spectra_name, transform_row, "fopen"))
-        return;
-    if (!run_pass(spectra_name, sorted_name, swap_row_halves, nullptr))
-        return;
-    TransposeDataMatrix(sorted_name, spectra_name);
-    if (!run_pass(spectra_name, sorted_name, transform_row, nullptr))
-        return;
-    if (!run_pass(sorted_name, spectra_name, swap_row_halves, nullptr))
-        return;
-    TransposeDataMatrix(spectra_name, sorted_name);
+    const bool finished =
+        run_pass(signal_name, spectra_name, transform_row, "fopen") &&
+        run_pass(spectra_name, sorted_name, swap_row_halves, nullptr) &&
+        transpose(sorted_name, spectra_name) && run_pass(spectra_name, sorted_name, transform_row, nullptr) &&
+        run_pass(sorted_name, spectra_name, swap_row_halves, nullptr) && transpose(spectra_name, sorted_name);
+    // What stands there now is of an earlier pass, or of an earlier spectrum.
+    if (!finished)
+        platform_remove(sorted_name);
 }
 
 } // namespace kor

@@ -35,6 +35,8 @@ std::FILE* open_signal_file(Signals& signals) {
     }
     int type = 0;
     read_legacy_bin_header(in, &type, &signals.points, &signals.count);
+    if (binfh_last_status != BINFH_OK)
+        std::fprintf(stderr, "korsign.bin: its header could not be read\n");
     return in;
 }
 
@@ -204,6 +206,8 @@ int write_pv_wave_file(const char* name) {
     double value = 0.0;
     for (std::int64_t k = 0; k < doubles && std::fread(&value, sizeof value, 1, in) == 1; ++k)
         std::fwrite(&value, sizeof value, 1, out);
+    if (std::ferror(in))
+        std::perror("korsign.bin");
     std::fclose(in);
     return close_written(out, name);
 }

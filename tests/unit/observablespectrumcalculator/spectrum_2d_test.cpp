@@ -101,6 +101,17 @@ TEST(Calc2Dfft, EndsSilentlyWhenALaterFileCannotBeMade) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
+TEST(Calc2Dfft, AnUnfinishedSpectrumIsDeleted) {
+    const TempTree folder;
+    folder.write("korsign.bin", header_bytes(1, 2, 2) + complex_bytes(random_points(4, 1)));
+    folder.write("sort.bin", "an earlier spectrum");
+    folder.make_folder("spectra.bin");
+    testing::internal::CaptureStderr();
+    Calc2Dfft();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "fopen: Is a directory\n");
+    EXPECT_FALSE(folder.exists("sort.bin"));
+}
+
 TEST(Calc2Dfft, AShortSignalFileIsReported) {
     const TempTree folder;
     folder.write("korsign.bin", header_bytes(1, 4, 3) + complex_bytes(random_points(6, 1)));
