@@ -4,6 +4,7 @@
 #include "korplatform.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -150,12 +151,17 @@ int text_file_contains_literal(const char* path, const char* literal) {
     if (!path || !literal)
         return 0;
     std::FILE* file = platform_open(path, "r");
-    if (!file)
+    if (!file) {
+        if (errno != ENOENT)
+            std::perror(path);
         return 0;
+    }
     char piece[TEXT_PIECE_SIZE];
     int found = 0;
     while (!found && std::fgets(piece, sizeof piece, file))
         found = std::strstr(piece, literal) ? 1 : 0;
+    if (std::ferror(file))
+        std::perror(path);
     std::fclose(file);
     return found;
 }

@@ -70,6 +70,13 @@ bool act_on(int choice) {
     }
 }
 
+/// What was printed may be lost (a full disk, a closed terminal); files and exit status do not depend on it.
+void report_unwritten_output() {
+    const bool lost = std::ferror(stdout) != 0;
+    if (std::fflush(stdout) != 0 || lost)
+        std::fputs("[KOR] Warning: not all of the program's output could be written.\n", stderr);
+}
+
 } // namespace
 
 int read_menu_choice() {
@@ -93,11 +100,11 @@ int kor_main(int argc, char** argv) {
     TotalStartUp();
     clear_loaded_model_path();
     int status = 0;
-    if (run_named_mode(argc, argv, &status))
-        return status;
-    while (act_on(read_menu_choice()))
-        continue;
-    return 0;
+    if (!run_named_mode(argc, argv, &status))
+        while (act_on(read_menu_choice()))
+            continue;
+    report_unwritten_output();
+    return status;
 }
 
 } // namespace kor

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 
@@ -249,8 +250,14 @@ int kor_resolve_result_path(const char* model_filename, const char* value, char*
     if (!model_filename || !value)
         return 0;
     char dir[KOR_PATH_SIZE];
-    if (*value != '\0' && !kor_path_is_absolute(value) && kor_get_runtime_results_dir(dir, sizeof dir))
+    if (*value == '\0' || kor_path_is_absolute(value))
+        return copy_whole(value, out, size);
+    if (kor_get_runtime_results_dir(dir, sizeof dir))
         return kor_join_path(out, size, dir, value);
+    std::fprintf(stderr,
+                 "[KOR] Warning: no folder runtime/results beside the program (%s); the result file %s "
+                 "is taken relative to the working folder.\n",
+                 std::strerror(errno), value);
     return copy_whole(value, out, size);
 }
 
