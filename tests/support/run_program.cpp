@@ -1,8 +1,8 @@
 #include "support/run_program.h"
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -67,6 +67,10 @@ public:
     ProgramResult wait() {
         int state = 0;
         bool timed_out = false;
+        if (call_.signal_after_s >= 0.0) {
+            std::this_thread::sleep_until(start_ + std::chrono::duration<double>(call_.signal_after_s));
+            kill(child_, call_.signal);
+        }
         while (waitpid(child_, &state, WNOHANG) == 0) {
             if (std::chrono::duration<double>(Clock::now() - start_).count() > call_.timeout_s) {
                 kill(child_, SIGKILL);
@@ -74,7 +78,7 @@ public:
                 timed_out = true;
                 break;
             }
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         const int ended = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
         return {timed_out ? -1 : ended, timed_out, out_.contents(), err_.contents()};
@@ -92,6 +96,10 @@ private:
                            dup2(err_.descriptor(), STDERR_FILENO) >= 0 &&
                            (call_.working_dir.empty() || chdir(call_.working_dir.c_str()) == 0) &&
                            (!call_.unprivileged || drop_privileges());
+        for (const auto& [name, value] : call_.environment)
+            setenv(name.c_str(), value.c_str(), 1);
+        if (call_.prepare)
+            call_.prepare();
         if (ready)
             execv(call_.executable.c_str(), arguments.data());
         std::perror("cannot run the program");

@@ -1,7 +1,10 @@
 // Runs a built program as a user or a script would.
 #pragma once
 
+#include <csignal>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kor_test {
@@ -21,6 +24,10 @@ struct ProgramCall {
     std::string working_dir = {}; // empty: the caller's
     double timeout_s = 60.0;
     bool unprivileged = false; // as "nobody" where the tests run as root, who may write everywhere
+    std::vector<std::pair<std::string, std::string>> environment = {}; // added to the caller's
+    std::function<void()> prepare = {}; // last thing before the program: limits, other standard streams
+    double signal_after_s = -1.0;       // negative: never; else `signal` is sent so long after the start
+    int signal = SIGKILL;
 };
 
 ProgramResult run_program(const ProgramCall& call);

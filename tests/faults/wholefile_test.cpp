@@ -1,0 +1,127 @@
+// The files of wholefile.h on disks that are full, beside another writer, and where a file cannot be
+// replaced.
+#include "wholefile.h"
+
+#include "support/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <string>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using kor::WholeFile;
+using kor_test::TempTree;
+using Names = std::vector<std::string>;
+
+void write_text(WholeFile& out, const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), out.file);
+}
+
+/// No file of this process grows beyond this many bytes while it lives.
+class SmallDisk {
+public:
+    explicit SmallDisk(rlim_t bytes) {
+        before_signal_ = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit small{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~SmallDisk() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, before_signal_);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+private:
+    rlimit before_{};
+    void (*before_signal_)(int) = SIG_DFL;
+};
+
+TEST(WholeFileFault, ThatDoesNotFitTheDiskLeavesTheOlderOne) {
+    const TempTree tree;
+    tree.write("result", "the older one");
+    for (const std::size_t size : {101U, 20000U}) {
+        const SmallDisk disk(100);
+        WholeFile out;
+        ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
+        write_text(out, std::string(size, 'x'));
+        EXPECT_FALSE(kor::keep_whole_file(out));
+        EXPECT_EQ(errno, EFBIG) << size;
+        EXPECT_EQ(tree.read("result"), "the older one");
+        EXPECT_EQ(tree.names(), Names{"result"});
+    }
+}
+
+TEST(WholeFileFault, OfTwoWritersTheLastOneStays) {
+    const TempTree tree;
+    const pid_t other = fork();
+    WholeFile out;
+    const bool opened = kor::open_whole_file("result", "wb", out);
+    if (other == 0) {
+        write_text(out, "theirs");
+        _exit(opened && kor::keep_whole_file(out) ? 0 : 1);
+    }
+    ASSERT_TRUE(opened);
+    write_text(out, "ours, and longer");
+    while (!tree.exists("result"))
+        usleep(1000);
+    EXPECT_EQ(tree.read("result"), "theirs");
+    EXPECT_TRUE(kor::keep_whole_file(out));
+    EXPECT_EQ(tree.read("result"), "ours, and longer");
+    EXPECT_EQ(tree.names(), Names{"result"});
+}
+
+TEST(WholeFileFault, WritesDevicesAndLinksInPlace) {
+    const TempTree tree;
+    tree.write("linked", "old");
+    fs::create_symlink("linked", "symbolic");
+    fs::create_hard_link("linked", "hard");
+    for (const char* name : {"symbolic", "hard", "/dev/null"}) {
+        WholeFile out;
+        ASSERT_TRUE(kor::open_whole_file(name, "wb", out)) << name;
+        write_text(out, name);
+        EXPECT_TRUE(kor::keep_whole_file(out)) << name;
+    }
+    EXPECT_EQ(tree.read("linked"), "hard");
+    EXPECT_TRUE(fs::is_symlink("symbolic"));
+    EXPECT_EQ(fs::hard_link_count("linked"), 2U);
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST(WholeFileFault, WithANameTooLongForAnAdditionIsWrittenInPlace) {
+    const TempTree tree;
+    const std::string name(255, 'n');
+    WholeFile out;
+    ASSERT_TRUE(kor::open_whole_file(name.c_str(), "wb", out));
+    write_text(out, "whole");
+    EXPECT_TRUE(kor::keep_whole_file(out));
+    EXPECT_EQ(tree.read(name), "whole");
+    EXPECT_EQ(tree.names(), Names{name});
+}
+
+TEST(WholeFileFault, CannotBeAFolderOrLieInNone) {
+    const TempTree tree;
+    tree.make_folder("folder");
+    tree.write("file", "");
+    WholeFile out;
+    EXPECT_FALSE(kor::open_whole_file("folder", "wb", out));
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_FALSE(kor::open_whole_file("absent/result", "wb", out));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(kor::open_whole_file("file/result", "wb", out));
+    EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_FALSE(kor::open_whole_file("", "wb", out));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(tree.names(), (Names{"file", "folder"}));
+}
+
+} // namespace
