@@ -5,6 +5,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -90,6 +91,15 @@ bool append_component(std::string& found, const std::string& component) {
         }
     }
     return false;
+}
+
+/// A standard stream that the caller closed would lend its number to the first file opened, which then took
+/// what is printed: its place is held by a device from which nothing can be read and to which nothing can be
+/// written.
+void hold_standard_descriptors() {
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(standard, F_GETFD) < 0)
+            ::open("/dev/null", standard == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 int status_of(int result) {
@@ -237,6 +247,7 @@ int platform_list_files(const char* dir, const char* extension, int (*visit)(con
 }
 
 void platform_start() {
+    hold_standard_descriptors();
     ::signal(SIGXFSZ, SIG_IGN);
 }
 
