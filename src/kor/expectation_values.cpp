@@ -30,6 +30,14 @@ std::FILE* open_or_report(const char* path, const char* mode, const char* tag) {
     return file;
 }
 
+// Whether the output would take the place of the states that it comes from; said on standard error.
+bool replaces(const char* density_path, const char* output_path, const char* mode) {
+    if (!output_path || !platform_same_file(density_path, output_path))
+        return false;
+    std::fprintf(stderr, "%s: the output file %s is the input density file.\n", mode, output_path);
+    return true;
+}
+
 // Header of a density-matrix file; fields stay 0 when it cannot be read.
 struct DensityHeader {
     int type, n, points;
@@ -230,6 +238,10 @@ int KORWriteExpectationProfile(const char* density_path, const char* operator_ex
     std::FILE* density = open_or_report(density_path, "rb", "Expectation profile: input density file");
     if (!density)
         return 0;
+    if (replaces(density_path, output_path, "Expectation profile")) {
+        std::fclose(density);
+        return 0;
+    }
     const DensityHeader header = read_density_header(density);
     bool written = false;
     if (holds_current_density_matrices(header) && header.points >= 1)
@@ -257,7 +269,8 @@ int KORWriteVoxelSignal(const char* density_path, int point_index, const char* o
         std::fputs("Voxel signal: spatial sequence has no valid power-of-two ADC sector.\n", stderr);
         return 0;
     }
-    if (!load_voxel_matrix(density_path, point_index, rho) || !write_single_voxel_file(rho))
+    if (!load_voxel_matrix(density_path, point_index, rho) ||
+        replaces(density_path, output_path, "Voxel signal") || !write_single_voxel_file(rho))
         return 0;
 
     const double acquisition_time_s = generate_signal(receiver, output_path, rho);
