@@ -69,7 +69,9 @@ struct Builder {
 };
 
 void make_optimiser(Scenario& s, const Builder& build) {
-    build.write(nmr_model("pulse", 1));
+    ModelText model = nmr_model("pulse", 1);
+    model.sectors[0].blocks[0] = {700.0, 600.0}; // well below 90 degrees
+    build.write(model);
     s.input = "3\n1\n\n" // import
               "2\n5\n1\n1\n1\n1\n1\npulse.csv\n1\n\n7\n6\n";
     s.results = {{"build/runtime/pulse.csv", Contents::table},

@@ -1,0 +1,218 @@
+// A run that is killed, interrupted or loses its output: what stands afterwards, and what the next run gives.
+#include "faults/injection.h"
+#include "faults/scenarios.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace kor_test;
+namespace fs = std::filesystem;
+
+constexpr unsigned SEED = 20260117;
+
+class SuddenEnd : public testing::Test {
+protected:
+    SuddenEnd() {
+        scenario_->reset();
+        const auto start = std::chrono::steady_clock::now();
+        whole_ = run_undisturbed(*scenario_);
+        seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        states_ = scenario_->scratch_file("dm.bin");
+        result_ = whole_.files.at(RESULT);
+        before_ = scenario_->files();
+    }
+
+    /// "dm.bin" is whole or absent, or the new states stand whole in "store"; the result is whole or absent;
+    /// the model is as it was.
+    void expect_sound_files(const std::string& moment) {
+        const std::string states = scenario_->scratch_file("dm.bin"),
+                          store = scenario_->scratch_file("store");
+        EXPECT_TRUE(states.empty() || states.size() == states_.size() || store.size() == states_.size())
+            << moment << ": dm.bin has " << states.size() << " bytes, store " << store.size();
+        const Files after = scenario_->files();
+        const auto result = after.find(RESULT);
+        EXPECT_TRUE(result == after.end() || result->second == result_) << moment << ": a piece of a result";
+        for (const auto& [name, bytes] : before_) {
+            if (name.rfind("build/", 0) != 0) {
+                EXPECT_TRUE(after.count(name) && after.at(name) == bytes) << moment << ": " << name;
+            }
+        }
+    }
+
+    /// A second run in the same tree gives the bytes of an undisturbed one.
+    void expect_the_same_from_a_second_run(const std::string& moment) {
+        const ProgramResult second = run_program(scenario_->call());
+        EXPECT_EQ(second.status, 0) << moment;
+        EXPECT_EQ(second.out, whole_.run.result.out) << moment;
+        EXPECT_TRUE(read_file(scenario_->path(RESULT)) == result_) << moment;
+    }
+
+    long operations() const {
+        long sum = 0;
+        for (const auto& [kind, count] : whole_.run.witness.counts)
+            sum += count;
+        return sum;
+    }
+
+    /// Kills the run at its file operation number k.
+    void kill_at_operation(long k) {
+        const FaultyRun run = run_with_fault(*scenario_, {"any", k, "kill", false});
+        const std::string moment = "operation " + std::to_string(k);
+        EXPECT_EQ(run.result.status, 128 + SIGKILL) << moment;
+        expect_sound_files(moment);
+        expect_the_same_from_a_second_run(moment);
+    }
+
+    /// Sends the signal a random time after the start, which may be behind the end of the run. 1 when it
+    /// struck.
+    int send_after(double time_s, int signal) {
+        scenario_->reset();
+        ProgramCall call;
+        call.signal_after_s = time_s;
+        call.signal = signal;
+        const ProgramResult run = run_program(scenario_->call(call));
+        const std::string moment =
+            "signal " + std::to_string(signal) + " after " + std::to_string(time_s) + " s";
+        EXPECT_TRUE(run.status == 0 || run.status == 128 + signal) << moment << ": status " << run.status;
+        expect_sound_files(moment);
+        expect_the_same_from_a_second_run(moment);
+        return run.status == 0 ? 0 : 1;
+    }
+
+    void kill_at_random_moments(int operations_killed, int times_killed) {
+        std::printf("seed %u\n", SEED);
+        std::mt19937 random(SEED);
+        std::uniform_int_distribution<long> operation(1, operations());
+        for (int k = 0; k < operations_killed; ++k)
+            kill_at_operation(operation(random));
+        std::uniform_real_distribution<double> time(0.0, seconds_);
+        int struck = 0;
+        for (int k = 0; k < times_killed; ++k)
+            struck += send_after(time(random), SIGKILL);
+        std::printf("killed at %d operations of %ld and at %d of %d times within %.1f ms\n",
+                    operations_killed, operations(), struck, times_killed, 1e3 * seconds_);
+    }
+
+    static constexpr const char* RESULT = "build/runtime/results/grid.bin";
+    std::unique_ptr<Scenario> scenario_ = make_scenario("spatial");
+    Undisturbed whole_;
+    Files before_;
+    std::string states_, result_;
+    double seconds_ = 0.0;
+};
+using DeepSuddenEnd = SuddenEnd;
+
+TEST_F(SuddenEnd, KilledAtAnyMomentLeavesWholeFilesOrNone) {
+    kill_at_random_moments(20, 10);
+}
+
+TEST_F(DeepSuddenEnd, KilledAtAnyMomentLeavesWholeFilesOrNone) {
+    for (long k = 1; k <= operations(); ++k)
+        kill_at_operation(k);
+    kill_at_random_moments(100, 200);
+}
+
+TEST_F(SuddenEnd, InterruptAndTerminationEndItLikeAKill) {
+    std::mt19937 random(SEED);
+    std::uniform_real_distribution<double> time(0.0, seconds_);
+    for (int k = 0; k < 5; ++k)
+        for (const int signal : {SIGINT, SIGTERM})
+            send_after(time(random), signal);
+}
+
+/// Makes file descriptor 1 what `descriptor` is.
+void use_as_output(int descriptor) {
+    dup2(descriptor, STDOUT_FILENO);
+    close(descriptor);
+}
+
+TEST_F(SuddenEnd, AReaderThatGoesAwayEndsTheRun) {
+    scenario_->reset();
+    ProgramCall call;
+    call.prepare = [] {
+        int ends[2];
+        if (pipe(ends) == 0) {
+            close(ends[0]);
+            use_as_output(ends[1]);
+        }
+        signal(SIGPIPE, SIG_DFL);
+    };
+    EXPECT_EQ(run_program(scenario_->call(call)).status, 128 + SIGPIPE);
+    expect_sound_files("closed pipe");
+    expect_the_same_from_a_second_run("closed pipe");
+}
+
+const std::string LOST_OUTPUT = "[KOR] Warning: not all of the program's output could be written.\n";
+
+TEST_F(SuddenEnd, WhereAClosedPipeIsIgnoredTheRunGoesOn) {
+    scenario_->reset();
+    ProgramCall call;
+    call.prepare = [] {
+        int ends[2];
+        if (pipe(ends) == 0) {
+            close(ends[0]);
+            use_as_output(ends[1]);
+        }
+        signal(SIGPIPE, SIG_IGN);
+    };
+    const ProgramResult run = run_program(scenario_->call(call));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, LOST_OUTPUT);
+    EXPECT_TRUE(read_file(scenario_->path(RESULT)) == result_);
+}
+
+TEST_F(SuddenEnd, LostOutputCostsNoResult) {
+    const std::function<void()> outputs[] = {[] { use_as_output(open("/dev/full", O_WRONLY)); },
+                                             [] { close(STDOUT_FILENO); }};
+    for (const auto& output : outputs) {
+        scenario_->reset();
+        ProgramCall call;
+        call.prepare = output;
+        const ProgramResult run = run_program(scenario_->call(call));
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, LOST_OUTPUT);
+        EXPECT_TRUE(read_file(scenario_->path(RESULT)) == result_);
+        expect_sound_files("lost output");
+    }
+}
+
+TEST(SuddenEndOfASession, LostOutputAndClosedInputEndIt) {
+    for (const char* name : {"optimiser", "analysis", "spectrum-2d"}) {
+        const auto scenario = make_scenario(name);
+        const Files before = scenario->files();
+        const Undisturbed whole = run_undisturbed(*scenario);
+        for (const bool closed : {false, true}) {
+            scenario->reset();
+            ProgramCall call;
+            call.prepare = [closed] {
+                use_as_output(open("/dev/full", O_WRONLY));
+                if (closed)
+                    close(STDIN_FILENO);
+            };
+            const ProgramResult run = run_program(scenario->call(call));
+            EXPECT_EQ(run.status, 0) << name;
+            EXPECT_NE(run.err.find(LOST_OUTPUT), std::string::npos) << name;
+            const Files after = scenario->files();
+            for (const ResultFile& result : scenario->results) {
+                const Files& wanted = closed ? before : whole.files;
+                EXPECT_EQ(after.count(result.path), wanted.count(result.path)) << name << ": " << result.path;
+                if (after.count(result.path) && wanted.count(result.path)) {
+                    EXPECT_TRUE(after.at(result.path) == wanted.at(result.path))
+                        << name << ": " << result.path;
+                }
+            }
+        }
+    }
+}
+
+} // namespace
