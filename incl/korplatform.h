@@ -61,8 +61,8 @@ int platform_list_files(const char* dir, const char* extension, int (*visit)(con
 
 /// Process start: what would stop the program from outside becomes the error of the operation that met it. On
 /// Windows a drive that is not ready is no dialog box that would hold up a script; on Linux a file at the
-/// process's size limit is a failed write and not a signal, and no file takes the place of a standard stream that
-/// was closed. Open standard streams are left alone.
+/// process's size limit is a failed write and not a signal, and no file takes the place of a standard stream
+/// that was closed. Open standard streams are left alone.
 void platform_start();
 /// UTF-8 text on the console (code page 65001 on Windows; nothing on Linux).
 void platform_use_utf8_console();
