@@ -44,6 +44,9 @@ int parse_double_list(const char* text, int count, double* out, int capacity);
 int count_words(const char* text);
 /// Copies at most size - 1 characters and terminates them. size >= 1; out may be text itself.
 void copy_truncated(const char* text, char* out, std::size_t size);
+/// The same for a value of a line: where the cut leaves white space at the end, it goes too, so that a text
+/// that was read, saved and read again stays the same.
+void copy_value(const char* text, char* out, std::size_t size);
 
 /// One model file while it is being read: where it stands, which keys it has given, where errors go.
 struct ModelFileReader {

@@ -29,7 +29,7 @@ KORModelStatus resolution_error(const ModelReader& reader, const char* key) {
 }
 
 KORModelStatus read_model_name(ModelReader& reader, const char*, const char* value) {
-    copy_truncated(value, reader.cfg->model_name, sizeof reader.cfg->model_name);
+    copy_value(value, reader.cfg->model_name, sizeof reader.cfg->model_name);
     return KOR_MODEL_OK;
 }
 

@@ -93,7 +93,7 @@ KORModelStatus read_sector_remark(SequenceReader& reader, const char* key, const
     if (const KORModelStatus status = note_sector_key(reader, key, remark_key, k); status != KOR_MODEL_OK)
         return status;
     KORPulseSectorDef& sector = reader.def->sectors[k];
-    copy_truncated(skip_white_space(value), sector.remark, sizeof sector.remark);
+    copy_value(skip_white_space(value), sector.remark, sizeof sector.remark);
     return KOR_MODEL_OK;
 }
 

@@ -129,6 +129,11 @@ void copy_truncated(const char* text, char* out, std::size_t size) {
     out[length] = '\0';
 }
 
+void copy_value(const char* text, char* out, std::size_t size) {
+    copy_truncated(text, out, size);
+    trim(out);
+}
+
 KORModelStatus line_error(const ModelFileReader& reader, const char* format, ...) {
     char reason[2 * KOR_LINE_SIZE];
     va_list values;

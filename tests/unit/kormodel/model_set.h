@@ -90,7 +90,7 @@ public:
     std::string wave() const { return root() / "sequences/test-gradient/waveforms/wave1-excitation"; }
 
 private:
-    TempTree tree_;
+    TempTree tree_{memory_folder()};
 };
 
 /// The three records of a model.

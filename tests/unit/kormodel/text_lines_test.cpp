@@ -228,3 +228,13 @@ TEST(FormatVersion, IsOne) {
         EXPECT_EQ(message_of(reader), "line 3: unsupported format_version") << value;
     }
 }
+
+TEST(CopyValue, ACutTextKeepsNoBlanksAtItsEnd) {
+    char out[8];
+    copy_value("a bc", out, sizeof out);
+    EXPECT_STREQ(out, "a bc");
+    copy_value("a      bcdefg", out, sizeof out);
+    EXPECT_STREQ(out, "a");
+    copy_value("abcdefghij", out, sizeof out);
+    EXPECT_STREQ(out, "abcdefg");
+}
