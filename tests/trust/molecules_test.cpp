@@ -67,6 +67,21 @@ std::vector<Line> program_lines(const Bench& bench, const Spins& spins) {
     return lines;
 }
 
+/// Largest difference of a level of the program's eigensolver from the true one, in Hz, for the spins last
+/// built.
+double level_gap(const Spectrum& spectrum) {
+    static kor::CMatrix H, vectors;
+    static double levels[kor::KOR_MAX_STATES + 1];
+    const kor::RuntimeState& s = kor::g_runtime;
+    kor::CMatAdd(s.n, s.Izee, s.Icoup, H);
+    kor::hermit(s.n, H, vectors, levels);
+    double worst = 0.0;
+    for (int k = 0; k < s.n; ++k) {
+        worst = std::max(worst, std::fabs(levels[k + 1] / kTwoPi - spectrum.levels_hz(k)));
+    }
+    return worst;
+}
+
 /// Distance of the farthest listed line of at least 1 % from any line of the diagonalisation, in Hz. Lists
 /// hold positions without sign.
 double farthest(const std::vector<Line>& listed, const std::vector<Line>& lines) {
@@ -118,17 +133,21 @@ std::vector<Molecule> molecules_of(std::size_t fewest, std::size_t most) {
     return chosen;
 }
 
-void check_line_lists(std::size_t fewest, std::size_t most, double hz, double share) {
+/// Levels within level_hz, listed positions within hz, intensities within share of the diagonalisation's.
+void check_line_lists(std::size_t fewest, std::size_t most, double level_hz, double hz, double share) {
     const Bench bench;
     const std::string size = std::to_string(fewest) + " to " + std::to_string(most) + " spins";
+    Worst levels("levels, Hz, " + size);
     Worst positions("positions of listed lines, Hz, " + size);
     Worst intensities("intensities of listed lines, " + size);
     for (const Molecule& molecule : molecules_of(fewest, most)) {
         for (const double field : fields_mhz()) {
             const Spins spins = at_field(molecule, field);
             const std::vector<Line> listed = program_lines(bench, spins);
-            const std::vector<Line> lines = diagonalise(spins).lines;
+            const Spectrum spectrum = diagonalise(spins);
+            const std::vector<Line>& lines = spectrum.lines;
             ASSERT_FALSE(listed.empty()) << molecule.name;
+            levels.check(level_gap(spectrum), level_hz, molecule.name);
             positions.check(farthest(listed, lines), hz, molecule.name);
             intensities.check(intensity_gap(listed, lines), share, molecule.name);
         }
@@ -181,16 +200,18 @@ TEST(PublishedMolecules, WouldShowALineThatIsTenBillionthsOfAHertzOff) {
 }
 
 TEST(LineLists, OfUpToThreeStronglyCoupledSpinsAreExact) {
-    check_line_lists(2, 3, 1e-9, 1e-9);
+    check_line_lists(2, 3, 1e-9, 1e-9, 1e-9);
 }
 
 TEST(LineLists, OfFourStronglyCoupledSpinsAreNearlyConverged) {
-    check_line_lists(4, 4, 1e-3, 1e-3);
+    check_line_lists(4, 4, 1e-3, 1e-3, 1e-3);
 }
 
-TEST(LineLists, OfFiveAndSixStronglyCoupledSpinsAreGoodToSomeHertz) {
-    check_line_lists(5, 5, 20.0, HUGE_VAL); // intensities are measured only
-    check_line_lists(6, 6, 20.0, HUGE_VAL);
+TEST(LineLists, OfFiveAndSixStronglyCoupledSpinsStandWithinTwentyHertzOfALine) {
+    // No more than that: pairs of levels that 60 rotations leave apart crowd others out of the list. Levels
+    // and intensities are measured only.
+    check_line_lists(5, 5, HUGE_VAL, 20.0, HUGE_VAL);
+    check_line_lists(6, 6, HUGE_VAL, 20.0, HUGE_VAL);
 }
 
 TEST(LineLists, OfWeaklyCoupledSpinsAreExactAtEverySize) {
