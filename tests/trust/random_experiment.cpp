@@ -119,8 +119,8 @@ kor::EngineGrid random_grid(Random& random) {
     const double x0 = random.uniform(-0.5, 0.5);
     const double y0 = random.uniform(-0.5, 0.5);
     const double z0 = random.uniform(-0.5, 0.5);
-    if (random.integer(0, 59) == 0) {
-        return {1, 1, 256, x0, y0, z0, 0.0, 0.0, 0.002};
+    if (random.integer(0, 99) == 0) {
+        return {1, 1, 160, x0, y0, z0, 0.0, 0.0, 0.001};
     }
     switch (random.integer(0, 3)) {
     case 0:

@@ -13,7 +13,7 @@ Spins random_spins(Random& random, int max_states);
 /// A shaped or hard pulse, with or without gradient, a gradient pulse, or a delay of up to 50 ms.
 Train random_train(Random& random);
 
-/// One voxel, a line of up to 12 or a block of up to 12 voxels, off the origin; now and then a line of 256.
+/// One voxel, a line of up to 12 or a block of up to 12 voxels, off the origin; now and then a line of 160.
 kor::EngineGrid random_grid(Random& random);
 
 /// One to five trains, and behind them a slice-selective pulse on a long line of voxels.
