@@ -47,7 +47,7 @@ struct LaneJob {
     const double* h;      // steps x lanes, s
     const double* hw;     // steps x lanes, h times the offset
     const double* hb;     // steps x lanes, h times the field along x (of its own direction when zc is set)
-    const double* hy;     // steps x lanes, h times the field along y; single spin 1/2 only
+    const double* hy;     // steps x lanes, h times the field along y; single spin 1/2 only, else null
     const double* zc;     // steps x lanes, cosine and sine of the turn of the field's direction since
     const double* zs;     // the step before; null when it does not turn
     const StepPlan* plan; // steps
@@ -57,6 +57,17 @@ struct LaneJob {
     double* work;   // lane_work(n) x lanes
     double* re;     // n x n x lanes, result
     double* im;
+};
+
+/// Turns of a single spin 1/2, 2 x 2 x lanes as LaneJob leaves them:
+/// turn = lead . turn . middle . transpose(turn) where it is the first half of a palindrome, then from the
+/// frame of the field's direction (ux, uy) to that of the operators.
+struct TurnJoinJob {
+    bool mirrored;
+    const double *lead_re, *lead_im; // null: none
+    const double *middle_re, *middle_im;
+    double ux, uy;
+    double *re, *im;
 };
 
 /// Number of n x n matrices that LaneJob::work holds, behind 2 (ladder_top + 1) entries.
@@ -164,6 +175,7 @@ struct FastKernels {
     int lanes;
     void (*fill_offsets)(const OffsetJob& job);
     void (*spin_half)(const LaneJob& job);
+    void (*join_turns)(const TurnJoinJob& job);
     void (*lane_product)(const LaneJob& job);
     void (*column_product)(const ColumnJob& job);
     void (*binary_column_product)(const ColumnJob& job); // with ColumnJob::spins

@@ -52,9 +52,10 @@ namespace kor {
 
 namespace {
 
-constexpr FastKernels kKernelsHere{kLanes,         fill_offsets,          spin_half,       lane_product,
-                                   column_product, binary_column_product, complex_product, line_sums,
-                                   mix_rows,       chebyshev_sums};
+constexpr FastKernels kKernelsHere{
+    kLanes,         fill_offsets,          spin_half,       join_turns, lane_product,
+    column_product, binary_column_product, complex_product, line_sums,  mix_rows,
+    chebyshev_sums};
 
 } // namespace
 

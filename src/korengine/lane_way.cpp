@@ -202,12 +202,10 @@ void fill_range_offsets(const LanePlan& plan, double offset, LaneRange& range) {
     }
 }
 
-void run_range(const FastSector& fast, const ClassBlock& block, LanePlan& plan, LaneRange& range) {
-    if (range.empty()) {
-        return;
-    }
-    place_lanes(fast, block, range.segments, plan);
-    fill_range_offsets(plan, fast.sector.samples.offset, range);
+void run_range(const FastSector& fast, LanePlan& plan, LaneRange& range) {
+    const SystemStructure& structure = fast.structure;
+    const double splitting = plan.spin_half ? structure.h0_at(0, 0) - structure.h0_at(1, 1) : 0.0;
+    fill_range_offsets(plan, fast.sector.samples.offset + splitting, range);
     const bool turning = plan.turns && !plan.spin_half;
     const LaneJob job{plan.padded,
                       plan.h0.data(),
@@ -219,7 +217,7 @@ void run_range(const FastSector& fast, const ClassBlock& block, LanePlan& plan, 
                       range.h.data(),
                       range.hw.data(),
                       range.hb.data(),
-                      range.hy.data(),
+                      plan.spin_half && plan.turns ? range.hy.data() : nullptr,
                       turning ? range.zc.data() : nullptr,
                       turning ? range.zs.data() : nullptr,
                       range.plan.data(),
@@ -269,25 +267,62 @@ void join_segments(const FastSector& fast, const LanePlan& plan, int member, con
     }
 }
 
+void run_ranges(const FastSector& fast, const ClassBlock& block, LanePlan& plan) {
+    int placed = 0; // segments of the range that the lanes' places were last made for
+    for (LaneRange* range : {&plan.lead, &plan.main, &plan.middle}) {
+        if (range->empty()) {
+            continue;
+        }
+        if (range->segments != placed) {
+            place_lanes(fast, block, range->segments, plan);
+            placed = range->segments;
+        }
+        run_range(fast, plan, *range);
+    }
+}
+
+/// The turns of a single spin 1/2, one voxel per lane: joined in the lanes.
+void join_lanes(const FastSector& fast, LanePlan& plan, ClassBlock& block) {
+    const Step& step = fast.list.steps.front();
+    LaneRange& half = plan.main;
+    const auto re_of = [](const LaneRange& range) { return range.empty() ? nullptr : range.re.data(); };
+    const auto im_of = [](const LaneRange& range) { return range.empty() ? nullptr : range.im.data(); };
+    fast_kernels().join_turns({plan.mirrored, re_of(plan.lead), im_of(plan.lead), re_of(plan.middle),
+                               im_of(plan.middle), plan.turns ? 1.0 : step.ux, plan.turns ? 0.0 : step.uy,
+                               half.re.data(), half.im.data()});
+    const auto lanes = static_cast<std::size_t>(plan.lanes);
+    for (std::size_t lane = 0; lane < static_cast<std::size_t>(block.count); ++lane) {
+        for (std::size_t e = 0; e < 4; ++e) {
+            block.re[4 * lane + e] = half.re[e * lanes + lane];
+            block.im[4 * lane + e] = half.im[e * lanes + lane];
+        }
+    }
+}
+
+void join_member(const FastSector& fast, const LanePlan& plan, int member, ClassBlock& block) {
+    static Planes product, lead, middle;
+    join_segments(fast, plan, member, plan.main, product);
+    if (plan.mirrored) {
+        join_segments(fast, plan, member, plan.lead, lead);
+        join_segments(fast, plan, member, plan.middle, middle);
+        join_palindrome(fast.structure.n, plan.lead.empty() ? nullptr : &lead,
+                        plan.middle.empty() ? nullptr : &middle, product);
+    }
+    if (!plan.turns) {
+        turn_ends(fast.structure, fast.list.steps.front(), fast.list.steps.back(), product);
+    }
+    store_class(fast.structure.n, product, member, block);
+}
+
 void compute(const FastSector& fast, ClassBlock& block) {
     LanePlan& plan = g_plans[fast.slot];
-    static Planes product, lead, middle;
-    const int n = fast.structure.n;
-    for (LaneRange* range : {&plan.lead, &plan.main, &plan.middle}) {
-        run_range(fast, block, plan, *range);
+    run_ranges(fast, block, plan);
+    if (plan.spin_half && plan.main.segments == 1) {
+        join_lanes(fast, plan, block);
+        return;
     }
     for (int member = 0; member < block.count; ++member) {
-        join_segments(fast, plan, member, plan.main, product);
-        if (plan.mirrored) {
-            join_segments(fast, plan, member, plan.lead, lead);
-            join_segments(fast, plan, member, plan.middle, middle);
-            join_palindrome(n, plan.lead.empty() ? nullptr : &lead, plan.middle.empty() ? nullptr : &middle,
-                            product);
-        }
-        if (!plan.turns) {
-            turn_ends(fast.structure, fast.list.steps.front(), fast.list.steps.back(), product);
-        }
-        store_class(n, product, member, block);
+        join_member(fast, plan, member, block);
     }
 }
 

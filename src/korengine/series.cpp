@@ -182,11 +182,17 @@ int chebyshev_terms(double reach) {
     if (!(reach < 1e6)) {
         return 1 << 24;
     }
-    int k = static_cast<int>(reach) + 1;
-    while (log_bound(k) > kSmallest) {
-        ++k;
+    int low = static_cast<int>(reach) + 1;
+    int high = low + 16 + static_cast<int>(16.0 * std::cbrt(reach)); // enough
+    while (low < high) {                                             // the bound falls with k
+        const int middle = (low + high) / 2;
+        if (log_bound(middle) > kSmallest) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
     }
-    return k;
+    return low;
 }
 
 double chebyshev_angle(int k, int count) {

@@ -187,4 +187,32 @@ TEST_P(FastPlan, TakesNearMissesOfAPalindromeAsTheyAre) {
     }
 }
 
+TEST_P(FastPlan, JoinsThePiecesOfAPalindromeInEveryDirectionOfTheField) {
+    // With and without samples before it and a sample in its middle, for one voxel and for more voxels than
+    // lanes.
+    Random random(174);
+    for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1}, {1, 1}, {1, 1, 1}}) {
+        for (int trial = 0; trial < 12; ++trial) {
+            const std::size_t lead = static_cast<std::size_t>(trial % 3);
+            const std::size_t samples = 17 + static_cast<std::size_t>(trial % 2) + lead;
+            RandomWaveform wave = random_waveform(random, static_cast<int>(samples), 1);
+            const double direction = trial < 6 ? 0.0 : 2.1;
+            for (std::size_t j = 0; j < samples; ++j) {
+                const std::size_t mirrored = j < lead ? j : std::min(j, samples - 1 - (j - lead));
+                const double field = 1e3 * std::cos(1.0 + static_cast<double>(mirrored * mirrored));
+                wave.xb[j] = field * std::cos(direction);
+                wave.yb[j] = field * std::sin(direction);
+                wave.gx[j] = wave.gx[mirrored];
+            }
+            const EngineCase problem(random_system(random, spins, Coupling::exact), wave);
+            const bool alone = trial % 4 == 3;
+            const EngineGrid line = {alone ? 1 : 19, 1, 1, -1.0, 0.0, 0.0, 0.125, 0.0, 0.0};
+            EXPECT_LE(distance(propagator(problem.sector(line), alone ? 1 : 11, 1, 1),
+                               problem.expected(alone ? -1.0 : 0.25, 0.0, 0.0)),
+                      problem.tolerance())
+                << trial;
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, FastPlan, testing::ValuesIn(FastChoices()), EngineParamName);

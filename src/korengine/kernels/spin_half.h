@@ -59,37 +59,80 @@ inline Turn product(const Turn& a, const Turn& b) {
             a.ar * b.bi + a.ai * b.br + a.bi * b.ar - a.br * b.ai};
 }
 
-[[gnu::always_inline]] inline Turn turn_of_step(const LaneJob& job, int j, double splitting) {
+template <bool kTilted> [[gnu::always_inline]] inline Turn turn_of_step(const LaneJob& job, int j) {
     const Lanes hx = load(job.hb + j * kLanes);
+    const Lanes hz = load(job.hw + j * kLanes);
+    if constexpr (!kTilted) {
+        const HalfAngle half = half_angle(job.plan[j], (hx * hx + hz * hz) * 0.25);
+        const Lanes s = half.sine * -0.5;
+        return {half.cosine, s * hz, Lanes{}, s * hx};
+    }
     const Lanes hy = load(job.hy + j * kLanes);
-    const Lanes hz = load(job.hw + j * kLanes) + load(job.h + j * kLanes) * splitting;
     const HalfAngle half = half_angle(job.plan[j], (hx * hx + hy * hy + hz * hz) * 0.25);
-    const Lanes s = half.sine * 0.5;
-    return {half.cosine, -s * hz, -s * hy, -s * hx};
+    const Lanes s = half.sine * -0.5;
+    return {half.cosine, s * hz, s * hy, s * hx};
+}
+
+/// a . b, b the turn of one step.
+template <bool kTilted> [[gnu::always_inline]] inline Turn product_with_step(const Turn& a, const Turn& b) {
+    if constexpr (kTilted) {
+        return product(a, b);
+    }
+    return {a.ar * b.ar - a.ai * b.ai - a.bi * b.bi, a.ar * b.ai + a.ai * b.ar + a.br * b.bi,
+            a.br * b.ar - a.ai * b.bi + a.bi * b.ai, a.ar * b.bi + a.bi * b.ar - a.br * b.ai};
+}
+
+inline Turn load_turn(const double* re, const double* im) {
+    return {load(re), load(im), load(re + kLanes), load(im + kLanes)};
+}
+
+inline void store_turn(const Turn& r, double* re, double* im) {
+    store(re, r.ar);
+    store(im, r.ai);
+    store(re + kLanes, r.br);
+    store(im + kLanes, r.bi);
+    store(re + 2 * kLanes, -r.br);
+    store(im + 2 * kLanes, r.bi);
+    store(re + 3 * kLanes, r.ar);
+    store(im + 3 * kLanes, -r.ai);
 }
 
 /// The steps' product. Two halves grow side by side, so that neither waits for its last product alone.
-void spin_half(const LaneJob& job) {
-    const double splitting = job.h0[0] - job.h0[3];
+template <bool kTilted> void spin_half_steps(const LaneJob& job) {
     const int middle = job.steps / 2;
     Turn first{Lanes{} + 1.0, Lanes{}, Lanes{}, Lanes{}};
     Turn second = first;
     for (int j = 0; j < middle; ++j) {
-        first = product(first, turn_of_step(job, j, splitting));
-        second = product(second, turn_of_step(job, middle + j, splitting));
+        first = product_with_step<kTilted>(first, turn_of_step<kTilted>(job, j));
+        second = product_with_step<kTilted>(second, turn_of_step<kTilted>(job, middle + j));
     }
     if (job.steps % 2 == 1) {
-        second = product(second, turn_of_step(job, job.steps - 1, splitting));
+        second = product_with_step<kTilted>(second, turn_of_step<kTilted>(job, job.steps - 1));
     }
-    const Turn r = product(first, second);
-    store(job.re, r.ar);
-    store(job.im, r.ai);
-    store(job.re + kLanes, r.br);
-    store(job.im + kLanes, r.bi);
-    store(job.re + 2 * kLanes, -r.br);
-    store(job.im + 2 * kLanes, r.bi);
-    store(job.re + 3 * kLanes, r.ar);
-    store(job.im + 3 * kLanes, -r.ai);
+    store_turn(product(first, second), job.re, job.im);
+}
+
+void spin_half(const LaneJob& job) {
+    if (job.hy) {
+        spin_half_steps<true>(job);
+    } else {
+        spin_half_steps<false>(job);
+    }
+}
+
+void join_turns(const TurnJoinJob& job) {
+    Turn r = load_turn(job.re, job.im);
+    if (job.mirrored) {
+        const Turn transposed{r.ar, r.ai, -r.br, r.bi};
+        if (job.middle_re) {
+            r = product(r, load_turn(job.middle_re, job.middle_im));
+        }
+        r = product(r, transposed);
+        if (job.lead_re) {
+            r = product(load_turn(job.lead_re, job.lead_im), r);
+        }
+    }
+    store_turn({r.ar, r.ai, r.br * job.ux + r.bi * job.uy, r.bi * job.ux - r.br * job.uy}, job.re, job.im);
 }
 
 } // namespace
