@@ -33,7 +33,6 @@ void bit_reverse(double* data, std::size_t nn) {
 
 /// A complex number as one register.
 typedef double Pair __attribute__((vector_size(16)));
-typedef long long PairIndex __attribute__((vector_size(16)));
 
 Pair load(const double* x) {
     return Pair{x[0], x[1]};
@@ -48,7 +47,7 @@ void store(double* x, Pair value) {
 void butterfly(double* xi, double* xj, Pair real, Pair imaginary) {
     const Pair a = load(xi);
     const Pair b = load(xj);
-    const Pair t = real * b + imaginary * __builtin_shuffle(b, PairIndex{1, 0});
+    const Pair t = real * b + imaginary * __builtin_shufflevector(b, b, 1, 0);
     store(xj, a - t);
     store(xi, a + t);
 }
