@@ -1,0 +1,201 @@
+#!/usr/bin/env python3
+"""Checks that every failure text of the program has a test that provokes it.
+
+usage: tools/check_failure_texts.py [ROOT]            check the list, name what is wrong, exit status 1 if anything is
+       tools/check_failure_texts.py --update [ROOT]   rewrite the list: entries that hold stay, texts that are new get
+                                                      the first test whose own literals contain them
+
+The list is tests/failure_texts.tsv: source file, text as the source spells it, test, reason. A failure text is a string
+literal of src/ that is handed to a function that reports failures or goes to standard error, or that speaks like one.
+The test must exist and must contain the text: every part of it between the conversions, in string literals of the
+test's body, of its file's helpers or of tests/support. A text that no test can provoke has "-" for its test and a
+reason; there may be only a few.
+"""
+import re
+import sys
+from pathlib import Path
+
+MOST_UNREACHABLE = 12
+LIST = "tests/failure_texts.tsv"
+REPORTERS = {"set_error", "line_error", "perror", "print_io_error", "fail", "fail_for_system_reason", "open_or_report",
+             "open_table", "read_number", "write_number", "run_pass", "refuse", "report_failure"}
+SPEAKS = re.compile(
+    r"\berrors?\b|\bfail(ed|s|ure)?\b|\binvalid\b|\bcannot\b|could not|couldn't|\bunknown\b|\bbad \w|\bmissing\b|mismatch|"
+    r"not found|not available|not supported|no current|no valid|no prepared|out of (range|supported)|outside|"
+    r"too (many|few|long|large|small)|\bmust (be|lie|appear)|unsupported|truncated|incompatible|not allowed|unable|"
+    r"warning|duplicate|malformed|required key|not written|not generated|does not exist|not opened|power of two|"
+    r"unexpectedly|No spin system|Please enter|Allowed range|NO RF-PULSE", re.IGNORECASE)
+# Words of menus, prompts and names of files that are no failures.
+HARMLESS = re.compile(r"How many time-points|\(power of 2\)|Missing sectors : |^%s$|^\.bin$|failed$")
+TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|R"\((.*?)\)"|"((?:[^"\\\n]|\\.)*)"|\'(?:[^\'\\]|\\.)+\'|[A-Za-z_]\w*|\d[\w.\']*|'
+                   r'\n[ \t]*#[^\n]*|\S', re.DOTALL)
+CONVERSION = re.compile(r"%[-+ #0]*(?:\d+|\*)?(?:\.(?:\d+|\*))?(?:ll|l|h|z)?[diouxXeEfgGscp]|%%")
+ESCAPES = {"n": "\n", "t": "\t", '"': '"', "\\": "\\", "'": "'", "0": "\0", "r": "\r", "a": "\a"}
+
+
+def decoded(spelling):
+    return re.sub(r"\\(x[0-9a-fA-F]+|.)", lambda m: ESCAPES.get(m[1], m[0]), spelling)
+
+
+def tokens_of(text):
+    """(kind, value) with adjacent string literals joined; comments and preprocessor lines left out."""
+    found = []
+    for match in TOKEN.finditer("\n" + text):
+        token = match[0]
+        if token.startswith(("//", "/*")) or token.startswith("\n"):
+            continue
+        if match[2] is not None or match[1] is not None:
+            value = match[2] if match[2] is not None else match[1]
+            if found and found[-1][0] == "text":
+                found[-1] = ("text", found[-1][1] + value)
+            else:
+                found.append(("text", value))
+        else:
+            found.append(("code", token))
+    return found
+
+
+def matching(tokens, opening):
+    depth = 0
+    for i in range(opening, len(tokens)):
+        if tokens[i][0] == "code":
+            depth += tokens[i][1] in "([{" if len(tokens[i][1]) == 1 else 0
+            depth -= tokens[i][1] in ")]}" if len(tokens[i][1]) == 1 else 0
+            if depth == 0:
+                return i
+    return len(tokens) - 1
+
+
+def failure_texts(source):
+    """The failure texts of a source file, in order, each once."""
+    tokens = tokens_of(source.read_text(encoding="utf-8"))
+    texts, calls = [], []
+    for i, (kind, value) in enumerate(tokens):
+        if kind == "code":
+            if value == "(":
+                calls.append(i)
+            elif value == ")" and calls:
+                calls.pop()
+            continue
+        reported = False
+        if calls:
+            callee = tokens[calls[-1] - 1][1] if calls[-1] else ""
+            arguments = [v for k, v in tokens[calls[-1]:matching(tokens, calls[-1])] if k == "code"]
+            reported = callee in REPORTERS or "stderr" in arguments
+        worth = len(re.sub(r"\W", "", CONVERSION.sub("", decoded(value)))) >= 4
+        if worth and (reported or SPEAKS.search(value)) and not HARMLESS.search(value) and value not in texts:
+            texts.append(value)
+    return texts
+
+
+def parts_of(text):
+    """What of a text stands between its conversions and line ends."""
+    parts = [p.strip() for p in re.split(CONVERSION.pattern + "|\n", decoded(text))]
+    return [p for p in parts if len(re.sub(r"[^\w]", "", p)) >= 2]
+
+
+class Tests:
+    def __init__(self, root):
+        self.bodies = {}   # Suite.Name -> literals of the body
+        self.helpers = {}  # Suite.Name -> literals of its file outside of tests
+        support = []
+        for path in sorted((root / "tests").rglob("*.cpp")) + sorted((root / "tests").rglob("*.h")):
+            if "support" in path.parts or path.suffix == ".h":
+                support += [decoded(v) for k, v in tokens_of(path.read_text(encoding="utf-8")) if k == "text"]
+            else:
+                self.read(path)
+        self.support = "\0".join(support)
+
+    def read(self, path):
+        tokens = tokens_of(path.read_text(encoding="utf-8"))
+        outside, names, i = [], [], 0
+        while i < len(tokens):
+            kind, value = tokens[i]
+            if kind == "code" and value in ("TEST", "TEST_F", "TEST_P") and i + 5 < len(tokens):
+                name = f"{tokens[i + 2][1]}.{tokens[i + 4][1]}"
+                end = matching(tokens, i + 6)
+                self.bodies[name] = "\0".join(decoded(v) for k, v in tokens[i:end] if k == "text")
+                names.append(name)
+                i = end
+            elif kind == "text":
+                outside.append(decoded(value))
+            i += 1
+        for name in names:
+            self.helpers[name] = "\0".join(outside)
+
+    def contains(self, name, text):
+        everywhere = self.bodies[name] + "\0" + self.helpers[name] + "\0" + self.support
+        parts = parts_of(text)
+        return all(part in everywhere for part in parts)
+
+    def find(self, text):
+        parts = parts_of(text)
+        if not parts:
+            return None
+        for level in (self.bodies, self.helpers):
+            for name in self.bodies:
+                literals = self.bodies[name] + ("\0" + self.helpers[name] if level is self.helpers else "")
+                if all(part in literals for part in parts):
+                    return name
+        return None
+
+
+def read_list(path):
+    entries = {}
+    if path.exists():
+        for line in path.read_text(encoding="utf-8").splitlines():
+            if line and not line.startswith("#"):
+                source, text, test, reason = (line.split("\t") + ["", "", ""])[:4]
+                entries[source, text] = (test, reason)
+    return entries
+
+
+def write_list(path, entries):
+    lines = ["# source\ttext\ttest\treason when no test can provoke it"]
+    lines += ["\t".join([source, text, test, reason]).rstrip("\t") for (source, text), (test, reason) in entries.items()]
+    path.write_text("\n".join(lines) + "\n", encoding="utf-8")
+
+
+def problems_of(texts, entries, tests):
+    problems = [f"{source}: no such text any more: {text}" for source, text in entries if (source, text) not in texts]
+    for source, text in texts:
+        test, reason = entries.get((source, text), ("", ""))
+        if test == "-" and reason:
+            continue
+        if not test or test == "-":
+            problems.append(f"{source}: no test provokes: {text}")
+        elif test not in tests.bodies:
+            problems.append(f"{source}: there is no test {test} for: {text}")
+        elif not tests.contains(test, text):
+            problems.append(f"{source}: {test} does not contain: {text}")
+    unreachable = sum(test == "-" for test, _ in entries.values())
+    if unreachable > MOST_UNREACHABLE:
+        problems.append(f"{unreachable} texts are said to be out of reach; at most {MOST_UNREACHABLE} may be")
+    return problems
+
+
+def main(argv):
+    update = "--update" in argv
+    rest = [a for a in argv[1:] if a != "--update"]
+    root = Path(rest[0] if rest else ".").resolve()
+    tests = Tests(root)
+    texts = [(str(source.relative_to(root)), text)
+             for source in sorted((root / "src").rglob("*.cpp")) + sorted((root / "src").rglob("*.h"))
+             if "windows" not in source.name for text in failure_texts(source)]
+    entries = read_list(root / LIST)
+    if update:
+        def entry(key):
+            test, reason = entries.get(key, ("", ""))
+            good = (test == "-" and reason) or (test in tests.bodies and tests.contains(test, key[1]))
+            return (test, reason) if good else (tests.find(key[1]) or "", "")
+        entries = {key: entry(key) for key in texts}
+        write_list(root / LIST, entries)
+    problems = problems_of(texts, entries, tests)
+    for problem in problems:
+        print(problem)
+    print(f"{len(texts)} failure texts, {len(tests.bodies)} tests, {len(problems)} problems")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv))
