@@ -45,8 +45,8 @@ int read_matrix_rows(std::FILE* file, int columns, int rows, CMatrix& matrix);
 int read_cmatrix(std::FILE* file, int n, CMatrix& matrix);
 int write_cmatrix(std::FILE* file, int n, const CMatrix& matrix);
 
-/// Copies a file in chunks of 65536 bytes, replacing the target. A failure reports "fopen(src)",
-/// "fopen(dst)", "fwrite" or "fread" and leaves the target as far as it got.
+/// Copies a file in chunks of 65536 bytes, replacing the target; onto itself it stays as it is. A failure
+/// reports "fopen(src)", "fopen(dst)", "fwrite" or "fread" and leaves the target as far as it got.
 binfh_status copy_file_binary(const char* src, const char* dst);
 /// "context: system text of errno" on standard error; "I/O error" stands for a missing context.
 void print_io_error(const char* context);

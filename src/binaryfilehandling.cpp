@@ -201,6 +201,10 @@ binfh_status copy_file_binary(const char* src, const char* dst) {
         print_io_error("fopen(src)");
         return BINFH_ERR_IO;
     }
+    if (platform_same_file(src, dst)) {
+        std::fclose(in);
+        return BINFH_OK;
+    }
     std::FILE* out = platform_open(dst, "wb");
     if (!out) {
         print_io_error("fopen(dst)");

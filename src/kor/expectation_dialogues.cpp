@@ -89,6 +89,11 @@ Answer ask_output(Output* output) {
         std::fputs("ExpValNDensMat: invalid output name\n", stderr);
         return Answer::no_name;
     }
+    if (platform_same_file(output->name, density_file_name)) {
+        std::fprintf(stderr, "ExpValNDensMat: the output file %s is the density file that is read\n",
+                     output->name);
+        return Answer::refused;
+    }
     output->file = platform_open(output->name, text ? "w" : "wb");
     if (!output->file) {
         std::perror(text ? "ExpValNDensMat: fopen(out text)" : "ExpValNDensMat: fopen(out bin)");

@@ -29,11 +29,10 @@ dataio_status write_lines(unsigned N, const double* values, const char* path, Wr
     bool written = true;
     for (unsigned i = 0; i < N && written; ++i)
         written = write_line(file, i) > 0;
-    // A full disk shows when the buffered lines leave for it.
-    written = written && std::fflush(file) == 0;
+    // A full disk shows when the buffered lines leave for it, at the latest when the file is closed.
+    written = std::fclose(file) == 0 && written;
     if (!written)
         print_io_error("fprintf");
-    std::fclose(file);
     return written ? DATAIO_OK : DATAIO_ERR_IO;
 }
 

@@ -193,6 +193,11 @@ int write_pv_wave_file(const char* name) {
     std::FILE* const in = open_signal_file(signals);
     if (in == nullptr)
         return 0;
+    if (platform_same_file(name, "korsign.bin")) {
+        std::fprintf(stderr, "%s: the output file is the signal file that is read\n", name);
+        std::fclose(in);
+        return 0;
+    }
     std::FILE* const out = platform_open(name, "wb");
     if (out == nullptr) {
         std::perror("fopen(output)");

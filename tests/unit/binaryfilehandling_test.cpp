@@ -349,6 +349,13 @@ TEST(CopyFileBinary, CopiesEveryByteOverAnExistingFile) {
     }
 }
 
+TEST(CopyFileBinary, OntoItselfChangesNothing) {
+    const TempTree folder;
+    write_file("file", "bytes");
+    EXPECT_EQ(copy_file_binary("file", "./file"), BINFH_OK);
+    EXPECT_EQ(read_file("file"), "bytes");
+}
+
 TEST(CopyFileBinary, SaysWhichFileCannotBeOpened) {
     const TempTree folder;
     write_file("from", "abc");

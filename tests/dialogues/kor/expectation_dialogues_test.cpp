@@ -212,6 +212,20 @@ TEST(ExpValNDensMat, ReportsAnOutputThatCannotBeOpened) {
     EXPECT_EQ(printed.err, "ExpValNDensMat: fopen(out bin): No such file or directory\n");
 }
 
+TEST(ExpValNDensMat, DoesNotWriteOverTheFileItReads) {
+    TempTree tree;
+    prepare(tree, {1.0});
+    const std::string states = tree.read("dm.bin");
+    for (const std::string name : {"dm.bin", "./dm.bin"}) {
+        for (const char* kind : {"1\n", "2\n"}) {
+            const ConsoleOutput printed = ask(choose_ix + kind + name + "\n\n");
+            EXPECT_EQ(printed.err,
+                      "ExpValNDensMat: the output file " + name + " is the density file that is read\n");
+            EXPECT_EQ(tree.read("dm.bin"), states);
+        }
+    }
+}
+
 TEST(ExpValNDensMat, ReportsAnOutputThatCannotBeWritten) {
     if (!std::filesystem::exists("/dev/full"))
         GTEST_SKIP() << "needs the device /dev/full";

@@ -241,6 +241,15 @@ TEST(PvWaveFile, CopiesNoMoreThanTheHeaderSays) {
     EXPECT_EQ(folder.read("wave"), pv_wave_header(1, 1) + complex_bytes({1.0}));
 }
 
+TEST(PvWaveFile, DoesNotReplaceTheSignalsItReads) {
+    const TempTree folder;
+    write_signals(1, 1, {1.0});
+    const std::string signals = folder.read("korsign.bin");
+    EXPECT_EQ(said([] { return write_pv_wave_file("./korsign.bin"); }),
+              "0||./korsign.bin: the output file is the signal file that is read\n");
+    EXPECT_EQ(folder.read("korsign.bin"), signals);
+}
+
 TEST(PvWaveFile, StopsQuietlyAtAShortFile) {
     const TempTree folder;
     write_signals(1000000, 1000, {1.0, 2.0});
