@@ -47,8 +47,7 @@ double column_multiply_adds() {
     plan(kColumnWay, fast);
     const SystemStructure& s = fast.structure;
     const Mirrored mirrored = without_mirror_image(fast.list);
-    const double elements = static_cast<double>(s.n) + static_cast<double>(s.h0_off_diagonal.value.size()) +
-                            static_cast<double>(s.fx_entries.value.size());
+    const double elements = s.sparse.size();
     double sum = 0.0;
     for (long long c = 0; c < fast.classes.count(); ++c) {
         const VoxelPlace place = fast.classes.place(c);

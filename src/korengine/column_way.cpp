@@ -32,6 +32,10 @@ void split_long_steps(const std::vector<Step>& steps, ColumnPlan& plan) {
     }
 }
 
+int exponent_size(const SystemStructure& s) {
+    return s.binary_spins > 0 ? s.n + 72 : static_cast<int>(s.sparse.h0.size());
+}
+
 int prepare(const FastSector& fast) {
     if (g_plans.size() <= fast.slot) {
         g_plans.resize(fast.slot + 1);
@@ -56,7 +60,7 @@ int prepare(const FastSector& fast) {
     for (int i = 0; i < s.n; ++i) {
         plan.diagonal.push_back(s.h0_at(i, i));
     }
-    plan.work.resize(static_cast<std::size_t>(column_work(s.n)));
+    plan.work.resize(static_cast<std::size_t>(column_work(s.n, exponent_size(s))));
     return 1;
 }
 
@@ -77,12 +81,12 @@ void run_range(const FastSector& fast, ColumnPlan& plan, int first, int end, Pla
     const bool turns = !fast.list.fixed_direction;
     product.shape(s.n);
     const ColumnJob job = {s.n,
-                           s.h0_off_diagonal.rows(),
-                           s.fx_entries.rows(),
+                           s.sparse.rows(),
                            s.binary_spins,
-                           s.exchange.empty() ? nullptr : s.exchange.data(),
                            plan.diagonal.data(),
                            s.m.data(),
+                           s.exchange.empty() ? nullptr : s.exchange.data(),
+                           exponent_size(s),
                            s.ladder.data(),
                            s.ladder_top,
                            end - first,
@@ -97,7 +101,7 @@ void run_range(const FastSector& fast, ColumnPlan& plan, int first, int end, Pla
                            product.im.data(),
                            product.stride};
     const FastKernels& kernels = fast_kernels();
-    (s.binary_spins > 0 ? kernels.binary_column_product : kernels.column_product)(job);
+    (s.binary_spins > 0 ? kernels.binary_columns : kernels.sparse_columns)(job);
 }
 
 void compute(const FastSector& fast, ClassBlock& block) {

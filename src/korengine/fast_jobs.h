@@ -95,23 +95,24 @@ struct ChebyshevSeries {
     const double* ratio; // see series.h; null where powers of A would cancel
 };
 
-/// Rows of a sparse real matrix: entries start[i]..start[i+1]-1 of row i.
+/// The exponent's elements in rows: start[i]..start[i+1]-1 of row i, each with its value in the operators.
+/// The values go on with zeros to a multiple of 8.
 struct SparseRows {
     const int* start;
     const int* column;
-    const double* value;
+    const double *h0, *fz, *fx;
 };
 
 /// Ordered product over the steps of one voxel, applied to the columns of the identity.
 struct ColumnJob {
     int n;
-    SparseRows h0; // off-diagonal part, rad/s
-    SparseRows fx;
-    int spins;              // with spins 1/2 alone their number, else 0 and the sparse rows serve
-    const double* exchange; // 8 x 8, rad/s, as in SystemStructure; null when there is none
-    const double* h0_diagonal;
-    const double* m;
-    const int* ladder;
+    SparseRows rows;           // for sparse_columns
+    int binary_spins;          // this and the next three for binary_columns (SystemStructure)
+    const double* h0_diagonal; // n, rad/s
+    const double* m;           // n, diagonal of Fz
+    const double* exchange;    // 8 x 8, rad/s; null when there is none
+    int exponent_size;         // sparse: the rows' values; binary: n + 72; a multiple of 8
+    const int* ladder;         // n, steps of m below the highest one
     int ladder_top;
     int steps;
     const double* h;  // steps
@@ -120,15 +121,15 @@ struct ColumnJob {
     const double* zc; // steps; null when the field keeps its direction
     const double* zs;
     const ChebyshevSeries* const* series; // steps
-    double* work;                         // column_work(n)
+    double* work;                         // column_work(n, exponent_size)
     double* re;                           // n rows of `stride`, result
     double* im;
     int stride; // plane_stride(n)
 };
 
-/// Doubles of ColumnJob::work: three blocks of columns, the diagonals, the exchange and the turns.
-constexpr int column_work(int n) {
-    return 3 * n * 32 + 2 * n + 64 + 2 * n;
+/// Doubles of ColumnJob::work: three blocks of columns, the exponent twice and the turns.
+constexpr int column_work(int n, int exponent_size) {
+    return 3 * n * 32 + 2 * exponent_size + 2 * n;
 }
 
 /// out = a . b, complex, planes of real and imaginary parts with rows of `stride` doubles.
@@ -177,8 +178,8 @@ struct FastKernels {
     void (*spin_half)(const LaneJob& job);
     void (*join_turns)(const TurnJoinJob& job);
     void (*lane_product)(const LaneJob& job);
-    void (*column_product)(const ColumnJob& job);
-    void (*binary_column_product)(const ColumnJob& job); // with ColumnJob::spins
+    void (*sparse_columns)(const ColumnJob& job);
+    void (*binary_columns)(const ColumnJob& job);
     void (*complex_product)(const ProductJob& job);
     void (*line_sums)(const LineSumJob& job);
     void (*mix_rows)(const MixJob& job);

@@ -42,6 +42,7 @@ inline const Lanes* as_lanes(const double* p) {
 
 #include "kernels/columns.h"
 #include "kernels/columns_binary.h"
+#include "kernels/columns_sparse.h"
 #include "kernels/interpolation.h"
 #include "kernels/lane_products.h"
 #include "kernels/lane_steps.h"
@@ -52,10 +53,9 @@ namespace kor {
 
 namespace {
 
-constexpr FastKernels kKernelsHere{
-    kLanes,         fill_offsets,          spin_half,       join_turns, lane_product,
-    column_product, binary_column_product, complex_product, line_sums,  mix_rows,
-    chebyshev_sums};
+constexpr FastKernels kKernelsHere{kLanes,       fill_offsets,   spin_half,      join_turns,
+                                   lane_product, sparse_columns, binary_columns, complex_product,
+                                   line_sums,    mix_rows,       chebyshev_sums};
 
 } // namespace
 

@@ -94,20 +94,24 @@ bool read_h0(const CMatrix& H0, SystemStructure& s) {
     return true;
 }
 
-SparseMatrix sparse(const SystemStructure& s, const std::vector<double>& dense, bool with_diagonal) {
-    SparseMatrix rows;
+void fill_sparse(SystemStructure& s) {
+    SparseOperators& out = s.sparse;
+    out = {};
     for (int i = 0; i < s.n; ++i) {
-        rows.start.push_back(static_cast<int>(rows.value.size()));
+        out.start.push_back(out.size());
         for (int j = 0; j < s.n; ++j) {
-            const double value = dense[s.index(i, j)];
-            if (value != 0.0 && (with_diagonal || i != j)) {
-                rows.column.push_back(j);
-                rows.value.push_back(value);
+            if (i == j || s.h0_at(i, j) != 0.0 || s.fx_at(i, j) != 0.0) {
+                out.column.push_back(j);
+                out.h0.push_back(s.h0_at(i, j));
+                out.fz.push_back(i == j ? s.m[static_cast<std::size_t>(i)] : 0.0);
+                out.fx.push_back(s.fx_at(i, j));
             }
         }
     }
-    rows.start.push_back(static_cast<int>(rows.value.size()));
-    return rows;
+    out.start.push_back(out.size());
+    for (std::vector<double>* values : {&out.h0, &out.fz, &out.fx}) {
+        values->resize((values->size() + 7) / 8 * 8, 0.0);
+    }
 }
 
 /// False when fx is not half the sum of all flips of one bit.
@@ -130,7 +134,7 @@ bool read_exchange(SystemStructure& s) {
             const auto flipped = static_cast<unsigned>(i ^ j);
             if (std::popcount(flipped) == 2 && std::popcount(flipped & static_cast<unsigned>(i)) == 1) {
                 const int p = std::countr_zero(flipped);
-                const int q = std::bit_width(flipped) - 1;
+                const int q = static_cast<int>(std::bit_width(flipped)) - 1;
                 double& known = s.exchange[static_cast<std::size_t>(8 * p + q)];
                 if (i < j && (i >> (q + 1)) == 0 && (i & ((1 << q) - 1) & ~(1 << p)) == 0) {
                     known = s.h0_at(i, j); // all other bits 0: the first pair of this kind
@@ -156,8 +160,7 @@ void complete_structure(SystemStructure& s) {
     make_ladder(s);
     s.h0_bound = largest_row_sum(s, s.h0);
     s.fx_row_sum = largest_row_sum(s, s.fx);
-    s.h0_off_diagonal = sparse(s, s.h0, false);
-    s.fx_entries = sparse(s, s.fx, true);
+    fill_sparse(s);
     const auto states = static_cast<unsigned>(s.n);
     const bool binary = s.n > 16 && std::has_single_bit(states) && flips_single_bits(s) && read_exchange(s);
     s.binary_spins = binary ? std::countr_zero(states) : 0;

@@ -8,12 +8,14 @@
 
 namespace kor {
 
-struct SparseMatrix {
+/// The elements where H0, Fx or the diagonal may differ from 0.
+struct SparseOperators {
     std::vector<int> start;
     std::vector<int> column;
-    std::vector<double> value;
+    std::vector<double> h0, fz, fx; // zeros behind the end, to a multiple of 8
 
-    SparseRows rows() const { return {start.data(), column.data(), value.data()}; }
+    SparseRows rows() const { return {start.data(), column.data(), h0.data(), fz.data(), fx.data()}; }
+    int size() const { return static_cast<int>(column.size()); }
 };
 
 /// A system with H0 real symmetric and free of elements between states of different total m, Fz diagonal,
@@ -26,8 +28,7 @@ struct SystemStructure {
     std::vector<double> m;   // diagonal of Fz
     std::vector<int> ladder; // steps of m below the highest
     int ladder_top = 0;
-    SparseMatrix h0_off_diagonal;
-    SparseMatrix fx_entries;
+    SparseOperators sparse;
     /// Of spins 1/2 alone, when n > 16 and the number of a state is binary: bit p is 1 when the spin that
     /// varies fastest but p is down. Else 0.
     int binary_spins = 0;

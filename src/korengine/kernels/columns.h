@@ -1,148 +1,136 @@
-// More than 16 states: the steps act on blocks of columns that stay in cache, the last step first. Each
-// exponential is a Chebyshev series summed by Clenshaw's recurrence,
-//   b_k = c_k y - 2i (A/radius) b_(k+1) + b_(k+2),   exp(-iA) y = c_0 y - i (A/radius) b_1 + b_2,
-// in which the real A acts on real and imaginary parts alike.
+// More than 16 states: blocks of columns of the identity go through the steps, the last one first, while they
+// stay in cache. A Method (columns_binary.h, columns_sparse.h) knows how the real exponent A acts on a block.
+//
+// A short step's exponential is a polynomial of A summed by Horner's rule on the ratios r of neighbouring
+// coefficients, z_k = y - i r_k A z_(k+1), which leaves one product by A and one addition per term; a longer
+// one's is a Chebyshev series summed by Clenshaw's recurrence,
+//   b_k = c_k y - 2i (A/radius) b_(k+1) + b_(k+2),   exp(-iA) y = c_0 y - i (A/radius) b_1 + b_2.
+// A takes the imaginary parts to real parts of the result and the real parts to imaginary ones.
 #pragma once
 
 namespace kor {
 
 namespace {
 
-// A row of a block: kColumns real parts, then kColumns imaginary parts, two registers each.
-constexpr int kColumns = 2 * kLanes;
-constexpr int kRow = 2 * kColumns;
-
-struct RowSum {
-    Lanes re0{}, re1{}, im0{}, im1{};
-};
-
-inline void add_row(RowSum& sum, double value, const double* row) {
-    sum.re0 += load(row) * value;
-    sum.re1 += load(row + kLanes) * value;
-    sum.im0 += load(row + kColumns) * value;
-    sum.im1 += load(row + kColumns + kLanes) * value;
-}
-
-inline void add_entries(RowSum& sum, const SparseRows& rows, int i, const double* b) {
-    for (int e = rows.start[i]; e < rows.start[i + 1]; ++e) {
-        add_row(sum, rows.value[e], b + rows.column[e] * kRow);
-    }
-}
-
-/// One term of the recurrence: b2 = ck y + b2 - i (diagonal + sh h0 + sf fx) b1.
-inline void clenshaw_term(const ColumnJob& job, const double* diagonal, double sh, double sf, double ck,
-                          const double* y, const double* b1, double* b2) {
-    for (int i = 0; i < job.n; ++i) {
-        RowSum total, field;
-        add_entries(total, job.h0, i, b1);
-        total.re0 *= sh;
-        total.re1 *= sh;
-        total.im0 *= sh;
-        total.im1 *= sh;
-        add_entries(field, job.fx, i, b1);
-        add_row(total, diagonal[i], b1 + i * kRow);
-        total.re0 += field.re0 * sf;
-        total.re1 += field.re1 * sf;
-        total.im0 += field.im0 * sf;
-        total.im1 += field.im1 * sf;
-        const double* yi = y + i * kRow;
-        double* out = b2 + i * kRow;
-        store(out, load(yi) * ck + load(out) + total.im0);
-        store(out + kLanes, load(yi + kLanes) * ck + load(out + kLanes) + total.im1);
-        store(out + kColumns, load(yi + kColumns) * ck + load(out + kColumns) - total.re0);
-        store(out + kColumns + kLanes,
-              load(yi + kColumns + kLanes) * ck + load(out + kColumns + kLanes) - total.re1);
-    }
-}
-
+/// Blocks of n rows: the real plane, rows of Method::kColumns doubles, then the imaginary one.
 struct ColumnBlock {
-    double* y;
-    double* b1;
-    double* b2;
-    double* diagonal;
-    double* powers; // of the turn, real and imaginary parts
+    double *y, *b1, *b2;
+    double* exponent; // what the Method keeps of A, job.exponent_size doubles
+    double* scaled;   // the same times a factor
+    double* powers;   // of the turn, real and imaginary parts
 };
 
-/// y = exp(-iA) y of step j.
-inline void apply_step(const ColumnJob& job, int j, ColumnBlock& block) {
-    const ChebyshevSeries& series = *job.series[j];
-    const double scale = 2.0 / series.radius;
-    for (int i = 0; i < job.n; ++i) {
-        block.diagonal[i] = scale * (job.h[j] * job.h0_diagonal[i] + job.hw[j] * job.m[i]);
+inline void swap(double*& a, double*& b) {
+    double* const c = a;
+    a = b;
+    b = c;
+}
+
+inline void scale_exponent(const ColumnJob& job, double scale, const ColumnBlock& block) {
+    for (int e = 0; e < job.exponent_size; e += kLanes) {
+        store(block.scaled + e, load(block.exponent + e) * scale);
     }
+}
+
+template <typename Method> inline void horner(const ColumnJob& job, int j, ColumnBlock& block) {
+    const ChebyshevSeries& series = *job.series[j];
+    const double* from = block.y;
+    for (int k = series.degree - 1; k >= 0; --k) {
+        scale_exponent(job, series.ratio[k], block);
+        Method::template term<false>(job, block, 1.0, from, block.b1);
+        from = block.b1;
+        swap(block.b1, block.b2);
+    }
+    swap(block.y, block.b2);
+}
+
+template <typename Method> inline void clenshaw(const ColumnJob& job, int j, ColumnBlock& block) {
+    const ChebyshevSeries& series = *job.series[j];
     const double last = series.coefficient[series.degree];
-    for (int e = 0; e < job.n * kRow; e += kLanes) {
+    for (int e = 0; e < 2 * job.n * Method::kColumns; e += kLanes) {
         store(block.b1 + e, load(block.y + e) * last);
         store(block.b2 + e, Lanes{});
     }
-    for (int k = series.degree - 1; k >= 1; --k) {
-        clenshaw_term(job, block.diagonal, scale * job.h[j], scale * job.hb[j], series.coefficient[k],
-                      block.y, block.b1, block.b2);
-        double* swapped = block.b1;
-        block.b1 = block.b2;
-        block.b2 = swapped;
+    scale_exponent(job, 2.0 / series.radius, block);
+    for (int k = series.degree - 1; k >= 0; --k) {
+        if (k == 0) {
+            scale_exponent(job, 1.0 / series.radius, block);
+        }
+        Method::template term<true>(job, block, series.coefficient[k], block.b1, block.b2);
+        swap(block.b1, block.b2);
     }
-    for (int i = 0; i < job.n; ++i) {
-        block.diagonal[i] *= 0.5;
-    }
-    clenshaw_term(job, block.diagonal, 0.5 * scale * job.h[j], 0.5 * scale * job.hb[j], series.coefficient[0],
-                  block.y, block.b1, block.b2);
-    double* result = block.b2;
-    block.b2 = block.y;
-    block.y = result;
+    swap(block.y, block.b1);
 }
 
-/// Powers of the turn of the field's direction between step j - 1 and step j.
-inline void fill_turns(const ColumnJob& job, int j, double* powers) {
-    double re = 1.0, im = 0.0;
-    for (int k = 0; k <= job.ladder_top; ++k) {
-        powers[2 * k] = re;
-        powers[2 * k + 1] = im;
-        const double next = re * job.zc[j] - im * job.zs[j];
-        im = re * job.zs[j] + im * job.zc[j];
-        re = next;
+/// y = exp(-iA) y of step j.
+template <typename Method> inline void apply_step(const ColumnJob& job, int j, ColumnBlock& block) {
+    Method::fill_exponent(job, j, block.exponent);
+    if (job.series[j]->ratio) {
+        horner<Method>(job, j, block);
+    } else {
+        clenshaw<Method>(job, j, block);
     }
 }
 
 /// y = Z y, Z the turn of the field's direction between step j - 1 and step j.
-inline void turn_rows(const ColumnJob& job, int j, ColumnBlock& block) {
-    fill_turns(job, j, block.powers);
+template <int kColumns> inline void turn_rows(const ColumnJob& job, int j, ColumnBlock& block) {
+    double re = 1.0, im = 0.0;
+    for (int k = 0; k <= job.ladder_top; ++k) {
+        block.powers[2 * k] = re;
+        block.powers[2 * k + 1] = im;
+        const double next = re * job.zc[j] - im * job.zs[j];
+        im = re * job.zs[j] + im * job.zc[j];
+        re = next;
+    }
     for (int i = 0; i < job.n; ++i) {
         const double zr = block.powers[2 * job.ladder[i]];
         const double zi = block.powers[2 * job.ladder[i] + 1];
-        double* row = block.y + i * kRow;
         for (int c = 0; c < kColumns; c += kLanes) {
-            const Lanes yr = load(row + c);
-            const Lanes yi = load(row + kColumns + c);
-            store(row + c, yr * zr - yi * zi);
-            store(row + kColumns + c, yr * zi + yi * zr);
+            double* row_re = block.y + i * kColumns + c;
+            double* row_im = row_re + job.n * kColumns;
+            const Lanes yr = load(row_re);
+            const Lanes yi = load(row_im);
+            store(row_re, yr * zr - yi * zi);
+            store(row_im, yr * zi + yi * zr);
         }
     }
 }
 
-void column_product(const ColumnJob& job) {
-    const int size = job.n * kRow;
-    ColumnBlock block{job.work, job.work + size, job.work + 2 * size, job.work + 3 * size,
-                      job.work + 3 * size + job.n};
-    for (int c0 = 0; c0 < job.n; c0 += kColumns) {
-        for (int e = 0; e < size; ++e) {
-            block.y[e] = 0.0;
+/// Columns c0..c0 + kColumns - 1 of the product of all steps.
+template <typename Method> inline void column_block(const ColumnJob& job, int c0, ColumnBlock& block) {
+    constexpr int kColumns = Method::kColumns;
+    const int plane = job.n * kColumns;
+    for (int e = 0; e < 2 * plane; ++e) {
+        block.y[e] = 0.0;
+    }
+    for (int c = 0; c < kColumns && c0 + c < job.n; ++c) {
+        block.y[(c0 + c) * kColumns + c] = 1.0;
+    }
+    for (int j = job.steps - 1; j >= 0; --j) {
+        if (job.zc && j + 1 < job.steps) {
+            turn_rows<kColumns>(job, j + 1, block);
         }
-        for (int c = 0; c < kColumns && c0 + c < job.n; ++c) {
-            block.y[(c0 + c) * kRow + c] = 1.0;
+        apply_step<Method>(job, j, block);
+    }
+    for (int i = 0; i < job.n; ++i) {
+        for (int c = 0; c < kColumns; c += kLanes) {
+            store(job.re + i * job.stride + c0 + c, load(block.y + i * kColumns + c));
+            store(job.im + i * job.stride + c0 + c, load(block.y + plane + i * kColumns + c));
         }
-        for (int j = job.steps - 1; j >= 0; --j) {
-            if (job.zc && j + 1 < job.steps) {
-                turn_rows(job, j + 1, block);
-            }
-            apply_step(job, j, block);
-        }
-        for (int i = 0; i < job.n; ++i) {
-            for (int c = 0; c < kColumns; c += kLanes) {
-                store(job.re + i * job.stride + c0 + c, load(block.y + i * kRow + c));
-                store(job.im + i * job.stride + c0 + c, load(block.y + i * kRow + kColumns + c));
-            }
-        }
+    }
+}
+
+template <typename Method> void all_columns(const ColumnJob& job) {
+    const int size = 2 * job.n * Method::kColumns;
+    double* exponent = job.work + 3 * size;
+    ColumnBlock block{job.work,
+                      job.work + size,
+                      job.work + 2 * size,
+                      exponent,
+                      exponent + job.exponent_size,
+                      exponent + 2 * job.exponent_size};
+    for (int c0 = 0; c0 < job.n; c0 += Method::kColumns) {
+        column_block<Method>(job, c0, block);
     }
 }
 

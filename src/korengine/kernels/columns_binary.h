@@ -1,12 +1,6 @@
-// More than 16 states of spins 1/2 alone, whose state numbers are binary: the flip of a spin is one bit.
-// Blocks of kLanes columns go through all steps while they stay in cache. A tile of 8 rows, the states of
-// the three spins that vary fastest, is summed in registers: flips of these spins permute registers, flips
-// of any other one read the tile whose number differs by that bit, and a row costs no index.
-//
-// Each exponential is a polynomial of A. Small ones are summed by Horner's rule on the ratios r of
-// neighbouring coefficients, z_k = y - i r_k A z_(k+1), which leaves one product by A and one addition per
-// term; larger ones by Clenshaw's recurrence (columns.h). The real A takes the imaginary parts of z to the
-// real parts of the result and the real parts to the imaginary ones.
+// Columns of spins 1/2 alone, whose state numbers are binary: the flip of a spin is one bit. A tile of 8
+// rows, the states of the three spins that vary fastest, is summed in registers: flips of these spins permute
+// registers, flips of any other one read the tile whose number differs by that bit, and a row costs no index.
 #pragma once
 
 namespace kor {
@@ -15,7 +9,7 @@ namespace {
 
 constexpr int kTile = 8; // rows
 
-/// scale . A, and how the sum goes on: Clenshaw's adds y times `y_factor` and what stands in the result.
+/// The exponent A, and the factor of y in Clenshaw's sum.
 struct BinaryTerm {
     int n;
     int slow_bits;          // of the tile's number
@@ -109,7 +103,7 @@ template <int kSign>
     }
 }
 
-/// out = y + kSign scale A b, or y_factor y + out + kSign scale A b with kClenshaw.
+/// out = y + kSign A b, or with kClenshaw y_factor y + out + kSign A b.
 template <int kSign, bool kExchange, bool kClenshaw>
 [[gnu::noinline]] void binary_plane(const BinaryTerm& term, const double* y, const double* b, double* out) {
     for (int tile = 0; tile < term.n / kTile; ++tile) {
@@ -141,127 +135,38 @@ template <int kSign, bool kExchange, bool kClenshaw>
     }
 }
 
-/// out = y - i scale A b (with kClenshaw as above); a block is its real plane, then its imaginary one.
-template <bool kExchange, bool kClenshaw>
-inline void binary_term(const BinaryTerm& term, const double* y, const double* b, double* out) {
-    const int plane = term.n * kLanes;
-    binary_plane<1, kExchange, kClenshaw>(term, y, b + plane, out);
-    binary_plane<-1, kExchange, kClenshaw>(term, y + plane, b, out + plane);
-}
+/// The exponent is kept as its diagonal, the field and, with kExchange, 8 x 8 exchanges.
+template <bool kExchange> struct BinaryMethod {
+    static constexpr int kColumns = kLanes;
 
-struct BinaryBlock {
-    double *y, *b1, *b2; // 2 x n x kLanes
-    double* exponent;    // n, the diagonal of A
-    double* diagonal;    // n, scaled
-    double* exchange;    // 8 x 8, scaled
-    double* powers;      // of the turn, real and imaginary parts
+    static void fill_exponent(const ColumnJob& job, int j, double* exponent) {
+        for (int i = 0; i < job.n; ++i) {
+            exponent[i] = job.h[j] * job.h0_diagonal[i] + job.hw[j] * job.m[i];
+        }
+        exponent[job.n] = 0.5 * job.hb[j];
+        for (int p = 0; kExchange && p < 64; ++p) {
+            exponent[job.n + 1 + p] = job.h[j] * job.exchange[p];
+        }
+    }
+
+    /// out = y - i A b, or with kClenshaw y_factor y + out - i A b; A is block.scaled.
+    template <bool kClenshaw>
+    static void term(const ColumnJob& job, const ColumnBlock& block, double y_factor, const double* b,
+                     double* out) {
+        const int plane = job.n * kColumns;
+        const BinaryTerm here = {
+            job.n,   job.binary_spins - 3, block.scaled, block.scaled[job.n], block.scaled + job.n + 1,
+            y_factor};
+        binary_plane<1, kExchange, kClenshaw>(here, block.y, b + plane, out);
+        binary_plane<-1, kExchange, kClenshaw>(here, block.y + plane, b, out + plane);
+    }
 };
 
-inline BinaryTerm scaled_term(const ColumnJob& job, int j, double scale, double y_factor,
-                              const BinaryBlock& block) {
-    for (int i = 0; i < job.n; ++i) {
-        block.diagonal[i] = scale * block.exponent[i];
-    }
+void binary_columns(const ColumnJob& job) {
     if (job.exchange) {
-        for (int p = 0; p < 64; ++p) {
-            block.exchange[p] = scale * job.h[j] * job.exchange[p];
-        }
-    }
-    return {job.n, job.spins - 3, block.diagonal, 0.5 * scale * job.hb[j], block.exchange, y_factor};
-}
-
-inline void swap(double*& a, double*& b) {
-    double* const c = a;
-    a = b;
-    b = c;
-}
-
-template <bool kExchange> inline void horner(const ColumnJob& job, int j, BinaryBlock& block) {
-    const ChebyshevSeries& series = *job.series[j];
-    const double* from = block.y;
-    for (int k = series.degree - 1; k >= 0; --k) {
-        binary_term<kExchange, false>(scaled_term(job, j, series.ratio[k], 1.0, block), block.y, from,
-                                      block.b1);
-        from = block.b1;
-        swap(block.b1, block.b2);
-    }
-    swap(block.y, block.b2);
-}
-
-template <bool kExchange> inline void clenshaw(const ColumnJob& job, int j, BinaryBlock& block) {
-    const ChebyshevSeries& series = *job.series[j];
-    const double scale = 2.0 / series.radius;
-    const double last = series.coefficient[series.degree];
-    for (int e = 0; e < 2 * job.n * kLanes; e += kLanes) {
-        store(block.b1 + e, load(block.y + e) * last);
-        store(block.b2 + e, Lanes{});
-    }
-    for (int k = series.degree - 1; k >= 0; --k) {
-        const double halved = k > 0 ? scale : 0.5 * scale;
-        binary_term<kExchange, true>(scaled_term(job, j, halved, series.coefficient[k], block), block.y,
-                                     block.b1, block.b2);
-        swap(block.b1, block.b2);
-    }
-    swap(block.y, block.b1);
-}
-
-/// y = exp(-iA) y of step j.
-template <bool kExchange> inline void apply_binary_step(const ColumnJob& job, int j, BinaryBlock& block) {
-    for (int i = 0; i < job.n; ++i) {
-        block.exponent[i] = job.h[j] * job.h0_diagonal[i] + job.hw[j] * job.m[i];
-    }
-    if (job.series[j]->ratio) {
-        horner<kExchange>(job, j, block);
+        all_columns<BinaryMethod<true>>(job);
     } else {
-        clenshaw<kExchange>(job, j, block);
-    }
-}
-
-/// y = Z y, Z the turn of the field's direction between step j - 1 and step j.
-inline void turn_binary_rows(const ColumnJob& job, int j, BinaryBlock& block) {
-    fill_turns(job, j, block.powers);
-    for (int i = 0; i < job.n; ++i) {
-        const double zr = block.powers[2 * job.ladder[i]];
-        const double zi = block.powers[2 * job.ladder[i] + 1];
-        double* re = block.y + i * kLanes;
-        double* im = re + job.n * kLanes;
-        const Lanes yr = load(re);
-        const Lanes yi = load(im);
-        store(re, yr * zr - yi * zi);
-        store(im, yr * zi + yi * zr);
-    }
-}
-
-template <bool kExchange> void binary_block(const ColumnJob& job, int c0, BinaryBlock& block) {
-    for (int e = 0; e < 2 * job.n * kLanes; ++e) {
-        block.y[e] = 0.0;
-    }
-    for (int c = 0; c < kLanes; ++c) {
-        block.y[(c0 + c) * kLanes + c] = 1.0;
-    }
-    for (int j = job.steps - 1; j >= 0; --j) {
-        if (job.zc && j + 1 < job.steps) {
-            turn_binary_rows(job, j + 1, block);
-        }
-        apply_binary_step<kExchange>(job, j, block);
-    }
-    for (int i = 0; i < job.n; ++i) {
-        store(job.re + i * job.stride + c0, load(block.y + i * kLanes));
-        store(job.im + i * job.stride + c0, load(block.y + (job.n + i) * kLanes));
-    }
-}
-
-void binary_column_product(const ColumnJob& job) {
-    const int size = 2 * job.n * kLanes;
-    double* rest = job.work + 3 * size;
-    BinaryBlock block{job.work,     job.work + size,  job.work + 2 * size,  rest,
-                      rest + job.n, rest + 2 * job.n, rest + 2 * job.n + 64};
-    for (int c0 = 0; c0 < job.n; c0 += kLanes) {
-        if (job.exchange) {
-            binary_block<true>(job, c0, block);
-        } else {
-            binary_block<false>(job, c0, block);
-        }
+        all_columns<BinaryMethod<false>>(job);
     }
 }
 
