@@ -50,6 +50,16 @@ double work_of(const StepPlan& plan, int n) {
     return 0.5 * n * (n + 1) * (static_cast<double>(n) * products + 2.0 * degree + 2.0);
 }
 
+/// The next number of terms for which the kernels have a loop of its own; beyond ten any will do.
+int convenient(int terms) {
+    for (const int made : {4, 5, 6, 8, 10}) {
+        if (terms <= made) {
+            return made;
+        }
+    }
+    return terms;
+}
+
 /// Fills everything but the positions from steps begin..end - 1.
 FieldStretch series_for(const std::vector<Step>& steps, int begin, int end, double field_bound) {
     double low = steps[static_cast<std::size_t>(begin)].b;
@@ -65,16 +75,18 @@ FieldStretch series_for(const std::vector<Step>& steps, int begin, int end, doub
     FieldStretch stretch{};
     stretch.middle = h * (0.5 * (low + high));
     stretch.half = std::fabs(h) * (0.5 * (high - low));
-    stretch.terms = std::max(2, chebyshev_terms(field_bound * stretch.half));
+    stretch.terms = convenient(chebyshev_terms(field_bound * stretch.half));
     stretch.plan = plan_step(angle);
     return stretch;
 }
 
 /// Whether the nodes and sums cost less than half of the exponentials of `rows` rows of steps.
-bool is_worthwhile(const FieldStretch& stretch, int rows, int n, const StepPlan& step) {
+bool is_worthwhile(const FieldStretch& stretch, int nodes_at_once, int rows, int n, const StepPlan& step) {
+    const int exponentials = (stretch.terms + nodes_at_once - 1) / nodes_at_once;
     const double sum = static_cast<double>(stretch.terms) * n * (n + 1);
     return stretch.terms <= kMaxFieldTerms &&
-           stretch.terms * (work_of(stretch.plan, n) + sum) + rows * sum < 0.5 * rows * work_of(step, n);
+           exponentials * work_of(stretch.plan, n) + (stretch.terms + rows) * sum <
+               0.5 * rows * work_of(step, n);
 }
 
 } // namespace
@@ -86,7 +98,8 @@ std::vector<FieldStretch> field_stretches(const std::vector<Step>& steps, const 
         FieldStretch stretch = series_for(steps, begin, end, field_bound);
         stretch.first = begin - range.first;
         stretch.end = stretch.first + rows;
-        if (is_worthwhile(stretch, rows, n, plan[static_cast<std::size_t>(stretch.first)])) {
+        if (is_worthwhile(stretch, range.nodes_at_once, rows, n,
+                          plan[static_cast<std::size_t>(stretch.first)])) {
             const Nodes& nodes = nodes_of(stretch.terms);
             stretch.node = nodes.node.data();
             stretch.to_series = nodes.to_series.data();

@@ -8,9 +8,11 @@
 
 namespace kor {
 
-/// Steps first..end - 1 of a list, cut into `segments` of `steps` each (the last one may be shorter).
+/// Steps first..end - 1 of a list, cut into `segments` of `steps` each (the last one may be shorter), and how
+/// many nodes of a series are computed at once.
 struct StepRange {
     int first, end, segments, steps;
+    int nodes_at_once;
 };
 
 /// The stretches of equal duration and gradient for which a series in the field is cheaper than the steps

@@ -32,6 +32,7 @@ struct LanePlan {
     bool spin_half = false;
     bool turns = false; // the field's direction changes
     bool mirrored = false;
+    bool one_place = false;       // the sector has a single class
     LaneRange lead, main, middle; // main is everything, or the first half of the palindrome
     AlignedDoubles h0, fx, m, work, series, x, y, z;
     std::vector<int> ladder;
@@ -112,16 +113,18 @@ void prepare_range(LanePlan& plan, const StepList& list, double field_bound, int
     }
     plan_steps(list, range);
     if (!plan.spin_half) {
-        range.stretches = field_stretches(list.steps, {first, end, segments, range.steps}, plan.padded,
-                                          field_bound, range.plan);
+        range.stretches =
+            field_stretches(list.steps, {first, end, segments, range.steps, plan.one_place ? plan.lanes : 1},
+                            plan.padded, field_bound, range.plan);
     }
     for (std::vector<double>* array : {&range.gx, &range.gy, &range.gz}) {
-        array->clear();
+        array->resize(static_cast<std::size_t>(end - first));
     }
     for (int j = first; j < end; ++j) {
-        range.gx.push_back(list.steps[static_cast<std::size_t>(j)].gx);
-        range.gy.push_back(list.steps[static_cast<std::size_t>(j)].gy);
-        range.gz.push_back(list.steps[static_cast<std::size_t>(j)].gz);
+        const auto at = static_cast<std::size_t>(j - first);
+        range.gx[at] = list.steps[static_cast<std::size_t>(j)].gx;
+        range.gy[at] = list.steps[static_cast<std::size_t>(j)].gy;
+        range.gz[at] = list.steps[static_cast<std::size_t>(j)].gz;
     }
     range.re.resize(size_of(plan.padded, plan.padded) * static_cast<std::size_t>(plan.lanes));
     range.im.resize(range.re.size());
@@ -150,6 +153,7 @@ int prepare(const FastSector& fast) {
     plan.spin_half = is_spin_half(fast.structure);
     plan.padded = plan.spin_half ? 2 : (fast.structure.n + 3) / 4 * 4;
     plan.turns = !list.fixed_direction;
+    plan.one_place = fast.classes.count() == 1;
     pack_system(fast.structure, plan);
     plan.work.resize((size_of(plan.padded, plan.padded) * kLaneWorkMatrices +
                       2 * static_cast<std::size_t>(fast.structure.ladder_top + 1)) *
@@ -223,6 +227,7 @@ void run_range(const FastSector& fast, LanePlan& plan, LaneRange& range) {
                       range.plan.data(),
                       static_cast<int>(range.stretches.size()),
                       range.stretches.data(),
+                      plan.one_place,
                       plan.series.data(),
                       plan.work.data(),
                       range.re.data(),

@@ -87,18 +87,37 @@ inline int series_at(int element, int term, int terms) {
     return 2 * (element * terms + term);
 }
 
+/// w.d and w.s at node m of the stretch and the nodes behind it, one per lane, or in all lanes at node m.
+template <int N>
+void exponential_at_nodes(const LaneJob& job, const FieldStretch& f, int m, LaneMatrices& w) {
+    Lanes hb{};
+    for (int lane = 0; lane < kLanes; ++lane) {
+        const int node = job.one_place ? m + lane : m;
+        hb[lane] = f.middle + f.half * f.node[node < f.terms ? node : m];
+    }
+    exponential<N>(job, f.first, hb, f.plan, w);
+}
+
 /// The series of a stretch in hb from the exponentials at its nodes.
 template <int N> void make_series(const LaneJob& job, const FieldStretch& f, LaneMatrices& w, Lanes* series) {
     for (int e = 0; e < N * (N + 1) * f.terms; ++e) {
         series[e] = Lanes{};
     }
+    const int at_once = job.one_place ? kLanes : 1;
     for (int m = 0; m < f.terms; ++m) {
-        exponential<N>(job, f.first, Lanes{} + (f.middle + f.half * f.node[m]), f.plan, w);
+        const int lane = m % at_once;
+        if (lane == 0) {
+            exponential_at_nodes<N>(job, f, m, w);
+        }
         int element = 0;
         for (int i = 0; i < N; ++i) {
             for (int j = i; j < N; ++j, ++element) {
-                const Lanes d = w.d[i * N + j];
-                const Lanes s = w.s[i * N + j];
+                Lanes d = w.d[i * N + j];
+                Lanes s = w.s[i * N + j];
+                if (job.one_place) {
+                    d = Lanes{} + d[lane];
+                    s = Lanes{} + s[lane];
+                }
                 for (int k = 0; k < f.terms; ++k) {
                     Lanes* to = series + series_at(element, k, f.terms);
                     to[0] += d * f.to_series[k * f.terms + m];
@@ -109,27 +128,52 @@ template <int N> void make_series(const LaneJob& job, const FieldStretch& f, Lan
     }
 }
 
-/// w.d and w.s at the field hb, from the series.
-template <int N> void sum_series(const FieldStretch& f, const Lanes* series, Lanes hb, LaneMatrices& w) {
-    Lanes chebyshev[kMaxFieldTerms];
+/// Chebyshev polynomials 0..terms - 1 at the field hb.
+inline void chebyshev_values(const FieldStretch& f, Lanes hb, Lanes* chebyshev) {
     const Lanes t = f.half > 0.0 ? (hb - f.middle) * (1.0 / f.half) : Lanes{};
     chebyshev[0] = Lanes{} + 1.0;
     chebyshev[1] = t;
     for (int k = 2; k < f.terms; ++k) {
         chebyshev[k] = 2.0 * t * chebyshev[k - 1] - chebyshev[k - 2];
     }
+}
+
+/// w.d and w.s, from the series at the field of these polynomials; kTerms = 0: any number of terms.
+template <int N, int kTerms>
+void sum_terms(const FieldStretch& f, const Lanes* series, const Lanes* chebyshev, LaneMatrices& w) {
+    const int terms = kTerms > 0 ? kTerms : f.terms;
     for (int i = 0; i < N; ++i) {
         for (int j = i; j < N; ++j) {
             Lanes d = series[0];
             Lanes s = series[1];
-            for (int k = 1; k < f.terms; ++k) {
+#pragma GCC unroll 16
+            for (int k = 1; k < terms; ++k) {
                 d += series[2 * k] * chebyshev[k];
                 s += series[2 * k + 1] * chebyshev[k];
             }
-            series += series_at(1, 0, f.terms);
+            series += series_at(1, 0, terms);
             w.d[i * N + j] = w.d[j * N + i] = d;
             w.s[i * N + j] = w.s[j * N + i] = s;
         }
+    }
+}
+
+template <int N> void sum_series(const FieldStretch& f, const Lanes* series, Lanes hb, LaneMatrices& w) {
+    Lanes chebyshev[kMaxFieldTerms];
+    chebyshev_values(f, hb, chebyshev);
+    switch (f.terms) {
+    case 4:
+        return sum_terms<N, 4>(f, series, chebyshev, w);
+    case 5:
+        return sum_terms<N, 5>(f, series, chebyshev, w);
+    case 6:
+        return sum_terms<N, 6>(f, series, chebyshev, w);
+    case 8:
+        return sum_terms<N, 8>(f, series, chebyshev, w);
+    case 10:
+        return sum_terms<N, 10>(f, series, chebyshev, w);
+    default:
+        return sum_terms<N, 0>(f, series, chebyshev, w);
     }
 }
 
