@@ -54,9 +54,6 @@ bool prepare_interpolation(const Way& inner, const FastSector& fast);
 /// Whether kEquivalentWay serves the sector, the last one asked about.
 bool has_equivalent_spins(const FastSector& fast);
 
-/// Largest system that kLaneWay serves.
-constexpr int kMaxLaneStates = 16;
-
 /// Fills the steps and classes for `way` from structure and sector.
 void plan_sector(const Way& way, FastSector& fast);
 

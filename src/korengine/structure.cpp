@@ -160,10 +160,13 @@ void complete_structure(SystemStructure& s) {
     make_ladder(s);
     s.h0_bound = largest_row_sum(s, s.h0);
     s.fx_row_sum = largest_row_sum(s, s.fx);
-    fill_sparse(s);
-    const auto states = static_cast<unsigned>(s.n);
-    const bool binary = s.n > 16 && std::has_single_bit(states) && flips_single_bits(s) && read_exchange(s);
-    s.binary_spins = binary ? std::countr_zero(states) : 0;
+    s.binary_spins = 0;
+    if (s.n > kMaxLaneStates) {
+        fill_sparse(s);
+        const auto states = static_cast<unsigned>(s.n);
+        const bool binary = std::has_single_bit(states) && flips_single_bits(s) && read_exchange(s);
+        s.binary_spins = binary ? std::countr_zero(states) : 0;
+    }
 }
 
 double plane_length(double x, double y) {

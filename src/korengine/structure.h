@@ -8,6 +8,10 @@
 
 namespace kor {
 
+/// Largest system that is computed on lanes; the columns of larger ones need what is sparse or binary in
+/// them.
+constexpr int kMaxLaneStates = 16;
+
 /// The elements where H0, Fx or the diagonal may differ from 0.
 struct SparseOperators {
     std::vector<int> start;
@@ -28,9 +32,9 @@ struct SystemStructure {
     std::vector<double> m;   // diagonal of Fz
     std::vector<int> ladder; // steps of m below the highest
     int ladder_top = 0;
-    SparseOperators sparse;
-    /// Of spins 1/2 alone, when n > 16 and the number of a state is binary: bit p is 1 when the spin that
-    /// varies fastest but p is down. Else 0.
+    SparseOperators sparse; // beyond kMaxLaneStates
+    /// Of spins 1/2 alone, beyond kMaxLaneStates, when the number of a state is binary: bit p is 1 when the
+    /// spin that varies fastest but p is down. Else 0.
     int binary_spins = 0;
     /// 8 x 8, element (p, q), p < q: H0 between states in which bits p and q differ and are exchanged, rad/s.
     /// Empty when all are 0.
