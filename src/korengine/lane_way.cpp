@@ -1,5 +1,6 @@
 // Up to 16 states: one voxel per lane; a sector with fewer classes than lanes is cut into time segments,
-// so that the lanes hold (class, segment) pairs. Of a palindrome only the first half is computed.
+// so that the lanes hold (class, segment) pairs. Of a palindrome only the first half is computed. Where the
+// gradient stands still, exponentials are summed as series in the field's strength (field_stretches).
 #include "field_stretches.h"
 #include "join.h"
 #include "sector_plan.h"

@@ -169,15 +169,6 @@ void complete_structure(SystemStructure& s) {
     }
 }
 
-double plane_length(double x, double y) {
-    const double square = x * x + y * y;
-    return square > 1e-280 && square < 1e300 ? std::sqrt(square) : std::hypot(x, y);
-}
-
-double exponent_bound(const SystemStructure& s, double h, double hw, double hb) {
-    return h * s.h0_bound + s.field_bound * plane_length(hw, hb);
-}
-
 bool analyse_system(const EngineSystem& system, SystemStructure& out) {
     out.n = system.n;
     if (out.n < 1 || !read_fz(*system.Fz, out) || !read_field(*system.Fx, *system.Fy, out) ||

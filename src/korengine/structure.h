@@ -4,6 +4,7 @@
 #include "fast_jobs.h"
 #include "korengine.h"
 
+#include <cmath>
 #include <vector>
 
 namespace kor {
@@ -51,10 +52,15 @@ struct SystemStructure {
 };
 
 /// hypot(x, y), without its care for the ends of the range where that is not needed.
-double plane_length(double x, double y);
+inline double plane_length(double x, double y) {
+    const double square = x * x + y * y;
+    return square > 1e-280 && square < 1e300 ? std::sqrt(square) : std::hypot(x, y);
+}
 
 /// Bound of |h H0 + hw Fz + hb Fx|, h >= 0: the field turns like its length along z.
-double exponent_bound(const SystemStructure& s, double h, double hw, double hb);
+inline double exponent_bound(const SystemStructure& s, double h, double hw, double hb) {
+    return h * s.h0_bound + s.field_bound * plane_length(hw, hb);
+}
 
 /// Fills what follows from n, h0, fx, m: the ladder, the sparse rows and the bounds.
 void complete_structure(SystemStructure& s);
