@@ -131,6 +131,37 @@ TEST_F(SuddenEnd, InterruptAndTerminationEndItLikeAKill) {
             send_after(time(random), signal);
 }
 
+/// Kills the session at every `stride`-th of its file operations; the number of kills.
+int kill_while_writing_back(const std::string& name, long stride) {
+    const auto scenario = make_scenario(name);
+    const Files before = scenario->files();
+    const Undisturbed whole = run_undisturbed(*scenario);
+    long operations = 0;
+    for (const auto& [kind, count] : whole.run.witness.counts)
+        operations += count;
+    int kills = 0;
+    for (long k = 1; k <= operations; k += stride, ++kills) {
+        EXPECT_EQ(run_with_fault(*scenario, {"any", k, "kill", false}).result.status, 128 + SIGKILL) << k;
+        const Files after = scenario->files();
+        for (const auto& [file, bytes] : before) {
+            const auto found = after.find(file), renewed = whole.files.find(file);
+            EXPECT_TRUE(found != after.end() && (found->second == bytes || found->second == renewed->second))
+                << name << " at " << k << ": " << file;
+        }
+    }
+    return kills;
+}
+
+TEST(SuddenEndOfASession, KilledWhileItWritesBackLeavesTheOldOrTheNewModel) {
+    kill_while_writing_back("optimiser", 5);
+    kill_while_writing_back("analysis", 11);
+}
+
+TEST(DeepSuddenEndOfASession, KilledWhileItWritesBackLeavesTheOldOrTheNewModel) {
+    for (const char* name : {"optimiser", "analysis"})
+        std::printf("%s: %d kills\n", name, kill_while_writing_back(name, 1));
+}
+
 /// Makes file descriptor 1 what `descriptor` is.
 void use_as_output(int descriptor) {
     dup2(descriptor, STDOUT_FILENO);

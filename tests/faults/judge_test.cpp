@@ -1,0 +1,73 @@
+// The judge of the injected faults: it must see what it is there to see.
+#include "faults/injection.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+using namespace kor_test;
+namespace fs = std::filesystem;
+
+class Judge : public testing::Test {
+protected:
+    Judge() {
+        whole_.run.witness.paths = {"dm.bin"};
+        run_ = whole_.run;
+    }
+
+    std::string verdict() const { return judge(*scenario_, whole_, before_, run_); }
+    bool finds(const std::string& what) const { return verdict().find(what) != std::string::npos; }
+    std::string result() const { return scenario_->path(scenario_->results[0].path); }
+
+    std::unique_ptr<Scenario> scenario_ = make_scenario("spatial");
+    Files before_ = scenario_->files();
+    Undisturbed whole_ = run_undisturbed(*scenario_);
+    FaultyRun run_;
+};
+
+TEST_F(Judge, AcceptsAWholeRun) {
+    EXPECT_EQ(verdict(), "");
+}
+
+TEST_F(Judge, SeesAResultThatIsMissingWithoutAWord) {
+    fs::remove(result());
+    EXPECT_TRUE(finds("no message names dm.bin"));
+    run_.result.out += "Rotate3D: write error to store\n";
+    EXPECT_TRUE(finds("no message names dm.bin"));
+    run_.result.out += "Rotate3D: read error from dm.bin\n";
+    EXPECT_EQ(verdict(), "");
+}
+
+TEST_F(Judge, SeesAPieceThatPassesForWhole) {
+    run_.result.err = "dm.bin: Input/output error\n";
+    std::string bytes = read_file(result());
+    write_file(result(), bytes.substr(0, bytes.size() - 1)); // fewer bytes than the header says
+    EXPECT_EQ(verdict(), "");
+    bytes[20] = static_cast<char>(bytes[20] + 1);
+    write_file(result(), bytes);
+    EXPECT_TRUE(finds("passes for whole"));
+    bytes.resize(12 + 5 * 4 * 4 * 16);
+    bytes[8] = 5; // five voxels, and the header says so
+    write_file(result(), bytes);
+    EXPECT_TRUE(finds("passes for whole"));
+}
+
+TEST_F(Judge, SeesAModelThatChanged) {
+    write_file(scenario_->path("spin-systems/grid.korspin"), "");
+    EXPECT_TRUE(finds("changed: spin-systems/grid.korspin"));
+    scenario_->reset();
+    run_undisturbed(*scenario_);
+    write_file(scenario_->path("models/grid.kormodel.1.new"), "");
+    EXPECT_TRUE(finds("changed: models/grid.kormodel.1.new"));
+}
+
+TEST_F(Judge, SeesCrashesAndHangs) {
+    run_.result.status = 128 + 11;
+    EXPECT_TRUE(finds("ends with status 139"));
+    run_.result.timed_out = true;
+    EXPECT_TRUE(finds("hangs"));
+}
+
+} // namespace
