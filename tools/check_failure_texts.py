@@ -200,6 +200,8 @@ def main(argv):
     problems = problems_of(texts, entries, tests)
     for problem in problems:
         print(problem)
+    if problems and not update:
+        print("tools/check_failure_texts.py --update looks for tests that contain the new texts.")
     print(f"{len(texts)} failure texts, {len(tests.bodies)} tests, {len(problems)} problems")
     return 1 if problems else 0
 
