@@ -7,6 +7,8 @@
 #include "support/tree.h"
 #include "support/work_limit.h"
 
+#include <cstring>
+
 namespace {
 
 std::string harmless(const std::string& text) {
@@ -30,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const kor_fuzz::Answers answers(harmless(kor_fuzz::Input(data, size).rest()));
     char name[] = "kor";
     char* argv[] = {name, nullptr};
-    kor::g_runtime = {};
+    std::memset(static_cast<void*>(&kor::g_runtime), 0, sizeof kor::g_runtime);
     const kor_fuzz::WorkLimit limit;
     kor_fuzz::require(kor::kor_main(1, argv) == 0, "a session ends with exit status 0");
     const kor::RuntimeState& rt = kor::g_runtime;

@@ -15,10 +15,13 @@ namespace kor {
 /// Characters of a line buffer with its terminator; longer lines are read in pieces.
 inline constexpr int KOR_LINE_SIZE = 2048;
 
+/// What read_model_line met.
+enum class ModelLine { text, zero_byte, end };
 /// Reads the next piece of at most 2047 characters, counts it in *line_number (from 1), drops what
 /// follows '#', trims white space at both ends and sets *text to the rest (inside `line`, perhaps empty).
-/// Returns 1, or 0 at end of file or on a read error.
-int read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number);
+/// `end` at end of file or on a read error; `zero_byte`, with the text before it, for a line with a zero byte
+/// that does not end the file: no text file has one, and a device may give them for ever.
+ModelLine read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number);
 /// The value behind `key` white-space ':' white-space (inside `text`), or nullptr when the line has
 /// another key.
 const char* match_key(const char* text, const char* key);

@@ -55,9 +55,14 @@ KORModelStatus read_key_lines(std::FILE* file, const char* filename, ModelFileRe
     char line[KOR_LINE_SIZE];
     char* text = nullptr;
     KORModelStatus status = KOR_MODEL_OK;
-    while (status == KOR_MODEL_OK && read_model_line(file, line, &text, &reader.line_number))
-        if (*text != '\0')
+    ModelLine met = ModelLine::text;
+    while (status == KOR_MODEL_OK && met == ModelLine::text) {
+        met = read_model_line(file, line, &text, &reader.line_number);
+        if (met == ModelLine::zero_byte)
+            status = line_error(reader, "holds a zero byte: no text file");
+        else if (met == ModelLine::text && *text != '\0')
             status = read_line(text);
+    }
     const bool read_failed = std::ferror(file) != 0;
     const bool close_failed = std::fclose(file) != 0;
     if (status == KOR_MODEL_OK && (read_failed || close_failed)) {

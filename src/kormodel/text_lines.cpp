@@ -50,14 +50,18 @@ int parse_list(int (*scan)(const char**, Number*), const char* text, int count, 
 
 } // namespace
 
-int read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number) {
+ModelLine read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number) {
     if (!std::fgets(line, KOR_LINE_SIZE, file))
-        return 0;
+        return ModelLine::end;
     ++*line_number;
+    const std::size_t length = std::strlen(line);
+    const bool full = length + 1 == KOR_LINE_SIZE;
+    const bool ended = length > 0 && line[length - 1] == '\n';
+    const bool cut_by_zero = !full && !ended && !std::feof(file) && !std::ferror(file);
     if (char* comment = std::strchr(line, '#'))
         *comment = '\0';
     *text = trim(line);
-    return 1;
+    return cut_by_zero ? ModelLine::zero_byte : ModelLine::text;
 }
 
 const char* match_key(const char* text, const char* key) {

@@ -224,3 +224,16 @@ TEST(SpinSystemFile, AReadErrorIsAnIoError) {
     EXPECT_EQ(load_file("/proc/self/mem"),
               (Outcome{KOR_MODEL_ERR_IO, "failed while closing '/proc/self/mem'"}));
 }
+
+TEST(SpinSystemFile, AZeroByteIsNoText) {
+    using namespace std::string_literals;
+    EXPECT_EQ(load_text("format_version: 1\nnspins: 2\0\n"s),
+              parse_error("line 2: holds a zero byte: no text file"));
+    EXPECT_EQ(load_text("\0\nformat_version: 1\n"s), parse_error("line 1: holds a zero byte: no text file"));
+}
+
+TEST(SpinSystemFile, ADeviceWithoutAnEndIsRefused) {
+    if (!std::filesystem::exists("/dev/zero"))
+        GTEST_SKIP() << "no such device";
+    EXPECT_EQ(load_file("/dev/zero"), parse_error("line 1: holds a zero byte: no text file"));
+}

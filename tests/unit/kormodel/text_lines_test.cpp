@@ -17,7 +17,7 @@ std::vector<std::string> lines_of(const std::string& text, int* count = nullptr)
     char* start = nullptr;
     int number = 0;
     std::vector<std::string> lines;
-    while (read_model_line(file, line, &start, &number))
+    while (read_model_line(file, line, &start, &number) == ModelLine::text)
         lines.push_back(start);
     std::fclose(file);
     if (count)
