@@ -54,50 +54,46 @@ std::string new_lines(const ProgramResult& whole, const ProgramResult& run) {
     return text;
 }
 
-/// A file that is written under a name of its own until it is whole is known to the user by its last name.
-std::string final_name(std::string path) {
-    for (const std::string mark : {".new"}) {
-        if (path.size() > mark.size() && path.ends_with(mark))
-            path.resize(path.size() - mark.size());
-    }
-    const std::size_t dot = path.find_last_not_of("0123456789");
-    const bool numbered = dot != std::string::npos && path[dot] == '.' && dot + 1 < path.size();
-    return fs::path(numbered ? path.substr(0, dot) : path).filename().string();
+/// A file that is written as NAME.PID.new until it is whole is known to the user as NAME.
+std::string final_name(const std::string& path) {
+    const std::string name = fs::path(path).filename().string();
+    if (!name.ends_with(".new"))
+        return name;
+    const std::string numbered = name.substr(0, name.size() - 4);
+    return numbered.substr(0, numbered.rfind('.'));
 }
 
-/// Messages that speak of a file by what it is for.
+/// Messages that speak of a file by what it is for; a model file that ends too early by what is wrong in it.
 bool names_its_role(const std::string& text, const std::string& path) {
     const std::pair<const char*, const char*> roles[] = {
+        {"/runtime", "runtime directory"},
+        {"/runtime", "run scratch directory"},
+        {"/spin-systems", "could not create split output directories"},
+        {"/sequences", "could not create split output directories"},
+        {".kormodel", "parse error ("},
+        {".kormodel", "i/o error ("},
+        {".korspin", "parse error ("},
+        {".korseq", "parse error ("},
         {"density.bin", "Expectation profile: input density file"},
-        {"profile.csv", "Expectation profile: output file"},
         {"density.bin", "Expectation profile: truncated density matrix"},
+        {"density.bin", "Expectation profile: incompatible density header"},
         {"density.bin", "Voxel signal: input density file"},
         {"density.bin", "Voxel signal: truncated density matrix"},
-        {"density.bin", "Expectation profile: incompatible density header"},
         {"density.bin", "Voxel signal: incompatible density file"},
-        {"dm.bin", "temporary single-voxel density file"},
-        {"dm.bin", "cannot write temporary density matrix"},
+        {"profile.csv", "Expectation profile: output file"},
         {"voxel.bin", "fopen(signal output)"},
         {"store", "dm.bin"},
+        {"dm.bin", "temporary single-voxel density file"},
+        {"dm.bin", "cannot write temporary density matrix"},
+        {"dm.bin", ">>> READ BINARY FILE ERROR"},
         {"values.txt", "fopen(out text)"},
         {"values.raw", "fopen(out bin)"},
         {"spec_td.csv", "fopen(td.csv)"},
         {"spec_fd.csv", "fopen(fd.csv)"},
         {".wave", "fopen(output)"},
-        {"/runtime", "runtime directory"},
-        {"/runtime", "run scratch directory"},
-        {"/runs", "run scratch directory"},
-        {"/runs/", "run scratch directory"},
-        {".korseq", "parse error ("},
-        {".korspin", "parse error ("},
-        {".kormodel", "parse error ("},
-        {".kormodel", "i/o error ("},
         {"korsign.bin", "fopen"},
         {"spectra.bin", "fopen"},
         {"sort.bin", "fopen"},
-        {"dm.bin", ">>> READ BINARY FILE ERROR"},
-        {"/spin-systems", "could not create split output directories"},
-        {"/sequences", "could not create split output directories"},
     };
     for (const auto& [file, role] : roles)
         if (path.find(file) != std::string::npos && text.find(role) != std::string::npos)
