@@ -1,6 +1,9 @@
 // Floor 1.5 - mathematics: the engine seam
 //
-// The three operations in which a simulation spends its time. Callers say what they need as a whole
+// The three operations in which a simulation spends its time, for one matrix and for many in the order of
+// the files: `states` are n x n matrices one after another, row by row, each element its real part, then its
+// imaginary part (2 n^2 doubles a state, 0-based).
+// Callers say what they need as a whole
 // (these samples, this grid) and leave the plan to the engine. The reference engine
 // (src/korengine/reference.cpp) writes each with the plain matrix operations and is the judge; the fast
 // engine (src/korengine/planner.cpp) gives the same numbers to 1e-12 of the largest element and hands
@@ -89,11 +92,28 @@ void EngineSectorPropagator(int ix, int iy, int iz, CMatrix& r);
 /// rho = adjoint(r) . rho . r, n x n.
 void EngineRotate(int n, const CMatrix& r, CMatrix& rho);
 
+/// The same for `count` states with one r.
+void EngineRotateStates(int n, const CMatrix& r, int count, double* states);
+
+/// The states of `count` consecutive voxels, from number `first` on (from 1, z fastest), each rotated by the
+/// open sector's propagator at its voxel.
+void EngineRotateVoxels(long long first, int count, double* states);
+
+/// `count` evolution rows from number `first` on (from 1): row k is rotated by the propagator of `sector`, at
+/// voxel (1, 1, 1), with samples of (k - 1) dt, so that row 1 stays as it is. No sector is open afterwards.
+void EngineRotateRows(const EngineSector& sector, int first, int count, double* states);
+
 /// Samples free evolution: for k = 0..points-1, out_re[k] = Re trace(Ix rho_k), out_im[k] =
 /// Re trace(Iy rho_k), with rho_0 = rho and rho_(k+1) = adjoint(U) rho_k U, U = exp(+i H dt).
 /// H in rad/s, dt in seconds; out_re, out_im 0-based. rho is not changed. The sense is that of
 /// exp(-i H t) rho exp(+i H t): a caller that continues a sector passes -H.
 void EngineSampleFreeEvolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
                                const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im);
+
+/// The signals of `count` states, each as EngineSampleFreeEvolution gives it, with 0.0 for what is not
+/// finite: pairs[2 (m points + k)] is sample k in x of state m, from 0, and the double behind it the one in
+/// y.
+void EngineSampleStates(int n, const CMatrix& H, double dt, int points, int count, const double* states,
+                        const CMatrix& Ix, const CMatrix& Iy, double* pairs);
 
 } // namespace kor

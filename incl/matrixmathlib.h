@@ -49,6 +49,10 @@ void CMatZero(int n, CMatrix& outmat);
 void CMatIdentity(int n, CMatrix& A);
 /// outmat = inmat; may be inmat.
 void CopyCMatrix(int n, const CMatrix& inmat, CMatrix& outmat);
+/// outmat = the matrix of `pairs`, 2 n^2 doubles: row by row, each element its real part, then its imaginary
+/// part, as the files hold it; and back.
+void CMatFromPairs(int n, const double* pairs, CMatrix& outmat);
+void CMatToPairs(int n, const CMatrix& inmat, double* pairs);
 /// outmat = inmat1 + inmat2; may be either.
 void CMatAdd(int n, const CMatrix& inmat1, const CMatrix& inmat2, CMatrix& outmat);
 /// outmat = rfac1 inmat1 + rfac2 inmat2; may be either.

@@ -173,6 +173,32 @@ struct ChebyshevSumJob {
     double* out;               // points x width
 };
 
+/// Largest n of TurnJob.
+constexpr int kMaxTurnedStates = 16;
+
+/// Every state becomes adjoint(r) state r. Matrices of pairs: n rows of n elements, each its real part, then
+/// its imaginary part; n at most kMaxTurnedStates.
+struct TurnJob {
+    int n;
+    int count;
+    const double *r, *ir, *adjoint; // r, i r and the adjoint of r
+    double* states;                 // count matrices
+};
+
+/// pairs[p][q] = sum over lines of (xr cos - xi sin, yr cos - yi sin) at point q of block p: (xr, xi, yr, yi)
+/// are the line's amplitudes turned by (start_cosine, start_sine)[l][p], (cosine, sine)[l][q] the turn of q
+/// points.
+struct SignalJob {
+    int lines;
+    int blocks;                              // p, a multiple of 8
+    int points;                              // q, a multiple of 16
+    const double* amplitude;                 // lines x (xr, xi, yr, yi)
+    const double *start_cosine, *start_sine; // lines x blocks
+    const double *cosine, *sine;             // lines x points
+    double* work;                            // 4 x lines x blocks
+    double* pairs;                           // blocks x points x 2
+};
+
 struct FastKernels {
     int lanes;
     void (*fill_offsets)(const OffsetJob& job);
@@ -185,6 +211,9 @@ struct FastKernels {
     void (*line_sums)(const LineSumJob& job);
     void (*mix_rows)(const MixJob& job);
     void (*chebyshev_sums)(const ChebyshevSumJob& job);
+    /// The number of states turned: it stops before one that is not finite.
+    int (*turn_states)(const TurnJob& job);
+    void (*signal_pairs)(const SignalJob& job);
 };
 
 extern const FastKernels kBaselineKernels;

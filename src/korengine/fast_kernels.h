@@ -48,14 +48,15 @@ inline const Lanes* as_lanes(const double* p) {
 #include "kernels/lane_steps.h"
 #include "kernels/planes.h"
 #include "kernels/spin_half.h"
+#include "kernels/states.h"
 
 namespace kor {
 
 namespace {
 
-constexpr FastKernels kKernelsHere{kLanes,       fill_offsets,   spin_half,      join_turns,
-                                   lane_product, sparse_columns, binary_columns, complex_product,
-                                   line_sums,    mix_rows,       chebyshev_sums};
+constexpr FastKernels kKernelsHere{kLanes,         fill_offsets,   spin_half,       join_turns, lane_product,
+                                   sparse_columns, binary_columns, complex_product, line_sums,  mix_rows,
+                                   chebyshev_sums, turn_states,    signal_pairs};
 
 } // namespace
 

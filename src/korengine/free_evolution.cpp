@@ -5,6 +5,7 @@
 #include "block_eigen.h"
 #include "engines.h"
 #include "fast_jobs.h"
+#include "free_hamiltonian.h"
 #include "pack.h"
 
 #include <algorithm>
@@ -162,25 +163,6 @@ void add_lines(const EigenBlock& first, const EigenBlock& second, const CMatrix&
 constexpr int kLinesTogether = 32; // their tables stay in cache
 constexpr int kBlockPoints = 64;   // Q
 
-/// Turns by angle[l] times 0, 1, ..., count - 1: row l of (cosine, sine). Powers of two come from the
-/// angle itself, the rest from one product of two earlier turns each doubling.
-void fill_turns(const double* angle, int lines, int count, double* cosine, double* sine) {
-    for (int l = 0; l < lines; ++l) {
-        double* c = cosine + l * count;
-        double* s = sine + l * count;
-        c[0] = 1.0;
-        s[0] = 0.0;
-        for (int half = 1; half < count; half *= 2) {
-            const double turn_c = std::cos(half * angle[l]);
-            const double turn_s = std::sin(half * angle[l]);
-            for (int q = half; q < std::min(2 * half, count); ++q) {
-                c[q] = c[q - half] * turn_c - s[q - half] * turn_s;
-                s[q] = c[q - half] * turn_s + s[q - half] * turn_c;
-            }
-        }
-    }
-}
-
 struct SumTables {
     AlignedDoubles within_c, within_s; // lines x Q
     AlignedDoubles start_c, start_s;   // lines x blocks
@@ -237,56 +219,13 @@ void sum_lines(const Lines& lines, double dt, int points, double* out_re, double
     std::copy_n(t.im.data(), points, out_im);
 }
 
-/// The real symmetric H, or false when it is of another kind or not finite.
-bool read_hamiltonian(int n, const CMatrix& H, Table& h) {
-    h.resize(static_cast<std::size_t>(n) * static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < n; ++j) {
-            const Complex2& e = H[i + 1][j + 1];
-            if (!std::isfinite(e[1]) || e[2] != 0.0 || e[1] != H[j + 1][i + 1][1]) {
-                return false;
-            }
-            h[at(static_cast<std::size_t>(n), static_cast<std::size_t>(i), static_cast<std::size_t>(j))] =
-                e[1];
-        }
-    }
-    return true;
-}
-
-bool all_finite(int n, const CMatrix& m) {
-    double unsound = 0.0;
-    for (int i = 1; i <= n; ++i) {
-        for (int j = 1; j <= n; ++j) {
-            unsound += (m[i][j][1] - m[i][j][1]) + (m[i][j][2] - m[i][j][2]);
-        }
-    }
-    return unsound == 0.0;
-}
-
-/// Beyond this |H dt| the reference's exponential stops halving.
-constexpr double kMaxStepNorm = 0.5 * (1 << 24);
-
-bool step_is_moderate(int n, const Table& h, double dt) {
-    for (int i = 0; i < n; ++i) {
-        double sum = 0.0;
-        for (int j = 0; j < n; ++j) {
-            sum += std::fabs(
-                h[static_cast<std::size_t>(i) * static_cast<std::size_t>(n) + static_cast<std::size_t>(j)]);
-        }
-        if (!(sum * std::fabs(dt) < kMaxStepNorm)) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
 void fast_sample_free_evolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
                                 const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im) {
     static Table h;
-    if (n < 1 || points < 1 || !read_hamiltonian(n, H, h) || !step_is_moderate(n, h, dt) ||
-        !all_finite(n, rho) || !all_finite(n, Ix) || !all_finite(n, Iy)) {
+    if (n < 1 || points < 1 || !read_free_hamiltonian(n, H, dt, h) || !all_finite(n, rho) ||
+        !all_finite(n, Ix) || !all_finite(n, Iy)) {
         kReferenceEngine.sample_free_evolution(n, H, dt, points, rho, Ix, Iy, out_re, out_im);
         return;
     }

@@ -43,4 +43,13 @@ void unpack(int n, const Planes& planes, CMatrix& out) {
     }
 }
 
+void from_dense_planes(int n, const double* re, const double* im, CMatrix& out) {
+    for (int i = 1; i <= n; ++i) {
+        for (int j = 1; j <= n; ++j) {
+            out[i][j][1] = *re++;
+            out[i][j][2] = *im++;
+        }
+    }
+}
+
 } // namespace kor

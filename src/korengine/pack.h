@@ -42,5 +42,7 @@ bool pack(int n, const CMatrix& m, Planes& out);
 /// out = adjoint(m).
 void pack_adjoint(int n, const CMatrix& m, Planes& out);
 void unpack(int n, const Planes& planes, CMatrix& out);
+/// out = re + i im, each n x n without padding.
+void from_dense_planes(int n, const double* re, const double* im, CMatrix& out);
 
 } // namespace kor

@@ -10,6 +10,7 @@
 // features along it, 4 to 6 compute nodes of an interpolation (interpolation_way). These are common to all
 // ways. Propagators are computed when they are first asked for and kept as long as memory allows.
 #include "engines.h"
+#include "rotation.h"
 #include "sector_plan.h"
 #include "series.h"
 
@@ -33,11 +34,9 @@ bool g_identity = false;
 int g_block_classes = 1;
 std::vector<ClassBlock> g_kept; // slot = number of the block modulo the slots
 
+/// For the sector in g_fast, its operators being analysed.
 const Way* choose_way() {
     const EngineSector& sector = g_fast.sector;
-    if (!analyse_system(sector.system, g_fast.structure)) {
-        return nullptr;
-    }
     const bool small = sector.system.n <= kMaxLaneStates;
     plan_sector(small ? kLaneWay : kColumnWay, g_fast);
     if (!(g_fast.list.reference_norm <= kMaxReferenceNorm)) {
@@ -67,15 +66,12 @@ void make_room_for_blocks() {
     }
 }
 
-void fast_open_sector(const EngineSector& sector) {
-    g_fast.sector = sector;
-    g_identity = sector.samples.count < 1;
-    if (g_identity) {
-        return;
-    }
-    g_way = choose_way();
+/// Plans the sector in g_fast; `covered` when its operators could be analysed.
+void plan_open_sector(bool covered) {
+    g_identity = false;
+    g_way = covered ? choose_way() : nullptr;
     if (!g_way) {
-        kReferenceEngine.open_sector(sector);
+        kReferenceEngine.open_sector(g_fast.sector);
         return;
     }
     g_identity = g_fast.list.steps.empty();
@@ -87,6 +83,14 @@ void fast_open_sector(const EngineSector& sector) {
     }
     g_block_classes = g_way->prepare(g_fast);
     make_room_for_blocks();
+}
+
+void fast_open_sector(const EngineSector& sector) {
+    g_fast.sector = sector;
+    g_identity = sector.samples.count < 1;
+    if (!g_identity) {
+        plan_open_sector(analyse_system(sector.system, g_fast.structure));
+    }
 }
 
 const ClassBlock& block_of(long long voxel_class) {
@@ -102,6 +106,30 @@ const ClassBlock& block_of(long long voxel_class) {
     return block;
 }
 
+/// Of a class of the open sector: n x n without padding.
+struct PropagatorPlanes {
+    const double* re;
+    const double* im;
+};
+
+PropagatorPlanes propagator_of(long long voxel_class) {
+    const auto n = static_cast<std::size_t>(g_fast.sector.system.n);
+    const ClassBlock& block = block_of(voxel_class);
+    const std::size_t from = static_cast<std::size_t>(voxel_class - block.first) * n * n;
+    return {&block.re[from], &block.im[from]};
+}
+
+PropagatorPlanes identity_planes() {
+    static std::vector<double> one, zero;
+    const auto n = static_cast<std::size_t>(g_fast.sector.system.n);
+    one.assign(n * n, 0.0);
+    zero.assign(n * n, 0.0);
+    for (std::size_t i = 0; i < n; ++i) {
+        one[i * n + i] = 1.0;
+    }
+    return {one.data(), zero.data()};
+}
+
 void fast_sector_propagator(int ix, int iy, int iz, CMatrix& r) {
     const int n = g_fast.sector.system.n;
     if (g_identity) {
@@ -112,16 +140,56 @@ void fast_sector_propagator(int ix, int iy, int iz, CMatrix& r) {
         kReferenceEngine.sector_propagator(ix, iy, iz, r);
         return;
     }
-    const long long voxel_class = g_fast.classes.of(ix, iy, iz);
-    const ClassBlock& block = block_of(voxel_class);
-    const auto size = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-    const double* re = &block.re[static_cast<std::size_t>(voxel_class - block.first) * size];
-    const double* im = &block.im[static_cast<std::size_t>(voxel_class - block.first) * size];
-    for (int i = 1; i <= n; ++i) {
-        for (int j = 1; j <= n; ++j) {
-            r[i][j][1] = *re++;
-            r[i][j][2] = *im++;
+    const PropagatorPlanes planes = propagator_of(g_fast.classes.of(ix, iy, iz));
+    from_dense_planes(n, planes.re, planes.im, r);
+}
+
+void fast_rotate_voxels(long long first, int count, double* states) {
+    if (!g_identity && !g_way) {
+        kReferenceEngine.rotate_voxels(first, count, states);
+        return;
+    }
+    const int n = g_fast.sector.system.n;
+    for (int done = 0; done < count;) {
+        const long long voxel = first - 1 + done;
+        const long long alike = g_identity ? count : g_fast.classes.alike_from(voxel);
+        const int run = static_cast<int>(std::min<long long>(alike, count - done));
+        const PropagatorPlanes planes =
+            g_identity ? identity_planes() : propagator_of(g_fast.classes.of_number(voxel));
+        rotate_by_planes(n, planes.re, planes.im, run,
+                         states + static_cast<std::size_t>(done) * state_doubles(n));
+        done += run;
+    }
+}
+
+/// Rows of a sector without RF differ in their time only: `steps` are those of one sector time.
+void stretch_free_steps(const std::vector<Step>& steps, int times) {
+    for (std::size_t k = 0; k < steps.size(); ++k) {
+        g_fast.list.steps[k].h = times * steps[k].h;
+    }
+    g_way->prepare(g_fast);
+    g_kept.front().first = -1;
+}
+
+void fast_rotate_rows(const EngineSector& sector, int first, int count, double* states) {
+    static std::vector<Step> once;
+    const std::size_t state = state_doubles(sector.system.n);
+    g_fast.sector = sector;
+    const bool covered = analyse_system(sector.system, g_fast.structure);
+    plan_open_sector(covered);
+    const double longest = g_fast.list.reference_norm * (first + count);
+    const bool free = !g_identity && g_way == &kFreePrecessionWay && longest <= kMaxReferenceNorm;
+    once = g_fast.list.steps;
+    for (int k = 0; k < count; ++k) {
+        const int times = first + k - 1;
+        if (free) {
+            g_identity = times == 0;
+            stretch_free_steps(once, times);
+        } else {
+            g_fast.sector.samples.dt = times * sector.samples.dt;
+            plan_open_sector(covered);
         }
+        fast_rotate_voxels(1, 1, states + static_cast<std::size_t>(k) * state);
     }
 }
 
@@ -152,7 +220,8 @@ const char* fast_plan() {
     return g_way ? g_way->name : "reference";
 }
 
-const EngineOperations kFastEngine{fast_open_sector, fast_sector_propagator, fast_rotate,
-                                   fast_sample_free_evolution};
+const EngineOperations kFastEngine{fast_open_sector,           fast_sector_propagator, fast_rotate,
+                                   fast_rotate_states,         fast_rotate_voxels,     fast_rotate_rows,
+                                   fast_sample_free_evolution, fast_sample_states};
 
 } // namespace kor

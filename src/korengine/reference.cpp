@@ -2,6 +2,9 @@
 // the other. It is the judge of the others; the order of its arithmetic is fixed.
 #include "engines.h"
 
+#include <cmath>
+#include <vector>
+
 namespace kor {
 
 namespace {
@@ -49,6 +52,42 @@ void sector_propagator(int ix, int iy, int iz, CMatrix& r) {
     }
 }
 
+/// state = adjoint(r) state r, in the order of the files.
+void rotate_state(int n, const CMatrix& r, double* state) {
+    static CMatrix rho;
+    CMatFromPairs(n, state, rho);
+    DoRotation(n, r, rho);
+    CMatToPairs(n, rho, state);
+}
+
+void rotate_states(int n, const CMatrix& r, int count, double* states) {
+    for (int k = 0; k < count; ++k) {
+        rotate_state(n, r, states + static_cast<std::size_t>(k) * state_doubles(n));
+    }
+}
+
+void rotate_voxels(long long first, int count, double* states) {
+    static CMatrix r;
+    const EngineGrid& grid = g_sector.grid;
+    const int n = g_sector.system.n;
+    for (int k = 0; k < count; ++k) {
+        const long long voxel = first - 1 + k;
+        const auto iz = static_cast<int>(voxel % grid.ndz) + 1;
+        const auto iy = static_cast<int>(voxel / grid.ndz % grid.ndy) + 1;
+        const auto ix = static_cast<int>(voxel / grid.ndz / grid.ndy) + 1;
+        sector_propagator(ix, iy, iz, r);
+        rotate_state(n, r, states + static_cast<std::size_t>(k) * state_doubles(n));
+    }
+}
+
+void rotate_rows(const EngineSector& sector, int first, int count, double* states) {
+    open_sector(sector);
+    for (int k = 0; k < count; ++k) {
+        g_sector.samples.dt = (first + k - 1) * sector.samples.dt;
+        rotate_voxels(1, 1, states + static_cast<std::size_t>(k) * state_doubles(sector.system.n));
+    }
+}
+
 void sample_free_evolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
                            const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im) {
     static CMatrix state;
@@ -67,8 +106,26 @@ void sample_free_evolution(int n, const CMatrix& H, double dt, int points, const
     }
 }
 
+void sample_states(int n, const CMatrix& H, double dt, int points, int count, const double* states,
+                   const CMatrix& Ix, const CMatrix& Iy, double* pairs) {
+    static CMatrix rho;
+    static std::vector<double> re, im;
+    re.resize(static_cast<std::size_t>(points));
+    im.resize(re.size());
+    for (int m = 0; m < count; ++m) {
+        CMatFromPairs(n, states + static_cast<std::size_t>(m) * state_doubles(n), rho);
+        sample_free_evolution(n, H, dt, points, rho, Ix, Iy, re.data(), im.data());
+        for (std::size_t k = 0; k < re.size(); ++k) {
+            *pairs++ = std::isfinite(re[k]) ? re[k] : 0.0;
+            *pairs++ = std::isfinite(im[k]) ? im[k] : 0.0;
+        }
+    }
+}
+
 } // namespace
 
-const EngineOperations kReferenceEngine{open_sector, sector_propagator, DoRotation, sample_free_evolution};
+const EngineOperations kReferenceEngine{open_sector,           sector_propagator, DoRotation,
+                                        rotate_states,         rotate_voxels,     rotate_rows,
+                                        sample_free_evolution, sample_states};
 
 } // namespace kor

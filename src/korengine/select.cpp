@@ -46,6 +46,23 @@ void EngineRotate(int n, const CMatrix& r, CMatrix& rho) {
     g_operations->rotate(n, r, rho);
 }
 
+void EngineRotateStates(int n, const CMatrix& r, int count, double* states) {
+    g_operations->rotate_states(n, r, count, states);
+}
+
+void EngineRotateVoxels(long long first, int count, double* states) {
+    g_operations->rotate_voxels(first, count, states);
+}
+
+void EngineRotateRows(const EngineSector& sector, int first, int count, double* states) {
+    g_operations->rotate_rows(sector, first, count, states);
+}
+
+void EngineSampleStates(int n, const CMatrix& H, double dt, int points, int count, const double* states,
+                        const CMatrix& Ix, const CMatrix& Iy, double* pairs) {
+    g_operations->sample_states(n, H, dt, points, count, states, Ix, Iy, pairs);
+}
+
 void EngineSampleFreeEvolution(int n, const CMatrix& H, double dt, int points, const CMatrix& rho,
                                const CMatrix& Ix, const CMatrix& Iy, double* out_re, double* out_im) {
     g_operations->sample_free_evolution(n, H, dt, points, rho, Ix, Iy, out_re, out_im);

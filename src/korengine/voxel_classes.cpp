@@ -26,6 +26,22 @@ long long VoxelClasses::of(int ix, int iy, int iz) const {
     return (x * ny_ + y) * nz_ + z;
 }
 
+long long VoxelClasses::of_number(long long voxel) const {
+    const auto z = static_cast<int>(voxel % grid_.ndz);
+    const auto y = static_cast<int>(voxel / grid_.ndz % grid_.ndy);
+    const auto x = static_cast<int>(voxel / grid_.ndz / grid_.ndy);
+    return of(x + 1, y + 1, z + 1);
+}
+
+long long VoxelClasses::alike_from(long long voxel) const {
+    long long period = 1; // voxels of one class stand together in so many
+    if (nz_ == 1) {
+        period = static_cast<long long>(grid_.ndz) * (ny_ == 1 ? grid_.ndy : 1);
+        period *= ny_ == 1 && nx_ == 1 ? grid_.ndx : 1;
+    }
+    return period - voxel % period;
+}
+
 void VoxelClasses::plan_places(std::vector<VoxelPlace> places) {
     places_ = std::move(places);
 }

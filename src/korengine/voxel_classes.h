@@ -23,6 +23,10 @@ public:
     }
     /// Class of voxel (ix, iy, iz), indices from 1; from 0 to count - 1, in the order of the voxels.
     long long of(int ix, int iy, int iz) const;
+    /// The same for a voxel by its number from 0, z fastest.
+    long long of_number(long long voxel) const;
+    /// How many voxels from number `voxel` on, itself included, are of its class.
+    long long alike_from(long long voxel) const;
     /// A place of the class.
     VoxelPlace place(long long voxel_class) const;
 

@@ -38,6 +38,24 @@ void CopyCMatrix(int n, const CMatrix& inmat, CMatrix& outmat) {
     }
 }
 
+void CMatFromPairs(int n, const double* pairs, CMatrix& outmat) {
+    for (int i = 1; i <= n; ++i) {
+        for (int j = 1; j <= n; ++j) {
+            outmat[i][j][1] = *pairs++;
+            outmat[i][j][2] = *pairs++;
+        }
+    }
+}
+
+void CMatToPairs(int n, const CMatrix& inmat, double* pairs) {
+    for (int i = 1; i <= n; ++i) {
+        for (int j = 1; j <= n; ++j) {
+            *pairs++ = inmat[i][j][1];
+            *pairs++ = inmat[i][j][2];
+        }
+    }
+}
+
 void CMatAdd(int n, const CMatrix& inmat1, const CMatrix& inmat2, CMatrix& outmat) {
     for (int i = 1; i <= n; ++i) {
         for (int j = 1; j <= n; ++j) {
