@@ -95,8 +95,8 @@ void check_sector_files(const std::string& bytes) {
         return;
     bool whole = true;
     for (int v = 0; v < voxels && whole; ++v)
-        whole = read_next_density(report, stream, g_runtime.n, matrix) &&
-                write_next_density(report, stream, g_runtime.n, matrix);
+        whole = read_next_densities(report, stream, g_runtime.n, 1) == 1 &&
+                write_next_densities(report, stream, g_runtime.n, 1);
     close_density_stream(report, stream);
     if (whole)
         kor_fuzz::require(kor_fuzz::read_file("build/runtime/store") ==

@@ -26,7 +26,12 @@ struct DensityReport {
 struct DensityStream {
     std::FILE* in;
     std::FILE* out;
+    double* states = nullptr; // the matrices in work
 };
+
+/// Reads up to `most` whole n x n matrices as they stand in the file, 2 n^2 doubles each; returns their
+/// number.
+int read_density_states(std::FILE* in, int n, int most, double* states);
 
 /// Makes "dm.bin" with `count` copies of the n x n matrix.
 bool create_density_file(const DensityReport& report, int n, long long count, const CMatrix& matrix);
@@ -38,10 +43,13 @@ bool resize_density_file(const DensityReport& report, int n, int count, CMatrix&
 /// Opens "dm.bin", whose header must be (0, n, count), and makes "store" with the same header. On
 /// failure both are closed.
 bool open_density_stream(const DensityReport& report, int n, int count, DensityStream& stream);
-/// Reads the next matrix of "dm.bin"; writes the next one of "store". n x n, elements 1..n.
-bool read_next_density(const DensityReport& report, const DensityStream& stream, int n, CMatrix& matrix);
-bool write_next_density(const DensityReport& report, const DensityStream& stream, int n,
-                        const CMatrix& matrix);
+/// Reads the next matrices of "dm.bin" as they stand there, `most` of them or as many as room is for (at
+/// least one). Returns their number: fewer than asked for at the end of a damaged file, with a message when
+/// there is none at all. They stand in stream.states, row by row, real and imaginary parts in turn, until the
+/// next call.
+int read_next_densities(const DensityReport& report, DensityStream& stream, int n, long long most);
+/// Writes the first `count` matrices of stream.states to "store".
+bool write_next_densities(const DensityReport& report, const DensityStream& stream, int n, int count);
 /// Closes both files. False when "store" did not reach the disk whole.
 bool close_density_stream(const DensityReport& report, const DensityStream& stream);
 /// Closes both files of a sector that failed.

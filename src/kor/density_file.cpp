@@ -5,6 +5,7 @@
 #include "korplatform.h"
 #include "wholefile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstddef>
@@ -18,11 +19,20 @@ constexpr const char* kStates = "dm.bin";
 constexpr const char* kNewStates = "store";
 constexpr int kDensityType = 0;
 constexpr std::size_t kCopyChunk = 8192;
-constexpr std::size_t kStreamBuffer = 262144;
 
-// One file is read and one written at a time.
-char g_read_buffer[kStreamBuffer];
-char g_write_buffer[kStreamBuffer];
+// Matrices in work, in the order of the files: many small ones, so that the system is called rarely, or a few
+// of the largest.
+constexpr std::size_t kLargestState = 2 * std::size_t{KOR_MAX_STATES} * KOR_MAX_STATES;
+constexpr std::size_t kBlockDoubles = 32768; // stays in the processor's cache
+double g_states[kLargestState];
+
+std::size_t state_doubles(int n) {
+    return 2 * static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
+}
+
+int states_together(int n) {
+    return static_cast<int>(std::max<std::size_t>(1, kBlockDoubles / state_doubles(n)));
+}
 
 enum class Wait { no, yes };
 
@@ -43,20 +53,22 @@ std::FILE* open_or_explain(const char* name, const char* mode) {
     std::FILE* file = platform_open(name, mode);
     if (!file) {
         std::perror(name);
-        return nullptr;
     }
-    const bool reading = mode[0] == 'r';
-    std::setvbuf(file, reading ? g_read_buffer : g_write_buffer, _IOFBF, kStreamBuffer);
     return file;
 }
 
-void buffer_writing(std::FILE* file) {
-    std::setvbuf(file, g_write_buffer, _IOFBF, kStreamBuffer);
+bool write_states(std::FILE* file, int n, int count) {
+    const std::size_t doubles = static_cast<std::size_t>(count) * state_doubles(n);
+    return std::fwrite(g_states, sizeof(double), doubles, file) == doubles;
 }
 
 bool write_copies(std::FILE* file, int n, int count, const CMatrix& matrix) {
-    for (int k = 1; k <= count; ++k) {
-        if (!write_cmatrix(file, n, matrix)) {
+    const int together = std::min(states_together(n), count);
+    for (int k = 0; k < together; ++k) {
+        CMatToPairs(n, matrix, g_states + static_cast<std::size_t>(k) * state_doubles(n));
+    }
+    for (int done = 0; done < count; done += together) {
+        if (!write_states(file, n, std::min(together, count - done))) {
             return false;
         }
     }
@@ -133,7 +145,6 @@ bool create_density_file(const DensityReport& report, int n, long long count, co
     if (!open_whole_file(kStates, "wb", states)) {
         return fail_for_system_reason(kStates);
     }
-    buffer_writing(states.file);
     // A count that the header's 32 bits cannot hold is a header that cannot be written.
     if (count > INT_MAX || !header_is_written(states.file, n, static_cast<int>(count))) {
         drop_whole_file(states);
@@ -188,13 +199,18 @@ bool open_density_stream(const DensityReport& report, int n, int count, DensityS
     return true;
 }
 
-bool read_next_density(const DensityReport& report, const DensityStream& stream, int n, CMatrix& matrix) {
-    return read_cmatrix(stream.in, n, matrix) || fail(report, "read error from dm.bin", Wait::yes);
+int read_next_densities(const DensityReport& report, DensityStream& stream, int n, long long most) {
+    stream.states = g_states;
+    const int wanted = static_cast<int>(std::min<long long>(most, states_together(n)));
+    const int got = read_density_states(stream.in, n, wanted, g_states);
+    if (got < 1) {
+        fail(report, "read error from dm.bin", Wait::yes);
+    }
+    return got;
 }
 
-bool write_next_density(const DensityReport& report, const DensityStream& stream, int n,
-                        const CMatrix& matrix) {
-    return write_cmatrix(stream.out, n, matrix) || fail(report, "write error to store", Wait::no);
+bool write_next_densities(const DensityReport& report, const DensityStream& stream, int n, int count) {
+    return write_states(stream.out, n, count) || fail(report, "write error to store", Wait::no);
 }
 
 bool close_density_stream(const DensityReport& report, const DensityStream& stream) {
@@ -225,6 +241,12 @@ bool copy_store(const DensityReport& report) {
     }
     platform_remove(kNewStates);
     return copied || fail(report, "failed to copy store to dm.bin", Wait::no);
+}
+
+int read_density_states(std::FILE* in, int n, int most, double* states) {
+    const std::size_t one = state_doubles(n);
+    const std::size_t got = std::fread(states, sizeof(double), static_cast<std::size_t>(most) * one, in);
+    return static_cast<int>(got / one);
 }
 
 int read_density_matrix(std::FILE* in, int n, int fn, CMatrix& mat) {

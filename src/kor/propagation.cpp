@@ -9,6 +9,7 @@
 #include "korengine.h"
 #include "sequencetypes.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace kor {
@@ -57,21 +58,24 @@ void open_spatial_sector() {
     EngineOpenSector(g_sector);
 }
 
-/// The propagator of the current samples at step dt, without gradients.
-void make_row_propagator(double dt, double offset) {
+/// The current samples at step dt, without gradients.
+EngineSector row_sector(double dt, double offset) {
     const RuntimeState& s = g_runtime;
-    g_sector.system = current_system();
-    g_sector.samples = {s.ap, dt, s.xb, s.yb, nullptr, nullptr, nullptr, offset};
-    g_sector.grid = {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
-    EngineOpenSector(g_sector);
-    EngineSectorPropagator(1, 1, 1, g_propagator);
+    return {current_system(),
+            {s.ap, dt, s.xb, s.yb, nullptr, nullptr, nullptr, offset},
+            {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0}};
+}
+
+/// Voxels that pass between two progress lines.
+long long progress_stride(int voxels) {
+    return voxels > 100 ? voxels / 100 : 1;
 }
 
 void print_progress(long long voxel, int voxels) {
     if (KOR_GetSmokeCheckMode()) {
         return;
     }
-    const long long stride = voxels > 100 ? voxels / 100 : 1;
+    const long long stride = progress_stride(voxels);
     if (voxel != 1 && voxel != voxels && voxel % stride != 0) {
         return;
     }
@@ -85,52 +89,91 @@ void print_progress(long long voxel, int voxels) {
     std::fflush(stdout);
 }
 
-bool propagate_voxel(const DensityStream& stream, int kx, int ky, int kz) {
-    RuntimeState& s = g_runtime;
-    if (!read_next_density(kSpatial, stream, s.n, s.densmat)) {
-        return false;
-    }
-    EngineSectorPropagator(kx, ky, kz, g_propagator);
-    EngineRotate(s.n, g_propagator, s.densmat);
-    return write_next_density(kSpatial, stream, s.n, s.densmat);
+/// The number of the next voxel behind `done` that is reported.
+long long next_report(long long done, int voxels) {
+    const long long stride = progress_stride(voxels);
+    const long long next = done == 0 ? 1 : (done / stride + 1) * stride;
+    return std::min<long long>(next, voxels);
 }
 
-bool propagate_voxels(const DensityStream& stream, int voxels) {
+/// Rotates voxels done + 1..done + count, and reports each when it is its turn.
+void rotate_and_report(double* states, long long done, int count, int voxels) {
+    const int n = g_runtime.n;
+    const long long end = done + count;
+    while (done < end) {
+        const long long next = std::min(next_report(done, voxels), end);
+        const auto run = static_cast<int>(next - done);
+        EngineRotateVoxels(done + 1, run, states);
+        states += 2LL * n * n * run;
+        done = next;
+        print_progress(done, voxels);
+    }
+}
+
+/// densmat is the last matrix in work.
+void keep_last(const DensityStream& stream, int count) {
+    RuntimeState& s = g_runtime;
+    CMatFromPairs(s.n, stream.states + 2LL * s.n * s.n * (count - 1), s.densmat);
+}
+
+bool propagate_voxels(DensityStream& stream, int voxels) {
     const RuntimeState& s = g_runtime;
-    for (int kx = 1; kx <= s.ndx; ++kx) {
-        for (int ky = 1; ky <= s.ndy; ++ky) {
-            for (int kz = 1; kz <= s.ndz; ++kz) {
-                if (!propagate_voxel(stream, kx, ky, kz)) {
-                    return false;
-                }
-                print_progress(voxel_number(kx, ky, kz, s.ndy, s.ndz), voxels);
-            }
+    for (long long done = 0; done < voxels;) {
+        const int count = read_next_densities(kSpatial, stream, s.n, voxels - done);
+        if (count < 1) {
+            return false;
         }
+        rotate_and_report(stream.states, done, count, voxels);
+        keep_last(stream, count);
+        if (!write_next_densities(kSpatial, stream, s.n, count)) {
+            return false;
+        }
+        done += count;
     }
     return true;
 }
 
-bool propagate_rows(const DensityStream& stream, bool evolution, double h_local, double offset) {
-    RuntimeState& s = g_runtime;
-    CMatAdd(s.n, s.Izee, s.Icoup, g_static_hamiltonian);
-    if (!evolution) {
-        make_row_propagator(h_local, offset);
+/// Rotates rows first..first + count - 1; g_propagator is that of a sector that is no evolution sector.
+void rotate_rows(double* states, bool evolution, int first, int count) {
+    if (evolution) {
+        EngineRotateRows(g_sector, first, count, states);
+    } else {
+        EngineRotateStates(g_runtime.n, g_propagator, count, states);
     }
-    for (int k = 1; k <= s.ndw; ++k) {
-        if (!read_next_density(kRows, stream, s.n, s.densmat)) {
+}
+
+/// The same with a "*" behind each row, unless the quiet mode is on.
+void rotate_and_show(double* states, bool evolution, int first, int count) {
+    if (KOR_GetSmokeCheckMode()) {
+        rotate_rows(states, evolution, first, count);
+        return;
+    }
+    for (int k = 0; k < count; ++k) {
+        rotate_rows(states + 2LL * g_runtime.n * g_runtime.n * k, evolution, first + k, 1);
+        std::fputs("*", stdout);
+        std::fflush(stdout);
+    }
+}
+
+bool propagate_rows(DensityStream& stream, bool evolution, double h_local, double offset) {
+    const RuntimeState& s = g_runtime;
+    CMatAdd(s.n, s.Izee, s.Icoup, g_static_hamiltonian);
+    g_sector = row_sector(h_local, offset);
+    if (!evolution) {
+        EngineOpenSector(g_sector);
+        EngineSectorPropagator(1, 1, 1, g_propagator);
+    }
+    for (int done = 0; done < s.ndw;) {
+        const int count = read_next_densities(kRows, stream, s.n, s.ndw - done);
+        if (count < 1) {
             return false;
         }
-        if (evolution) {
-            make_row_propagator((k - 1) * h_local, offset);
-        }
-        EngineRotate(s.n, g_propagator, s.densmat);
-        if (!write_next_density(kRows, stream, s.n, s.densmat)) {
+        rotate_and_show(stream.states, evolution, done + 1, count);
+        keep_last(stream, count);
+        if (!write_next_densities(kRows, stream, s.n, count)) {
             return false;
         }
-        if (!KOR_GetSmokeCheckMode()) {
-            std::fputs("*", stdout);
-            std::fflush(stdout);
-        }
+        done += count;
     }
     return true;
 }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -164,12 +165,11 @@ TEST(DensityStream, CarriesMatricesFromDmBinToStore) {
     write_density_file("dm.bin", 2, {numbered(2, 1), numbered(2, 10)});
     const std::string before = read_file("dm.bin");
     DensityStream stream;
-    static CMatrix m;
     ASSERT_TRUE(open_density_stream(waiting, 2, 2, stream));
-    for (double from : {1.0, 10.0}) {
-        EXPECT_TRUE(read_next_density(waiting, stream, 2, m));
-        EXPECT_EQ(kor_test::dense(2, m), numbered(2, from));
-        EXPECT_TRUE(write_next_density(waiting, stream, 2, m));
+    for (const std::size_t at : {12, 12 + 64}) {
+        ASSERT_EQ(read_next_densities(waiting, stream, 2, 1), 1);
+        EXPECT_EQ(std::memcmp(stream.states, &before[at], 64), 0);
+        EXPECT_TRUE(write_next_densities(waiting, stream, 2, 1));
     }
     EXPECT_TRUE(close_density_stream(waiting, stream));
     EXPECT_EQ(read_file("store"), before);
@@ -180,11 +180,10 @@ TEST(DensityStream, MissingMatrixIsAReadError) {
     const TempTree folder;
     write_file("dm.bin", bytes_of(std::vector<int>{0, 2, 1}) + std::string(63, 'x'));
     DensityStream stream;
-    static CMatrix m;
     const auto printed = play_console("taken\nkept\n", [&] {
         ASSERT_TRUE(open_density_stream(waiting, 2, 1, stream));
-        EXPECT_FALSE(read_next_density(waiting, stream, 2, m));
-        EXPECT_FALSE(read_next_density(silent, stream, 2, m));
+        EXPECT_EQ(read_next_densities(waiting, stream, 2, 1), 0);
+        EXPECT_EQ(read_next_densities(silent, stream, 2, 1), 0);
         abandon_density_stream(stream);
     });
     EXPECT_EQ(printed.out, "Rotate3D: read error from dm.bin\nRotate2D: read error from dm.bin\n");
@@ -198,13 +197,12 @@ TEST(DensityStream, FullDiskIsAWriteErrorWithoutWaiting) {
     const TempTree folder;
     write_density_file("dm.bin", 2, {numbered(2, 1)});
     std::filesystem::create_symlink("/dev/full", "store");
-    static CMatrix m;
     for (const DensityReport& report : {waiting, silent}) {
         const auto printed = play_console("kept\n", [&] {
             DensityStream stream;
             ASSERT_TRUE(open_density_stream(report, 2, 1, stream));
-            const bool written = read_next_density(report, stream, 2, m) &&
-                                 write_next_density(report, stream, 2, m) &&
+            const bool written = read_next_densities(report, stream, 2, 1) == 1 &&
+                                 write_next_densities(report, stream, 2, 1) &&
                                  close_density_stream(report, stream);
             EXPECT_FALSE(written);
         });
