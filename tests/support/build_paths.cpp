@@ -5,6 +5,9 @@ namespace kor_test {
 const char* kor_program() {
     return KOR_EXECUTABLE;
 }
+const char* reference_program() {
+    return KOR_REFERENCE_EXECUTABLE;
+}
 const char* make_waveforms_program() {
     return KOR_MAKE_WAVEFORMS;
 }

@@ -4,6 +4,7 @@
 namespace kor_test {
 
 const char* kor_program();            // the built kor
+const char* reference_program();      // the same with the reference engine
 const char* make_waveforms_program(); // the generator of the examples' waveforms
 const char* source_folder();          // the project's root
 
