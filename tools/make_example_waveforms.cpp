@@ -7,6 +7,7 @@
 #include "rfpulselib/shapes.h"
 #include "rfwaveformfile.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
@@ -61,6 +62,27 @@ Waveform slice_pulse() {
                         w.yb.data());
     w.gz.assign(w.gz.size(), 2 * KOR_PI * 2000);
     return w;
+}
+
+enum class Slab { x, y, z };
+
+/// A pulse of 255 samples that turns by `flip` (rad), along phase_deg and under a gradient of 2 kHz/cm. The
+/// shape of 256 samples without its first one reads the same backwards.
+Waveform press_pulse(double duration_s, double flip, double half_band_hz, double phase_deg, Slab slab) {
+    Waveform w(256);
+    sinc_gauss_waveform(w.samples(), duration_s / 255, phase_deg, flip, half_band_hz, 1000, w.xb.data(),
+                        w.yb.data());
+    for (auto* samples : {&w.xb, &w.yb, &w.gx, &w.gy, &w.gz})
+        samples->erase(samples->begin());
+    auto& gradient = slab == Slab::x ? w.gx : slab == Slab::y ? w.gy : w.gz;
+    gradient.assign(gradient.size(), 2 * KOR_PI * 2000);
+    return w;
+}
+
+/// Samples first..first + 5 of 0.5 ms become a crusher: `turns` per 3 cm along each axis.
+void add_crusher(Waveform& w, std::size_t first, double turns) {
+    for (std::size_t j = first; j < first + 6; ++j)
+        w.gx[j] = w.gy[j] = w.gz[j] = 2 * KOR_PI * turns / (3 * 0.003);
 }
 
 /// 1 when the file holds the waveform afterwards.
@@ -119,6 +141,30 @@ int write_spin_echo(const std::string& root, const char* name) {
            write_waveform(folder, "receiver-1024.bin", Layout::spatial, Waveform(1024));
 }
 
+/// Samples of the waits last 0.5 ms; the first 2 ms rephase the slab of the 90 degree pulse. The crushers
+/// make 7 and 14 turns over the 24 voxels of an axis: every unwanted pathway (7, 11, 14, 21, ... turns) is
+/// out of step from voxel to voxel, and none falls on a multiple of 24. Scaled to 180 degrees, a band of 4
+/// kHz refocuses 3 kHz.
+int write_press(const std::string& root) {
+    Waveform wait1(15), wait2(134), wait3(115);
+    std::fill_n(wait1.gz.begin(), 4, -2 * KOR_PI * 2000);
+    add_crusher(wait1, 9, 7);
+    add_crusher(wait2, 0, 7);
+    add_crusher(wait2, 128, 14);
+    add_crusher(wait3, 0, 14);
+    const std::string folder = waveform_folder(root, "press-144");
+    return write_waveform(folder, "sinc-gauss-90x.bin", Layout::spatial,
+                          press_pulse(0.004, KOR_PI / 2, 1500, 0, Slab::z)) &&
+           write_waveform(folder, "sinc-gauss-180y-x.bin", Layout::spatial,
+                          press_pulse(0.005, KOR_PI, 2000, 90, Slab::x)) &&
+           write_waveform(folder, "sinc-gauss-180y-y.bin", Layout::spatial,
+                          press_pulse(0.005, KOR_PI, 2000, 90, Slab::y)) &&
+           write_waveform(folder, "wait-1.bin", Layout::spatial, wait1) &&
+           write_waveform(folder, "wait-2.bin", Layout::spatial, wait2) &&
+           write_waveform(folder, "wait-3.bin", Layout::spatial, wait3) &&
+           write_waveform(folder, "receiver-1024.bin", Layout::spatial, Waveform(1024));
+}
+
 /// What the optimiser starts from: 128 samples of a rectangular 90 degree pulse about x.
 int write_pulse_to_optimise(const std::string& root, const char* name, double duration_s) {
     Waveform w(128);
@@ -138,7 +184,7 @@ int main(int argc, char** argv) {
     const std::string root = argv[1];
     const int written = write_pulse_acquire(root) && write_cosy(root) && write_slice_selection(root) &&
                         write_spin_echo(root, "spin-echo-144") && write_spin_echo(root, "spin-echo-72") &&
-                        write_pulse_to_optimise(root, "optimise-excitation", 0.004) &&
+                        write_press(root) && write_pulse_to_optimise(root, "optimise-excitation", 0.004) &&
                         write_pulse_to_optimise(root, "optimise-two-spin-order", 0.06);
     if (!written)
         std::fprintf(stderr, "make-example-waveforms: could not write below %s\n", argv[1]);

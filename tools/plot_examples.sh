@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # usage: tools/plot_examples.sh [EXAMPLE...] : runs the examples and draws docs/images/EXAMPLE.png.
-# Without arguments all of them. Needs build/kor and build/signal-to-spectrum (./run-demo builds them) and gnuplot.
+# Without arguments all of them. Needs the programs in build/ (./run-demo builds them) and gnuplot.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
@@ -44,6 +44,11 @@ draw_echoes() {
         'Spin echoes of lactate at 3 T' 3.0 127.7 1.45 1.18
 }
 
+draw_press() {
+    run lactate-press
+    tools/draw_press.sh "$work" "$images/lactate-press.png"
+}
+
 draw_cosy() {
     run lactate-cosy
     build/signal-to-spectrum "$results/lactate-cosy.bin" 0.512 0 "$work/cosy.csv" 0.0008
@@ -58,6 +63,7 @@ draw() {
     valine-fid) spectrum valine-fid 1.5 'Valine at 3 T, eight spins' 3.0 127.7 4.0 0.7 ;;
     citrate-slice) draw_slice ;;
     lactate-echo) draw_echoes ;;
+    lactate-press) draw_press ;;
     lactate-cosy) draw_cosy ;;
     *)
         echo "unknown example: $1" >&2
@@ -68,5 +74,5 @@ draw() {
 }
 
 mkdir -p "$images"
-[ $# -gt 0 ] || set -- lactate-fid aspartate-fid chloroform-d-fid citrate-slice lactate-echo lactate-cosy valine-fid
+[ $# -gt 0 ] || set -- lactate-fid aspartate-fid chloroform-d-fid citrate-slice lactate-echo lactate-press lactate-cosy valine-fid
 for example in "$@"; do draw "$example"; done
