@@ -39,6 +39,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     kor_fuzz::require(rt.nos >= 0 && rt.nos <= kor::KOR_MAX_SECTORS, "the sectors fit their table");
     kor_fuzz::require(rt.Nspins <= kor::KOR_MAX_SPINS, "the spins fit their table");
     kor_fuzz::require(rt.n >= 0 && rt.n <= kor::KOR_MAX_STATES, "the states fit their matrices");
-    kor_fuzz::require(rt.ap >= 0 && rt.ap <= kor::KOR_MAX_RF_POINTS, "the samples fit their arrays");
     return 0;
 }
