@@ -252,12 +252,12 @@ TEST(DataMutations, PulseParameterFilesGiveTheSamePulseTwice) {
     for_mutants(21023, 4000, file, true, [&](const std::string& damaged) {
         tree.write("x.txt", damaged);
         double pulses[2][2][samples];
-        for (auto& [xb, yb] : pulses) {
-            std::fill_n(xb, samples, 7.0);
-            std::fill_n(yb, samples, 7.0);
+        for (auto& pulse : pulses) {
+            std::fill_n(pulse[0], samples, 7.0);
+            std::fill_n(pulse[1], samples, 7.0);
             const double step = 1e-5;
             const ConsoleOutput console =
-                play_console("x.txt\n", [&] { fmpulseproc6(&samples, &step, xb, yb); });
+                play_console("x.txt\n", [&] { fmpulseproc6(&samples, &step, pulse[0], pulse[1]); });
             EXPECT_EQ(console.err, "");
         }
         EXPECT_EQ(std::memcmp(pulses[0], pulses[1], sizeof pulses[0]), 0);
