@@ -7,6 +7,9 @@
 
 namespace kor {
 
+/// Says on standard error where the result of a loaded model will be when the folder of results cannot be
+/// had: loading has then left the path relative.
+void warn_of_relative_result(const KORRunConfig& cfg);
 /// The three records as they were read from the model file `path`.
 void print_model_summary(const char* path, const KORSpinSystemDef* spin, const KORPulseSequenceDef* seq,
                          const KORRunConfig* cfg);

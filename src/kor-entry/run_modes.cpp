@@ -70,6 +70,7 @@ int run_kor_model_file(const char* path) {
     if (!enter_model(path, names, &records))
         return FAILURE;
     print_model_summary(path, &records.spin, &records.seq, &records.cfg);
+    warn_of_relative_result(records.cfg);
     set_loaded_model_path(path);
     KORRunCurrentPreparedModel();
     return SUCCESS;

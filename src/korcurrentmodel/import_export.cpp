@@ -41,6 +41,7 @@ void import_kor_model() {
         return;
     if (KORActivateModelFile(path, &records, &status, message, sizeof message) == KORModelEntry::active) {
         print_model_summary(path, &records.spin, &records.seq, &records.cfg);
+        warn_of_relative_result(records.cfg);
         set_loaded_model_path(path);
         std::puts("\n[KOR] Import successful.");
     } else {

@@ -3,6 +3,7 @@
 #include "kor/runtime_state.h"
 #include "kor/sequence_status.h"
 #include "korcurrentmodel/loaded_model.h"
+#include "kormodel/paths.h"
 #include "sequencetypes.h"
 
 #include <cstdio>
@@ -122,6 +123,16 @@ void print_model_summary(const char* path, const KORSpinSystemDef* spin, const K
     print_spin_record(*spin);
     print_sequence_record(*seq);
     print_run_record(*cfg);
+}
+
+void warn_of_relative_result(const KORRunConfig& cfg) {
+    if (cfg.result_filename[0] == '\0' || kor_path_is_absolute(cfg.result_filename))
+        return;
+    std::fprintf(
+        stderr,
+        "[KOR] Warning: there is no folder runtime/results beside the program; the result file %s is "
+        "taken relative to the working folder.\n",
+        cfg.result_filename);
 }
 
 void PrintPrepareStatus() {

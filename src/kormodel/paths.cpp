@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 
@@ -254,10 +253,6 @@ int kor_resolve_result_path(const char* model_filename, const char* value, char*
         return copy_whole(value, out, size);
     if (kor_get_runtime_results_dir(dir, sizeof dir))
         return kor_join_path(out, size, dir, value);
-    std::fprintf(stderr,
-                 "[KOR] Warning: no folder runtime/results beside the program (%s); the result file %s "
-                 "is taken relative to the working folder.\n",
-                 std::strerror(errno), value);
     return copy_whole(value, out, size);
 }
 

@@ -177,7 +177,7 @@ int platform_rename(const char* from, const char* to) {
 int platform_make_dir(const char* path) {
     const std::string name = native(path);
     const int error = status_of(::mkdir(name.c_str(), 0777));
-    return error != 0 && is_folder(name) ? errno = EEXIST : error;
+    return errno = error != 0 && is_folder(name) ? EEXIST : error;
 }
 
 bool platform_may_replace(const char* path) {

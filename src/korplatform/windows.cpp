@@ -114,7 +114,7 @@ int platform_make_dir(const char* path) {
     const int error = status_of(_mkdir(path ? path : ""));
     const DWORD attributes = GetFileAttributesA(path ? path : "");
     const bool folder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    return error != 0 && folder ? errno = EEXIST : error;
+    return errno = error != 0 && folder ? EEXIST : error;
 }
 
 bool platform_may_replace(const char* path) {

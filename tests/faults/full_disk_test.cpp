@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -193,6 +194,31 @@ TEST_F(OutOfReach, AReadOnlyFileSystemIsTold) {
     EXPECT_NE(unnamed.result.out.find("Rotate3D: write error while initializing dm.bin\n"),
               std::string::npos);
     EXPECT_FALSE(fs::exists(scenario_->path("build/runtime/results/grid.bin")));
+}
+
+// A user who may read everything here and write nothing.
+TEST(ReadOut, AProtectedFolderIsToldAndAWritableFileInItIsWritten) {
+    const auto scenario = make_scenario("profile");
+    ASSERT_EQ(run_program(scenario->call()).status, 0);
+    const std::string output = scenario->path("profile.csv"), profile = read_file(output);
+    scenario->reset();
+    const auto readable = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                          fs::perms::others_read | fs::perms::others_exec;
+    fs::permissions(scenario->root(), geteuid() == 0 ? readable : readable & ~fs::perms::owner_write);
+    ProgramCall call;
+    call.unprivileged = true;
+    const ProgramResult refused = run_program(scenario->call(call));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, system_text("Expectation profile: output file", EACCES));
+    EXPECT_FALSE(fs::exists(output));
+    fs::permissions(scenario->root(), fs::perms::owner_all);
+    write_file(output, "an older and longer profile, to be replaced");
+    fs::permissions(output, fs::perms::owner_all | fs::perms::others_all);
+    fs::permissions(scenario->root(), geteuid() == 0 ? readable : readable & ~fs::perms::owner_write);
+    const ProgramResult written = run_program(scenario->call(call));
+    EXPECT_EQ(written.status, 0) << written.err;
+    EXPECT_TRUE(read_file(output) == profile);
+    fs::permissions(scenario->root(), fs::perms::owner_all);
 }
 
 TEST(ReadOut, NeverReplacesItsOwnInput) {
