@@ -15,9 +15,26 @@ std::size_t at(std::size_t n, std::size_t i, std::size_t j) {
     return i * n + j;
 }
 
-/// Householder vector v and beta so that (1 - beta v v^T) x = (alpha, 0, ..., 0); beta = 0 when there is
-/// nothing to do.
+/// The power of two that brings the largest of the values to 1..2; 0 when all are 0.
+int exponent_of_largest(const std::vector<double>& values) {
+    double largest = 0.0;
+    for (const double value : values) {
+        largest = std::max(largest, std::fabs(value));
+    }
+    return largest > 0.0 ? std::ilogb(largest) : 0;
+}
+
+/// values times 2^exponent. Rounds nothing but what becomes too small to matter.
+void scale(int exponent, std::vector<double>& values) {
+    for (double& value : values) {
+        value = std::scalbn(value, exponent);
+    }
+}
+
+/// Householder vector v of any length and beta so that (1 - beta v v^T) x = (alpha, 0, ..., 0); beta = 0 when
+/// there is nothing to do. x are the elements of v from `from` on, those before them are 0.
 double householder(std::vector<double>& v, std::size_t from) {
+    scale(-exponent_of_largest(v), v); // or the squares could leave the range
     double rest = 0.0;
     for (std::size_t i = from + 1; i < v.size(); ++i) {
         rest += v[i] * v[i];
@@ -171,9 +188,12 @@ void diagonalise(const std::vector<double>& h, std::size_t n, EigenBlock& block)
                                      static_cast<std::size_t>(block.states[j]))];
         }
     }
+    const int exponent = exponent_of_largest(a);
+    scale(-exponent, a);
     Tridiagonal t = tridiagonalise(size, a, block.vectors);
     diagonalise_tridiagonal(size, t, block.vectors);
     block.values = t.diagonal;
+    scale(exponent, block.values);
 }
 
 /// Every state that nonzero elements reach from `first`, marked and sorted.
