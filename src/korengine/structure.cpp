@@ -78,6 +78,31 @@ bool read_field(const CMatrix& Fx, const CMatrix& Fy, SystemStructure& s) {
     return true;
 }
 
+/// Whether [Fx, Fy] = i Fz. The field operators are then turns of Fz, no longer than it is, and no step of
+/// the ladder is missing. With Fy = -i [Fz, Fx] element (i, j) of the left side is, between states of equal
+/// m, 2i times the sum over k of (ladder_k - ladder_i) fx_ik fx_kj.
+bool field_turns_fz(const SystemStructure& s) {
+    const double scale = 8.0 * (1.0 + s.field_bound * s.field_bound);
+    std::vector<double> row(s.m.size());
+    for (int i = 0; i < s.n; ++i) {
+        const int here = s.ladder[static_cast<std::size_t>(i)];
+        std::fill(row.begin(), row.end(), 0.0);
+        for (int k = 0; k < s.n; ++k) {
+            const double factor = 2.0 * (s.ladder[static_cast<std::size_t>(k)] - here) * s.fx_at(i, k);
+            for (int j = 0; factor != 0.0 && j < s.n; ++j) {
+                row[static_cast<std::size_t>(j)] += factor * s.fx_at(k, j);
+            }
+        }
+        row[static_cast<std::size_t>(i)] -= s.m[static_cast<std::size_t>(i)];
+        for (std::size_t j = 0; j < row.size(); ++j) {
+            if (s.ladder[j] == here && !near(row[j], 0.0, scale)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 bool read_h0(const CMatrix& H0, SystemStructure& s) {
     s.h0.assign(static_cast<std::size_t>(s.n) * static_cast<std::size_t>(s.n), 0.0);
     for (int i = 0; i < s.n; ++i) {
@@ -172,7 +197,7 @@ void complete_structure(SystemStructure& s) {
 bool analyse_system(const EngineSystem& system, SystemStructure& out) {
     out.n = system.n;
     if (out.n < 1 || !read_fz(*system.Fz, out) || !read_field(*system.Fx, *system.Fy, out) ||
-        !read_h0(*system.H0, out)) {
+        !field_turns_fz(out) || !read_h0(*system.H0, out)) {
         return false;
     }
     complete_structure(out);

@@ -24,8 +24,8 @@ struct SparseOperators {
 };
 
 /// A system with H0 real symmetric and free of elements between states of different total m, Fz diagonal,
-/// Fx real and Fy its quarter turn about z: then (xb, yb) along the direction phi is
-/// exp(-i phi Fz) (B Fx) exp(+i phi Fz) and the turns commute with H0.
+/// Fx real, Fy its quarter turn about z and [Fx, Fy] = i Fz: then (xb, yb) along the direction phi is
+/// exp(-i phi Fz) (B Fx) exp(+i phi Fz), the turns commute with H0, and Fx is as long as Fz.
 struct SystemStructure {
     int n = 0;
     std::vector<double> h0;  // n x n, rad/s

@@ -81,6 +81,42 @@ TEST_P(FastPlan, LeavesOtherFieldOperatorsToTheReference) {
     EXPECT_EQ(plan_of(EngineCase(weighted, problem.wave).sector()), "reference");
 }
 
+TEST_P(FastPlan, LeavesFieldOperatorsOfAnotherLengthThanFzToTheReference) {
+    Random random(184);
+    for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1}, {1, 2}, {1, 1, 1, 1, 1}, {16}}) {
+        const RandomSystem system = random_system(random, spins, Coupling::exact);
+        const RandomWaveform wave = random_waveform(random, 3, 1);
+        for (const double factor : {0.5, 2.0}) {
+            RandomSystem scaled = system;
+            scaled.Fx *= factor;
+            scaled.Fy *= factor;
+            const EngineCase problem(scaled, wave);
+            EXPECT_EQ(plan_of(problem.sector()), "reference") << system.n << ' ' << factor;
+            EXPECT_LE(distance(propagator(problem.sector(), 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
+                      problem.tolerance());
+        }
+        EXPECT_NE(plan_of(EngineCase(system, wave).sector()), "reference") << system.n;
+    }
+}
+
+TEST_P(FastPlan, LeavesAFieldOnSomeSpinsToTheReference) {
+    Random random(185);
+    RandomSystem selective = random_system(random, {1, 1, 1}, Coupling::weak);
+    selective.Fx = spin_operator(selective.twice_spins, 2, Axis::x);
+    selective.Fy = spin_operator(selective.twice_spins, 2, Axis::y);
+    EXPECT_EQ(plan_of(EngineCase(selective, random_waveform(random, 3, 1)).sector()), "reference");
+}
+
+TEST_P(FastPlan, LeavesAnFzWithMissingStepsToTheReference) {
+    Random random(186);
+    RandomSystem gapped = random_system(random, {16}, Coupling::weak);
+    gapped.Fz.setZero();
+    gapped.Fz(0, 0) = 200.0; // far above all other states, which have m = 0
+    gapped.Fx.setZero();
+    gapped.Fy.setZero();
+    EXPECT_EQ(plan_of(EngineCase(gapped, random_waveform(random, 3, 1)).sector()), "reference");
+}
+
 TEST_P(FastPlan, LeavesWhatIsNotFiniteToTheReference) {
     for (const double value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
         EngineCase problem = two_spins(166, 4);
