@@ -88,6 +88,26 @@ const EngineGrid kOrigin = {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
 
 } // namespace
 
+TEST_P(FastSymmetry, LooksAgainWhenTheFieldOperatorsChange) {
+    Random random(197);
+    const Grouped grouped = grouped_spins(random, {0, 0}, Coupling::weak);
+    const RandomWaveform wave = random_waveform(random, 5, 3);
+    const EngineCase alike(grouped.system, wave);
+    EngineOpenSector(with_groups(alike, kOrigin, grouped.group));
+    EXPECT_STREQ(EngineSectorPlan(), "equivalent spins");
+    RandomSystem other = grouped.system; // the same physics in a basis with another sign of the second state
+    for (Dense* field : {&other.Fx, &other.Fy}) {
+        field->row(1) *= -1.0;
+        field->col(1) *= -1.0;
+    }
+    const EngineCase signs(other, wave);
+    const EngineSector sector = with_groups(signs, kOrigin, grouped.group);
+    const Dense expected = reference_propagator(sector, 1, 1, 1);
+    EngineOpenSector(sector);
+    EXPECT_STREQ(EngineSectorPlan(), "lanes");
+    EXPECT_LE(distance(propagator(4, 1, 1, 1), expected), 2e-13);
+}
+
 TEST_P(FastSymmetry, TakesAlikeSpinsTogether) {
     Random random(191);
     for (const std::vector<int>& group : std::vector<std::vector<int>>{{0, 0},
