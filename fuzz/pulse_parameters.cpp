@@ -16,7 +16,7 @@ namespace {
 
 void check_remark(const std::string& remark, std::size_t capacity) {
     const std::unique_ptr<char[]> out(new char[capacity]);
-    for (const char* name : {"target", "operator", "x"}) {
+    for (const char* name : {"targetMode", "productOperator", "manualRecipe"}) {
         std::memset(out.get(), '?', capacity);
         const int found = kormodel_metadata_value(remark.c_str(), "optimizeRf", name, out.get(), capacity);
         kor_fuzz::require(std::memchr(out.get(), '\0', capacity) != nullptr,

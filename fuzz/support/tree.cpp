@@ -50,6 +50,13 @@ std::string waveform(std::initializer_list<double> samples) {
     return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(double)};
 }
 
+std::string repeated_sample(double value, int count) {
+    std::string bytes;
+    for (int k = 0; k < count; ++k)
+        bytes += waveform({value});
+    return bytes;
+}
+
 std::string model_text(const std::string& name, const char* grid) {
     return "format_version: 1\nmodel_name: " + name +
            "\nspin_system_file: ../spin-systems/pair.korspin\nsequence_file: ../sequences/" + name + "/" +
@@ -122,15 +129,28 @@ void write_small_models() {
                waveform({157079.63267948964, 0, 12566.370614359172, 0, 0}));
     write_file("sequences/slice/waveforms/adc", std::string(160, '\0'));
     write_file("models/cosy.kormodel", model_text("cosy", ("ndx: 1\nndy: 1\nndz: 1\n" + points).c_str()));
-    write_file("sequences/cosy/cosy.korseq",
-               "format_version: 1\nsequence_type: 2\nnumber_of_sectors: 4\n" +
-                   sector_text(1, "1|1|1|1e-05|waveforms/pulse|0|90 x, optimizeRf[target=IxSz]") +
-                   sector_text(2, "2|1|4|0.005|waveforms/wait|0|t1") +
-                   sector_text(3, "1|1|4|1e-05|waveforms/pulse|0|90 x") +
-                   sector_text(4, "1|4|4|0.02|waveforms/adc|0|adc"));
+    write_file(
+        "sequences/cosy/cosy.korseq",
+        "format_version: 1\nsequence_type: 2\nnumber_of_sectors: 4\n" +
+            sector_text(
+                1,
+                "1|1|1|1e-05|waveforms/pulse|0|90 x, optimizeRf[targetMode=product, productOperator=IxSz]") +
+            sector_text(2, "2|1|4|0.005|waveforms/wait|0|t1") +
+            sector_text(3, "1|1|4|1e-05|waveforms/pulse|0|90 x") +
+            sector_text(4, "1|4|4|0.02|waveforms/adc|0|adc"));
     write_file("sequences/cosy/waveforms/pulse", waveform({157079.63267948964, 0}));
     write_file("sequences/cosy/waveforms/wait", waveform({0, 0}));
     write_file("sequences/cosy/waveforms/adc", std::string(64, '\0'));
+    write_file("models/fid.kormodel", model_text("fid", ("ndx: 1\nndy: 1\nndz: 1\n" + points).c_str()));
+    write_file(
+        "sequences/fid/fid.korseq",
+        "format_version: 1\nsequence_type: 2\nnumber_of_sectors: 2\n" +
+            sector_text(1,
+                        "1|16|1|0.001|waveforms/pulse|0|optimizeRf[targetMode=product, productOperator=Ix]") +
+            sector_text(2, "1|8|1|0.1|waveforms/adc|0|adc"));
+    write_file("sequences/fid/waveforms/pulse",
+               repeated_sample(1570.7963267948966, 16) + std::string(16 * sizeof(double), '\0'));
+    write_file("sequences/fid/waveforms/adc", std::string(128, '\0'));
 }
 
 Answers::Answers(const std::string& answers) {

@@ -18,8 +18,9 @@ std::string read_file(const std::string& name);
 /// Removes everything in the tree but the working directory TREE/build/runtime, and enters that again.
 void clear_tree();
 
-/// Two small model sets as a user has them: TREE/models/slice.kormodel (a pair of spins 1/2, three voxels, a
-/// pulse and a receiver of 4 samples) and TREE/models/cosy.kormodel (four evolution rows).
+/// Three small model sets of a pair of spins 1/2, as a user has them: TREE/models/slice.kormodel (three
+/// voxels, a pulse and a receiver of 4 samples), cosy.kormodel (four evolution rows) and fid.kormodel (a
+/// pulse of 16 samples that names a target for the optimiser).
 void write_small_models();
 
 /// Until its end the process reads `answers` as standard input; nothing after them.
