@@ -46,13 +46,15 @@ int prepare(const FastSector& fast) {
         g_blocks = diagonalise_blocks(s.n, s.h0);
         g_diagonalised = s.h0;
     }
-    g_whole = {};
+    long double x = 0.0L, y = 0.0L, z = 0.0L; // gradients may cancel
     for (const Step& step : fast.list.steps) {
-        g_whole.time += step.h;
-        g_whole.x += step.h * step.gx;
-        g_whole.y += step.h * step.gy;
-        g_whole.z += step.h * step.gz;
+        const long double h = step.h;
+        x += h * step.gx;
+        y += h * step.gy;
+        z += h * step.gz;
     }
+    g_whole = {fast.sector.samples.count * fast.sector.samples.dt, static_cast<double>(x),
+               static_cast<double>(y), static_cast<double>(z)};
     make_static_part(s, g_whole.time);
     return 1;
 }

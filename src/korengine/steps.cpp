@@ -44,26 +44,43 @@ bool equal_samples(const Step& a, const Step& b) {
     return a.bx == b.bx && a.by == b.by && a.gx == b.gx && a.gy == b.gy && a.gz == b.gz;
 }
 
-/// Joins `next` to `step`: equal samples last longer, and without RF all commutes, so that the mean
-/// gradient serves.
-void join(Step& step, const Step& next) {
-    if (!equal_samples(step, next)) {
-        const double whole = step.h + next.h;
-        step.gx += (next.gx - step.gx) * (next.h / whole);
-        step.gy += (next.gy - step.gy) * (next.h / whole);
-        step.gz += (next.gz - step.gz) * (next.h / whole);
+/// The samples of the last step, all of one length. Their sums carry more digits than the step: a duration
+/// summed in the step's own would drift with every sample, by as much as 1e-13 of itself.
+struct JoinedSamples {
+    int count = 0;
+    long double gx = 0.0L, gy = 0.0L, gz = 0.0L;
+
+    void add(const Step& sample) {
+        ++count;
+        gx += sample.gx;
+        gy += sample.gy;
+        gz += sample.gz;
     }
-    step.h += next.h;
+};
+
+/// Joins the last of `samples`, `next`, to `step`: equal samples last longer, and without RF all commutes, so
+/// that the mean gradient serves.
+void join(Step& step, const Step& next, const JoinedSamples& samples) {
+    if (!equal_samples(step, next)) {
+        step.gx = static_cast<double>(samples.gx / samples.count);
+        step.gy = static_cast<double>(samples.gy / samples.count);
+        step.gz = static_cast<double>(samples.gz / samples.count);
+    }
+    step.h = samples.count * next.h;
+    step.angle += next.angle;
 }
 
-void append(const Step& step, double max_angle, std::vector<Step>& steps) {
+/// `samples` are those of the last step, before and after.
+void append(const Step& step, double max_angle, std::vector<Step>& steps, JoinedSamples& samples) {
     Step* last = steps.empty() ? nullptr : &steps.back();
     const bool joins = last && (equal_samples(*last, step) || (without_field(*last) && without_field(step)));
     if (joins && last->angle + step.angle <= max_angle) {
-        join(*last, step);
-        last->angle += step.angle;
+        samples.add(step);
+        join(*last, step, samples);
     } else {
         steps.push_back(step);
+        samples = {};
+        samples.add(step);
     }
 }
 
@@ -110,6 +127,7 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
     out = StepList{};
     out.steps = std::move(steps);
     double unsound = 0.0;
+    JoinedSamples joined;
     for (int j = 0; j < samples.count; ++j) {
         Step step = sample_as_step(samples, j);
         const double offset = largest_offset(step, reach, samples.offset);
@@ -121,7 +139,7 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
         step.angle =
             exponent_bound(structure, std::fabs(step.h), std::fabs(step.h) * offset, step.h * step.b);
         if (samples.dt != 0.0) { // else exactly the identity
-            append(step, max_angle, out.steps);
+            append(step, max_angle, out.steps, joined);
         }
     }
     out.reference_norm += unsound;
