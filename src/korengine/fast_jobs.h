@@ -6,7 +6,8 @@
 namespace kor {
 
 /// D = sum of c[k] X^k and S = A (sum of t[k] X^k), X = A^2, approximate cos A - 1 and sin A up to a bound
-/// of |A|. The powers X..X^powers are formed; with `high` the degree is 2 powers, else powers.
+/// of |A|. c[0] = 0, so that a vanishing A leaves nothing to grow with halvings undone or steps. The powers
+/// X..X^powers are formed; with `high` the degree is 2 powers, else powers.
 struct TrigPolynomial {
     double bound;
     int powers;

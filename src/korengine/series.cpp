@@ -21,13 +21,20 @@ long double sine_over(long double x) {
     return x < 1e-9L ? 1.0L - x * x / 6.0L : std::sin(x) / x;
 }
 
-/// Coefficients of f on 0 <= x <= top in Chebyshev polynomials of 2 x / top - 1.
-template <typename Function> Series chebyshev_coefficients(Function f, long double top) {
+struct Range {
+    long double low, high;
+
+    long double middle() const { return 0.5L * (low + high); }
+    long double half() const { return 0.5L * (high - low); }
+};
+
+/// Coefficients of f(x), x in the range, in Chebyshev polynomials of (x - middle) / half.
+template <typename Function> Series chebyshev_coefficients(Function f, const Range& range) {
     Series a{};
     for (int i = 0; i < kNodes; ++i) {
         const long double angle = kPi * (i + 0.5L) / kNodes;
         const long double node = std::cos(angle);
-        const long double value = f(0.5L * top * (1.0L + node));
+        const long double value = f(range.middle() + range.half() * node);
         long double previous = node, current = 1.0L; // cos(-angle) and cos(0)
         for (int k = 0; k < kNodes; ++k) {
             a[static_cast<std::size_t>(k)] += (k == 0 ? 1.0L : 2.0L) / kNodes * value * current;
@@ -40,15 +47,16 @@ template <typename Function> Series chebyshev_coefficients(Function f, long doub
 }
 
 /// The first `degree` terms as powers of x.
-void to_powers(const Series& a, int degree, long double top, double* out) {
+void to_powers(const Series& a, int degree, const Range& range, double* out) {
     Series sum{}, previous{}, current{};
-    current[0] = 1.0L; // T_0; T_(k+1) = 2 (2 x / top - 1) T_k - T_(k-1)
+    current[0] = 1.0L; // T_0; T_(k+1) = 2 (x - middle) / half T_k - T_(k-1)
     for (int k = 0; k <= degree; ++k) {
         Series next{};
         for (std::size_t p = 0; p <= static_cast<std::size_t>(degree); ++p) {
             sum[p] += a[static_cast<std::size_t>(k)] * current[p];
-            const long double shifted = p > 0 ? 2.0L / top * current[p - 1] : 0.0L;
-            next[p] = k == 0 ? shifted - current[p] : 2.0L * (shifted - current[p]) - previous[p];
+            const long double raised = p > 0 ? current[p - 1] : 0.0L;
+            const long double turned = (raised - range.middle() * current[p]) / range.half();
+            next[p] = k == 0 ? turned : 2.0L * turned - previous[p];
         }
         previous = current;
         current = next;
@@ -58,17 +66,29 @@ void to_powers(const Series& a, int degree, long double top, double* out) {
     }
 }
 
+/// cos(sqrt(x)) - 1, also for the x < 0 that continue it.
+long double cosine_less_one(long double x) {
+    const long double half = 0.5L * std::sqrt(std::fabs(x));
+    const long double half_sine = x < 0.0L ? std::sinh(half) : std::sin(half);
+    return (x < 0.0L ? 2.0L : -2.0L) * half_sine * half_sine;
+}
+
+/// The range that makes the first term left out, T_(degree + 1), vanish at 0 and ends at top.
+Range range_with_root_at_zero(int degree, long double top) {
+    const long double root = std::cos(0.5L * kPi / (degree + 1)); // the outermost
+    return {-top * (1.0L - root) / (1.0L + root), top};
+}
+
 TrigPolynomial make_polynomial(double bound, int powers, bool high) {
     TrigPolynomial p{bound, powers, high, {}, {}};
     const int degree = high ? 2 * powers : powers;
     const long double top = static_cast<long double>(bound) * bound;
-    const auto cosine_less_one = [](long double x) {
-        const long double half_sine = std::sin(0.5L * std::sqrt(x));
-        return -2.0L * half_sine * half_sine;
-    };
+    const Range stretched = range_with_root_at_zero(degree, top);
+    to_powers(chebyshev_coefficients(cosine_less_one, stretched), degree, stretched, p.c);
+    p.c[0] = 0.0; // but for the terms behind the first one left out, it is
     const auto sine = [](long double x) { return sine_over(std::sqrt(x)); };
-    to_powers(chebyshev_coefficients(cosine_less_one, top), degree, top, p.c);
-    to_powers(chebyshev_coefficients(sine, top), degree, top, p.t);
+    const Range range{0.0L, top};
+    to_powers(chebyshev_coefficients(sine, range), degree, range, p.t);
     return p;
 }
 
@@ -76,8 +96,8 @@ TrigPolynomial make_polynomial(double bound, int powers, bool high) {
 /// products of matrices.
 const std::array<TrigPolynomial, 5>& polynomials() {
     static const std::array<TrigPolynomial, 5> ladder = {
-        make_polynomial(0.0115, 2, false), make_polynomial(0.069, 3, false), make_polynomial(0.21, 2, true),
-        make_polynomial(0.82, 3, true), make_polynomial(1.87, 4, true)};
+        make_polynomial(0.0110, 2, false), make_polynomial(0.067, 3, false), make_polynomial(0.208, 2, true),
+        make_polynomial(0.81, 3, true), make_polynomial(1.82, 4, true)};
     return ladder;
 }
 

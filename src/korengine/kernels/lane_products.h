@@ -81,8 +81,8 @@ template <int N> void symmetric_product(const Lanes* a, const Lanes* b, const La
     }
 }
 
-/// low = c[0] + sum of c[k] X^k, k = 1..Q; high = sum of c[Q + k] X^k, left alone unless wanted. The same
-/// for t.
+/// low = sum of c[k] X^k, k = 1..Q; high = sum of c[Q + k] X^k, left alone unless wanted. The same for t,
+/// from k = 0.
 template <int N, int Q>
 void combine_powers(const TrigPolynomial& p, const Lanes* const* x, Lanes* low_c, Lanes* low_t, Lanes* high_c,
                     Lanes* high_t) {
@@ -111,7 +111,6 @@ void combine_powers(const TrigPolynomial& p, const Lanes* const* x, Lanes* low_c
         }
     }
     for (int i = 0; i < N; ++i) {
-        low_c[i * N + i] += p.c[0];
         low_t[i * N + i] += p.t[0];
     }
 }

@@ -35,16 +35,19 @@ struct HalfAngle {
         c = c * reduced + p.c[k];
         t = t * reduced + p.t[k];
     }
-    c = c * reduced + (1.0 + p.c[0]);
     t = t * reduced + p.t[0];
+    if (plan.squarings == 0) {
+        return {c * reduced + 1.0, t};
+    }
+    Lanes d = c * reduced; // cosine - 1, in which a small turn keeps its digits
     Lanes y = reduced;
     for (int q = 0; q < plan.squarings; ++q) {
-        const Lanes doubled = c * c - t * t * y;
-        t = c * t;
-        c = doubled;
+        const Lanes doubled = d * (d + 2.0) - t * t * y;
+        t += d * t;
+        d = doubled;
         y *= 4.0;
     }
-    return {c, t};
+    return {d + 1.0, t};
 }
 
 /// A turn by its first row (alpha, beta); the second is (-conj(beta), conj(alpha)).
