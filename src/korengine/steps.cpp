@@ -14,8 +14,9 @@ struct Reach {
     double x, y, z;
 };
 
+/// Not a number when the last place is not one.
 double axis_reach(int count, double first, double step) {
-    return std::max(std::fabs(first), std::fabs((count - 1) * step + first));
+    return std::max(std::fabs((count - 1) * step + first), std::fabs(first));
 }
 
 Step sample_as_step(const EngineSamples& samples, int j) {
@@ -126,7 +127,7 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
     steps.clear();
     out = StepList{};
     out.steps = std::move(steps);
-    double unsound = 0.0;
+    double unsound = 0.0; // x - x is 0 for a finite x and not a number for any other
     JoinedSamples joined;
     for (int j = 0; j < samples.count; ++j) {
         Step step = sample_as_step(samples, j);
@@ -134,8 +135,9 @@ void make_steps(const EngineSector& sector, const SystemStructure& structure, do
         set_own_direction(step);
         const double norm = structure.h0_bound + structure.field_bound * offset +
                             structure.fx_row_sum * (std::fabs(step.bx) + std::fabs(step.by));
-        unsound += norm - norm;
-        out.reference_norm = std::max(out.reference_norm, std::fabs(step.h) * norm);
+        const double reference_norm = std::fabs(step.h) * norm;
+        unsound += reference_norm - reference_norm;
+        out.reference_norm = std::max(out.reference_norm, reference_norm);
         step.angle =
             exponent_bound(structure, std::fabs(step.h), std::fabs(step.h) * offset, step.h * step.b);
         if (samples.dt != 0.0) { // else exactly the identity

@@ -128,6 +128,12 @@ TEST_P(FastPlan, LeavesWhatIsNotFiniteToTheReference) {
         problem = two_spins(166, 4);
         problem.wave.offset = value;
         EXPECT_EQ(plan_of(problem.sector()), "reference");
+        problem = two_spins(166, 4);
+        EngineGrid grid = small_grid();
+        grid.dy = value;
+        EXPECT_EQ(plan_of(problem.sector(grid)), "reference");
+        problem.wave.dt = value;
+        EXPECT_EQ(plan_of(problem.sector()), "reference");
     }
 }
 
