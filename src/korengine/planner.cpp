@@ -27,6 +27,8 @@ constexpr double kMaxReferenceNorm = 0.5 * (1 << 24);
 /// Beyond this |H dt| the squarings of the reference are cheaper than the columns' long series.
 constexpr double kMaxColumnNorm = 1024.0;
 constexpr std::size_t kKeptBytes = std::size_t{128} << 20;
+/// What a block's record and its two allocations take beside the propagators.
+constexpr std::size_t kBlockOverhead = 384;
 
 FastSector g_fast;
 const Way* g_way = nullptr; // null: the reference
@@ -56,7 +58,7 @@ const Way* choose_way() {
 
 void make_room_for_blocks() {
     const auto n = static_cast<std::size_t>(g_fast.structure.n);
-    const std::size_t block_bytes = 16 * n * n * static_cast<std::size_t>(g_block_classes);
+    const std::size_t block_bytes = 16 * n * n * static_cast<std::size_t>(g_block_classes) + kBlockOverhead;
     const long long blocks = (g_fast.classes.count() + g_block_classes - 1) / g_block_classes;
     const std::size_t slots =
         std::clamp<std::size_t>(kKeptBytes / block_bytes, 1, static_cast<std::size_t>(blocks));
