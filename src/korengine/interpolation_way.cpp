@@ -20,6 +20,10 @@ namespace {
 constexpr int kFewestClasses = 3; // per node
 constexpr int kTogether = 16;     // classes computed by one call
 constexpr double kAgreement = 5e-14;
+/// Beyond this reach the rounding of a coordinate alone turns a propagator by more than a check allows.
+constexpr double kMaxReach = 4.0 * kAgreement / DBL_EPSILON;
+/// Below it a gradient turns nothing, and its square has lost its digits.
+constexpr double kSmallestSquare = 1e-280;
 constexpr std::size_t kMostBytes = std::size_t{128} << 20;
 
 struct Interpolation {
@@ -39,7 +43,7 @@ double coordinate(const VoxelPlace& place) {
     return g.direction.x * place.x + g.direction.y * place.y + g.direction.z * place.z;
 }
 
-/// Sets the direction; false when the gradients have more than one.
+/// Sets the direction; false when the gradients have more than one, or none.
 bool one_direction(const std::vector<Step>& steps) {
     double strongest = 0.0;
     for (const Step& step : steps) {
@@ -50,7 +54,7 @@ bool one_direction(const std::vector<Step>& steps) {
         }
     }
     const VoxelPlace& d = g.direction;
-    return strongest > 0.0 && std::all_of(steps.begin(), steps.end(), [&](const Step& step) {
+    return strongest > kSmallestSquare && std::all_of(steps.begin(), steps.end(), [&](const Step& step) {
                const double across = std::fabs(step.gx * d.y - step.gy * d.x) +
                                      std::fabs(step.gy * d.z - step.gz * d.y) +
                                      std::fabs(step.gz * d.x - step.gx * d.z);
@@ -213,11 +217,12 @@ void evaluate(const double* s, int count) {
 bool agrees(const VoxelPlace& place, const double* row) {
     const double s = coordinate(place);
     evaluate(&s, 1);
-    double worst = 0.0;
     for (int e = 0; e < g.width; ++e) {
-        worst = std::max(worst, std::fabs(g.values[static_cast<std::size_t>(e)] - row[e]));
+        if (!(std::fabs(g.values[static_cast<std::size_t>(e)] - row[e]) <= kAgreement)) {
+            return false;
+        }
     }
-    return worst <= kAgreement;
+    return true;
 }
 
 int prepare(const FastSector&) {
@@ -260,8 +265,11 @@ bool prepare_interpolation(const Way& inner, const FastSector& fast) {
     }
     find_range(fast.sector.grid);
     const double reach = reach_of(fast);
+    if (!(reach <= kMaxReach) || !(g.high - g.low > DBL_MIN)) {
+        return false;
+    }
     g.nodes = chebyshev_terms(reach);
-    if (fast.classes.count() < static_cast<long long>(kFewestClasses) * g.nodes || !(g.high > g.low)) {
+    if (fast.classes.count() < static_cast<long long>(kFewestClasses) * g.nodes) {
         return false;
     }
     plan_panels(reach, static_cast<double>(fast.classes.count()));

@@ -223,6 +223,39 @@ TEST_P(FastSymmetry, InterpolatesToTheCornersOfFewAndManyVoxels) {
     }
 }
 
+TEST_P(FastSymmetry, ComputesTheVoxelsOfASteepGradientOneByOne) {
+    // 30,000 turns over the grid: nodes enough for the voxels would fill the memory, and roundings be seen.
+    Random random(198);
+    RandomWaveform wave = random_waveform(random, 2048, 0);
+    wave.dt = 1e-4;
+    for (std::size_t j = 0; j < 2048; ++j) {
+        wave.xb[j] = 300.0 * std::sin(0.1 * static_cast<double>(j));
+        wave.yb[j] = 0.0;
+        wave.gx[j] = 1.5e5;
+        wave.gy[j] = 0.37 * 1.5e5;
+        wave.gz[j] = -0.61 * 1.5e5;
+    }
+    const EngineCase problem(random_system(random, {1}, Coupling::weak), wave);
+    const double step = 1.0 / 128.0;
+    EngineOpenSector(problem.sector({256, 256, 256, -1.0, -1.0, -1.0, step, step, step}));
+    EXPECT_STREQ(EngineSectorPlan(), "lanes");
+    const Dense expected = problem.expected(-0.25, 0.5, 99.0 * step - 1.0);
+    EXPECT_LE(distance(propagator(2, 97, 193, 100), expected), problem.tolerance());
+}
+
+TEST_P(FastSymmetry, SeesNoDirectionInGradientsThatTurnNothing) {
+    Random random(199);
+    for (const double gradient : {1e-162, 1e-310}) { // whose squares are no numbers of full length
+        RandomWaveform wave = random_waveform(random, 400, 0);
+        wave.gx.assign(400, gradient);
+        wave.gy.assign(400, 0.3 * gradient);
+        const EngineCase problem(random_system(random, {1, 1, 1}, Coupling::exact), wave);
+        EngineOpenSector(problem.sector({256, 2, 1, -1.0, 0.0, 0.0, 0.01, 0.1, 0.0}));
+        EXPECT_STREQ(EngineSectorPlan(), "lanes");
+        EXPECT_LE(distance(propagator(8, 200, 2, 1), problem.expected(0.0, 0.0, 0.0)), problem.tolerance());
+    }
+}
+
 TEST_P(FastSymmetry, InterpolatesBlocksOfAlikeSpins) {
     Random random(195);
     const Grouped grouped = grouped_spins(random, {0, 1, 1, 1}, Coupling::exact);
