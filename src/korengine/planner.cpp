@@ -184,11 +184,11 @@ void fast_rotate_rows(const EngineSector& sector, int first, int count, double* 
     once = g_fast.list.steps;
     for (int k = 0; k < count; ++k) {
         const int times = first + k - 1;
+        g_fast.sector.samples.dt = times * sector.samples.dt;
         if (free) {
             g_identity = times == 0;
             stretch_free_steps(once, times);
         } else {
-            g_fast.sector.samples.dt = times * sector.samples.dt;
             plan_open_sector(covered);
         }
         fast_rotate_voxels(1, 1, states + static_cast<std::size_t>(k) * state);
