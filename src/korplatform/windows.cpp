@@ -6,6 +6,7 @@
 #include <string>
 
 #include <direct.h>
+#include <fcntl.h>
 #include <io.h>
 #include <process.h>
 #include <windows.h>
@@ -14,6 +15,7 @@ namespace kor {
 namespace {
 
 constexpr DWORD EXECUTABLE_NAME_SIZE = 260;
+constexpr DWORD FOLDER_NAME_SIZE = MAX_PATH - 12; // a folder leaves room for a short file name in it
 constexpr UINT UTF8_CODE_PAGE = 65001;
 
 int copy_text(const std::string& text, char* out, std::size_t cap) {
@@ -43,8 +45,13 @@ bool ends_in_ignoring_case(const std::string& name, const std::string& end) {
     return name.size() >= end.size() && _stricmp(name.c_str() + name.size() - end.size(), end.c_str()) == 0;
 }
 
-int status_of(int result) {
-    return result == 0 ? 0 : errno;
+/// Whether the full name that the path stands for, with its terminator, is more than `size` characters long.
+/// (The function for narrow characters gives up on such names.)
+bool is_longer_than(DWORD size, const char* path) {
+    const int length = static_cast<int>(std::strlen(path)) + 1;
+    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, path, length, wide.data(), length);
+    return GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr) > size;
 }
 
 using FileIdentity = BY_HANDLE_FILE_INFORMATION;
@@ -60,6 +67,73 @@ bool identify(const char* path, FileIdentity& file) {
     CloseHandle(handle);
     return known;
 }
+
+/// 0, or the errno value of a call that failed on the path. The runtime library calls a name that is too long
+/// missing.
+int status_of(int result, const char* path, DWORD size = MAX_PATH) {
+    if (result == 0)
+        return 0;
+    if ((errno == ENOENT || errno == EINVAL) && is_longer_than(size, path))
+        errno = ENAMETOOLONG;
+    return errno;
+}
+
+bool is_folder(const char* path) {
+    const DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool is_file(const char* path) {
+    return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES && !is_folder(path);
+}
+
+/// The errno value of a failed call of the system.
+int error_value(DWORD system_error) {
+    switch (system_error) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+        return ENOENT;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+        return EACCES;
+    case ERROR_NOT_SAME_DEVICE:
+        return EXDEV;
+    case ERROR_INVALID_NAME:
+        return EINVAL;
+    case ERROR_DISK_FULL:
+        return ENOSPC;
+    default:
+        return EIO;
+    }
+}
+
+bool is_on_search_path(const char* program) {
+    char found[MAX_PATH];
+    for (const char* extension : {".exe", ".com", ".bat", ".cmd"})
+        if (SearchPathA(nullptr, program, extension, sizeof found, found, nullptr) != 0)
+            return true;
+    return false;
+}
+
+/// Standard input is empty for the programs started in its lifetime.
+class NoInputForChildren {
+public:
+    NoInputForChildren() : before_(_dup(0)) {
+        const int nothing = _open("NUL", _O_RDONLY);
+        _dup2(nothing, 0);
+        _close(nothing);
+    }
+    ~NoInputForChildren() {
+        _dup2(before_, 0);
+        _close(before_);
+    }
+    NoInputForChildren(const NoInputForChildren&) = delete;
+    NoInputForChildren& operator=(const NoInputForChildren&) = delete;
+
+private:
+    int before_;
+};
 
 } // namespace
 
@@ -91,30 +165,35 @@ bool platform_path_is_absolute(const char* path) {
 }
 
 std::FILE* platform_open(const char* path, const char* mode) {
-    return std::fopen(path ? path : "", mode);
+    const char* const name = path ? path : "";
+    std::FILE* file = std::fopen(name, mode);
+    if (!file && status_of(-1, name) == EACCES && is_folder(name))
+        errno = EISDIR;
+    return file;
 }
 
 int platform_remove(const char* path) {
-    return status_of(std::remove(path ? path : ""));
+    const char* const name = path ? path : "";
+    return status_of(std::remove(name), name);
 }
 
 int platform_rename(const char* from, const char* to) {
     if (!from || !to)
         return errno = ENOENT;
-    // rename refuses an existing target here.
-    if (std::rename(from, to) == 0)
+    // The runtime library's rename refuses an existing target; the system replaces it in one step.
+    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING))
         return 0;
-    const int refused = errno;
-    if (_access(from, 0) != 0 || std::remove(to) != 0)
-        return errno = refused;
-    return status_of(std::rename(from, to));
+    errno = error_value(GetLastError());
+    return status_of(-1, is_longer_than(MAX_PATH, from) ? from : to);
 }
 
 int platform_make_dir(const char* path) {
-    const int error = status_of(_mkdir(path ? path : ""));
-    const DWORD attributes = GetFileAttributesA(path ? path : "");
-    const bool folder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    return errno = error != 0 && folder ? EEXIST : error;
+    const char* const name = path ? path : "";
+    const int error = status_of(_mkdir(name), name, FOLDER_NAME_SIZE);
+    if (error != 0 && is_folder(name))
+        return errno = EEXIST;
+    const std::string parent = std::string(name).substr(0, std::string(name).find_last_of("\\/"));
+    return errno = error == ENOENT && is_file(parent.c_str()) ? ENOTDIR : error;
 }
 
 bool platform_may_replace(const char* path) {
@@ -135,7 +214,9 @@ bool platform_same_file(const char* a, const char* b) {
 }
 
 int platform_change_dir(const char* path) {
-    return status_of(_chdir(path ? path : ""));
+    const char* const name = path ? path : "";
+    const int error = status_of(_chdir(name), name);
+    return error != 0 && is_file(name) ? errno = ENOTDIR : error;
 }
 
 int platform_current_dir(char* out, std::size_t cap) {
@@ -204,13 +285,19 @@ void platform_clear_console() {
 }
 
 bool platform_input_is_terminal() {
-    return _isatty(_fileno(stdin)) != 0;
+    // _isatty also takes the empty device NUL for a terminal.
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
 }
 
 int platform_open_plot(const char* script_name) {
+    // "start" would report a missing program in a dialog box.
+    if (!is_on_search_path("gnuplot"))
+        return ENOENT;
     const std::string name = script_name ? script_name : "";
     const std::string command = "start \"gnuplot\" /B gnuplot -persist \"" + name + "\"";
-    return std::system(command.c_str()) == 0 ? 0 : ENOENT;
+    const NoInputForChildren no_input;
+    return std::system(command.c_str()) == 0 ? 0 : EIO;
 }
 
 } // namespace kor
