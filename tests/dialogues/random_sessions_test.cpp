@@ -2,9 +2,11 @@
 // a child, a copy of this test program in a throwaway tree, since the default folders lie beside the program.
 #include "kor-entry.h"
 #include "kor/runtime_state.h"
+#include "korplatform.h"
 #include "support/composer_sessions.h"
 #include "support/composer_state.h"
 #include "support/console_script.h"
+#include "support/environment.h"
 #include "support/run_program.h"
 #include "support/temp_tree.h"
 
@@ -135,13 +137,15 @@ TEST(RandomSessions, EndInGoodOrder) {
     TempTree tree;
     tree.make_folder("build");
     tree.write("work/series.txt", "1\n2\n3\n");
-    fs::copy_file(fs::read_symlink("/proc/self/exe"), tree.path("build/player"));
-    setenv(CHILD, "1", 1);
+    char program[300];
+    ASSERT_EQ(kor::platform_executable_file(program, sizeof program), 1);
+    fs::copy_file(program, tree.path("build/player"));
+    set_variable(CHILD, "1");
     const ProgramResult player = run_program({.executable = tree.path("build/player"),
                                               .arguments = {"--gtest_filter=RandomSessions.EndInGoodOrder"},
                                               .working_dir = tree.path("work"),
                                               .timeout_s = 600.0});
-    unsetenv(CHILD);
+    remove_variable(CHILD);
     EXPECT_EQ(player.status, 0) << player.out << player.err;
     EXPECT_FALSE(player.timed_out);
     EXPECT_EQ(tree.read(std::string("work/") + PROGRESS_FILE), std::to_string(FIRST_SEED + SESSIONS - 1))

@@ -8,6 +8,7 @@
 #include "korplatform.h"
 #include "rfwaveformfile.h"
 #include "support/console_script.h"
+#include "support/ordinary_user.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -21,11 +22,11 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 namespace {
 
 using kor::g_runtime;
+using kor_test::ConsoleOutput;
+using kor_test::OrdinaryUser;
 using kor_test::play_console;
 using kor_test::TempTree;
 
@@ -326,11 +327,11 @@ TEST(OfferWriteback, AReadOnlyFileIsNotReplaced) {
                                  std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
     g_runtime.ap = 64;
     std::fill_n(g_runtime.xb, 64, 1.0);
-    // The superuser may write everywhere; the effective user decides.
-    const uid_t user = geteuid();
-    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
-    const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
-    ASSERT_EQ(seteuid(user), 0);
+    ConsoleOutput console;
+    {
+        const OrdinaryUser rights;
+        console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
+    }
     EXPECT_EQ(console.err, "pulse: Permission denied\n"
                            "The waveform file pulse could not be written and was left as it was.\n");
     EXPECT_EQ(console.out, ask_write_back);

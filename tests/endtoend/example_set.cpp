@@ -69,7 +69,7 @@ std::vector<ProfilePoint> ExampleSet::profile(const std::string& name,
                                               const std::string& operator_expression) const {
     const fs::path csv = root() / "profile.csv";
     command({"--expectation-profile", model(name), program_.result(name), operator_expression, csv.string()});
-    std::istringstream in(kor_test::read_file(csv));
+    std::istringstream in(kor_test::read_text(csv));
     std::string line;
     std::getline(in, line);
     EXPECT_EQ(line, "# index,x_cm,y_cm,z_cm,expectation_re,expectation_im");

@@ -86,7 +86,7 @@ TEST_F(CommandLine, ShowsTheMenuForAnyOtherFormWithoutAMessage) {
 TEST_F(CommandLine, WorksInTheRuntimeFolderBesideTheExecutable) {
     program_.run({});
     EXPECT_EQ(tree_.names(), Names{"build"});
-    EXPECT_EQ(tree_.names("build"), (Names{"kor", "runtime"}));
+    EXPECT_EQ(tree_.names("build"), (Names{program_file(), "runtime"}));
     EXPECT_EQ(tree_.names("build/runtime"), Names{});
 }
 
@@ -200,9 +200,8 @@ TEST_F(RunModelMode, TakesBackslashesForSeparators) {
 
 TEST_F(RunModelMode, GivesTwoProcessesAtOnceTheirOwnFolders) {
     const std::string path = program_.write_model(two_spin_model("two"));
-    const ProgramCall call = {.executable = tree_.path("build/kor"),
-                              .arguments = {"--run-model", path},
-                              .working_dir = tree_.path()};
+    const ProgramCall call = {
+        .executable = program_.executable(), .arguments = {"--run-model", path}, .working_dir = tree_.path()};
     const std::vector<ProgramResult> results = run_programs_together({call, call, call});
     for (const ProgramResult& result : results)
         EXPECT_EQ(result.status, 0) << result.err;
@@ -244,8 +243,8 @@ TEST_F(RuntimeFolder, WarnsWhenTheExecutablesFolderIsReadOnly) {
     fs::permissions(tree_.root(), fs::perms::owner_all | fs::perms::others_exec);
     fs::permissions(tree_.path("build"),
                     fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_exec);
-    const ProgramResult result = run_program(
-        {.executable = tree_.path("build/kor"), .working_dir = tree_.path(), .unprivileged = true});
+    const ProgramResult result =
+        run_program({.executable = program_.executable(), .working_dir = tree_.path(), .unprivileged = true});
     fs::permissions(tree_.path("build"), fs::perms::owner_all);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out,
@@ -257,8 +256,8 @@ TEST_F(RuntimeFolder, IsTheStartingFolderForAnExecutableThatCannotBeNamed) {
     const std::string path = program_.write_model(two_spin_model("two"));
     tree_.make_folder(deep);
     tree_.make_folder("start");
-    fs::copy_file(kor_program(), tree_.path(deep + "/kor"));
-    const ProgramResult result = run_program({.executable = tree_.path(deep + "/kor"),
+    fs::copy_file(kor_program(), tree_.path(deep + "/" + program_file()));
+    const ProgramResult result = run_program({.executable = tree_.path(deep + "/" + program_file()),
                                               .arguments = {"--run-model", "../models/two.kormodel"},
                                               .working_dir = tree_.path("start")});
     EXPECT_EQ(result.status, 0) << result.err;
@@ -268,7 +267,7 @@ TEST_F(RuntimeFolder, IsTheStartingFolderForAnExecutableThatCannotBeNamed) {
                               "directory for run scratch files.\n";
     EXPECT_EQ(result.out.substr(0, begin.size()), begin);
     EXPECT_TRUE(tree_.exists("start/dm.bin"));
-    EXPECT_EQ(tree_.names(deep), Names{"kor"});
+    EXPECT_EQ(tree_.names(deep), Names{program_file()});
 }
 
 TEST_F(ExpectationProfileMode, WritesRelativePathsFromTheRuntimeFolder) {

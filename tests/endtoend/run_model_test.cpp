@@ -290,7 +290,7 @@ TEST(ExpectationProfile, EveryVoxelHasRotatedAsItsFieldsSay) {
         ASSERT_EQ(run.status, 0) << run.err;
         EXPECT_TRUE(contains(run.out, std::string("Wrote expectation profile for ") + operators[component] +
                                           " to " + output + "\n"));
-        std::istringstream csv(read_file(output));
+        std::istringstream csv(read_text(output));
         std::string line;
         std::getline(csv, line);
         EXPECT_EQ(line, "# index,x_cm,y_cm,z_cm,expectation_re,expectation_im");

@@ -1,5 +1,7 @@
 #include "support/build_paths.h"
 
+#include <filesystem>
+
 namespace kor_test {
 
 const char* kor_program() {
@@ -7,6 +9,9 @@ const char* kor_program() {
 }
 const char* reference_program() {
     return KOR_REFERENCE_EXECUTABLE;
+}
+std::string program_file() {
+    return std::filesystem::path(kor_program()).filename().string();
 }
 const char* make_waveforms_program() {
     return KOR_MAKE_WAVEFORMS;

@@ -2,6 +2,7 @@
 
 #include "korlimits.h"
 #include "korpaths.h"
+#include "support/plain_text.h"
 
 #include <stdexcept>
 
@@ -25,7 +26,7 @@ std::string rf_output_folder() {
     char folder[kor::KOR_PATH_SIZE];
     if (!kor::KOR_GetDefaultRFOutputDir(folder, sizeof folder))
         throw std::runtime_error("no RF output folder");
-    return folder;
+    return with_slashes(folder);
 }
 
 std::string file_name_question(const std::string& contents, const std::string& leaf) {

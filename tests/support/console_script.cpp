@@ -1,9 +1,11 @@
 #include "support/console_script.h"
 
+#include "support/plain_text.h"
+#include "support/scratch_streams.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <stdexcept>
 
 #include <unistd.h>
@@ -14,7 +16,7 @@ namespace {
 /// Sends one of the process's output streams to a temporary file for its lifetime.
 class Captured {
 public:
-    explicit Captured(std::FILE* stream) : stream_(stream), file_(std::tmpfile()) {
+    explicit Captured(std::FILE* stream) : stream_(stream), file_(open_scratch_file()) {
         std::fflush(stream_);
         before_ = dup(fileno(stream_));
         if (!file_ || before_ < 0 || dup2(fileno(file_), fileno(stream_)) < 0)
@@ -40,7 +42,7 @@ public:
 
     /// Writes to where the stream went before.
     void show(const std::string& printed) const {
-        if (write(before_, printed.data(), printed.size()) < 0)
+        if (write(before_, printed.data(), static_cast<unsigned>(printed.size())) < 0)
             throw std::runtime_error("cannot write to the test's own output");
     }
 
@@ -50,18 +52,6 @@ private:
     int before_;
 };
 
-void set_standard_input(const std::string& answers) {
-    std::string name = (std::filesystem::temp_directory_path() / "kor-answers-XXXXXX").string();
-    const int file = mkstemp(name.data());
-    const bool written =
-        file >= 0 && write(file, answers.data(), answers.size()) == static_cast<ssize_t>(answers.size());
-    close(file);
-    const bool opened = written && std::freopen(name.c_str(), "r", stdin);
-    std::filesystem::remove(name);
-    if (!opened)
-        throw std::runtime_error("cannot replace standard input");
-}
-
 } // namespace
 
 ConsoleOutput play_console(const std::string& answers, const std::function<void()>& action) {
@@ -70,7 +60,7 @@ ConsoleOutput play_console(const std::string& answers, const std::function<void(
     Captured err(stderr);
     const bool failed_before = testing::Test::HasFailure();
     action();
-    ConsoleOutput console = {out.text(), err.text()};
+    ConsoleOutput console = {with_slashes(out.text()), with_slashes(err.text())};
     // The message of a check that failed meanwhile is among what was printed.
     if (testing::Test::HasFailure() && !failed_before)
         out.show(console.out);

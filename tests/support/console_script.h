@@ -7,8 +7,8 @@
 namespace kor_test {
 
 struct ConsoleOutput {
-    std::string out; // standard output
-    std::string err; // standard error
+    std::string out; // standard output, with '/' for Windows' separator
+    std::string err; // standard error, likewise
 };
 
 /// Calls `action` in this process with `answers` as the whole of standard input (it ends behind them) and

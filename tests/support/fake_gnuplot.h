@@ -1,6 +1,7 @@
 // A stand-in for gnuplot on a search path of its own: it notes how it was called.
 #pragma once
 
+#include "support/environment.h"
 #include "support/temp_tree.h"
 
 #include <chrono>
@@ -15,26 +16,20 @@ class FakeGnuplot {
 public:
     explicit FakeGnuplot(const TempTree& folder) : folder_(folder), before_(std::getenv("PATH")) {
         folder.make_folder("bin");
-        ::setenv("PATH", folder.path("bin").c_str(), 1);
+        set_variable("PATH", folder.path("bin"));
     }
-    ~FakeGnuplot() { ::setenv("PATH", before_.c_str(), 1); }
+    ~FakeGnuplot() { set_variable("PATH", before_); }
     FakeGnuplot(const FakeGnuplot&) = delete;
     FakeGnuplot& operator=(const FakeGnuplot&) = delete;
 
     /// It writes its arguments, one per line, and whatever it can read from standard input.
-    void install() const {
-        folder_.write("bin/gnuplot", "#!/bin/sh\n"
-                                     "{ for a in \"$@\"; do echo \"argument $a\"; done\n"
-                                     "  while read line; do echo \"input $line\"; done; } > called.part\n" +
-                                         std::string("PATH=/usr/bin:/bin mv called.part called\n"));
-        std::filesystem::permissions(folder_.path("bin/gnuplot"), std::filesystem::perms::owner_all);
-    }
+    void install() const;
 
     /// What it noted, waiting for it; empty when it was not called within 10 s.
     std::string noted() const {
         for (int wait = 0; wait < 1000 && !folder_.exists("called"); ++wait)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return folder_.exists("called") ? folder_.read("called") : "";
+        return folder_.exists("called") ? with_plain_line_ends(folder_.read("called")) : "";
     }
 
 private:

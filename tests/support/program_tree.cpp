@@ -64,11 +64,15 @@ std::string model_text(const ModelText& model) {
 
 ProgramTree::ProgramTree(const fs::path& root) : root_(fs::canonical(root)) {
     fs::create_directories(root_ / "build");
-    fs::copy_file(kor_test::kor_program(), root_ / "build/kor");
+    fs::copy_file(kor_test::kor_program(), executable());
+}
+
+std::string ProgramTree::executable() const {
+    return root() + "/build/" + program_file();
 }
 
 ProgramResult ProgramTree::run(const std::vector<std::string>& arguments, const std::string& input) const {
-    return run_program({.executable = (root_ / "build/kor").string(),
+    return run_program({.executable = executable(),
                         .arguments = arguments,
                         .input = input,
                         .working_dir = root(),
@@ -85,7 +89,7 @@ std::string ProgramTree::write_model(const ModelText& model) const {
             samples += bytes_of<double>(block);
         write_file(sequence / "waveforms" / ("sector" + std::to_string(k)), samples);
     }
-    const std::string path = (root_ / "models" / (model.name + ".kormodel")).string();
+    const std::string path = root() + "/models/" + model.name + ".kormodel";
     write_file(path, model_text(model));
     return path;
 }

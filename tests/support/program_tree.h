@@ -2,6 +2,7 @@
 // ROOT/sequences, run as a script runs it.
 #pragma once
 
+#include "support/plain_text.h"
 #include "support/run_program.h"
 
 #include <filesystem>
@@ -34,7 +35,7 @@ struct ModelText {
 
 class ProgramTree {
 public:
-    /// Copies the built executable to root/build/kor.
+    /// Copies the built executable to root/build.
     explicit ProgramTree(const std::filesystem::path& root);
 
     /// Runs it in the root of the tree with these arguments; `input` is its standard input.
@@ -43,8 +44,9 @@ public:
     /// <name>.bin.
     std::string write_model(const ModelText& model) const;
 
-    std::string root() const { return root_.string(); }
-    std::string runtime() const { return (root_ / "build/runtime").string(); }
+    std::string root() const { return plain_name(root_); }
+    std::string executable() const;
+    std::string runtime() const { return root() + "/build/runtime"; }
     std::string result(const std::string& name) const { return runtime() + "/results/" + name + ".bin"; }
     /// Waveform file of a sector (from 1), as the loader spells it.
     std::string waveform(const std::string& name, int sector) const;

@@ -1,18 +1,13 @@
 // Spin operators as dense Kronecker products, written apart from the library: the oracle of operator tests.
 #pragma once
 
-#include "spinoperatorlib.h"
+#include "support/dense_reference.h"
 
-#include <Eigen/Dense>
-#include <algorithm>
 #include <cmath>
-#include <complex>
 #include <string>
 #include <vector>
 
 namespace kor_test {
-
-using Dense = Eigen::MatrixXcd;
 
 /// I+ of one spin of quantum number two_i / 2, states with m descending.
 inline Dense spin_plus(int two_i) {
@@ -78,30 +73,6 @@ inline Dense total(const std::vector<int>& two_i, char component, bool unit = fa
         sum += unit && one.norm() > 0.0 ? Dense(one / one.norm()) : one;
     }
     return sum;
-}
-
-inline Dense to_dense(int n, const kor::CMatrix& matrix) {
-    Dense dense(n, n);
-    for (int r = 1; r <= n; ++r)
-        for (int c = 1; c <= n; ++c)
-            dense(r - 1, c - 1) = {matrix[r][c][1], matrix[r][c][2]};
-    return dense;
-}
-
-inline void from_dense(const Dense& dense, kor::CMatrix& matrix) {
-    for (Eigen::Index r = 0; r < dense.rows(); ++r)
-        for (Eigen::Index c = 0; c < dense.cols(); ++c) {
-            matrix[static_cast<int>(r) + 1][c + 1][1] = dense(r, c).real();
-            matrix[static_cast<int>(r) + 1][c + 1][2] = dense(r, c).imag();
-        }
-}
-
-/// Largest difference of two elements.
-inline double distance(const Dense& a, const Dense& b) {
-    return a.size() == 0 ? 0.0 : (a - b).cwiseAbs().maxCoeff();
-}
-inline double distance(const kor::CMatrix& a, const Dense& b) {
-    return distance(to_dense(static_cast<int>(b.rows()), a), b);
 }
 
 } // namespace kor_test

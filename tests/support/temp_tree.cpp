@@ -1,14 +1,28 @@
 #include "support/temp_tree.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
 
 namespace kor_test {
+
+namespace {
+
+fs::path make_unique_folder(const fs::path& parent) {
+    std::random_device random;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const fs::path name = parent / ("kor-test-" + std::to_string(random()));
+        if (fs::create_directory(name))
+            return name;
+    }
+    throw std::runtime_error("no temporary folder");
+}
+
+} // namespace
 
 ScopedChdir::ScopedChdir(const fs::path& dir) : before_(fs::current_path()) {
     fs::current_path(dir);
@@ -28,10 +42,7 @@ fs::path memory_folder() {
 TempTree::TempTree() : TempTree(fs::temp_directory_path()) {}
 
 TempTree::TempTree(const fs::path& parent) : before_(fs::current_path()) {
-    std::string name = (parent / "kor-test-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        throw std::runtime_error("no temporary folder");
-    root_ = fs::canonical(name);
+    root_ = fs::canonical(make_unique_folder(parent));
     fs::current_path(root_);
 }
 
@@ -42,26 +53,26 @@ TempTree::~TempTree() {
 }
 
 void TempTree::write(const std::string& name, const std::string& bytes) const {
-    write_file(root_ / name, bytes);
+    write_file(below(name), bytes);
 }
 
 std::string TempTree::read(const std::string& name) const {
-    return read_file(root_ / name);
+    return read_file(below(name));
 }
 
 void TempTree::make_folder(const std::string& name) const {
-    fs::create_directories(root_ / name);
+    fs::create_directories(below(name));
 }
 
 bool TempTree::exists(const std::string& name) const {
-    return fs::exists(root_ / name);
+    return fs::exists(below(name));
 }
 
 std::vector<std::string> TempTree::names(const std::string& folder) const {
     std::vector<std::string> found;
     std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator(root_ / folder, ignored))
-        found.push_back(entry.path().filename().string());
+    for (const fs::directory_entry& entry : fs::directory_iterator(below(folder), ignored))
+        found.push_back(plain_name(entry.path().filename()));
     std::sort(found.begin(), found.end());
     return found;
 }
@@ -71,6 +82,10 @@ std::string read_file(const fs::path& file) {
     if (!in || fs::is_directory(file))
         throw std::runtime_error("cannot read " + file.string());
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::string read_text(const fs::path& file) {
+    return with_plain_line_ends(read_file(file));
 }
 
 void write_file(const fs::path& file, const std::string& bytes) {

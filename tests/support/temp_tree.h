@@ -1,6 +1,8 @@
 // A temporary folder that a test works in.
 #pragma once
 
+#include "support/plain_text.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -33,9 +35,9 @@ public:
     TempTree& operator=(const TempTree&) = delete;
 
     const std::filesystem::path& root() const { return root_; }
-    /// Full name of the folder, or of a file or folder in it.
-    std::string path() const { return root_.string(); }
-    std::string path(const std::string& name) const { return (root_ / name).string(); }
+    /// Full name of the folder, or of a file or folder in it; '/' separates folders on every system.
+    std::string path() const { return plain_name(root_); }
+    std::string path(const std::string& name) const { return path() + '/' + name; }
 
     /// Text and bytes alike: written and read to the byte. A file that cannot be read throws.
     void write(const std::string& name, const std::string& bytes) const;
@@ -46,6 +48,8 @@ public:
     std::vector<std::string> names(const std::string& folder = "") const;
 
 private:
+    std::filesystem::path below(const std::string& name) const { return root_ / file_name(name); }
+
     std::filesystem::path root_;
     std::filesystem::path before_;
 };
@@ -53,6 +57,8 @@ private:
 /// The bytes of a file, given by its full name; one that cannot be read throws std::runtime_error.
 std::string read_file(const std::filesystem::path& file);
 void write_file(const std::filesystem::path& file, const std::string& bytes);
+/// The text of a file that the built program wrote: its lines end in '\n'.
+std::string read_text(const std::filesystem::path& file);
 
 /// The memory of plain values as bytes, for binary files.
 template <typename T> std::string bytes_of(const std::vector<T>& values) {

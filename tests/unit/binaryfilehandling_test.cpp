@@ -7,12 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <memory>
 #include <random>
-
-#include <sys/resource.h>
 
 namespace kor {
 namespace {
@@ -118,44 +115,6 @@ TEST(BinFileHeader, WriteToAReadOnlyFileFailsAtTheType) {
     });
     EXPECT_EQ(status, BINFH_ERR_IO);
     EXPECT_EQ(printed.err, system_line("fwrite(type)", error));
-}
-
-/// While it lives, no file may grow beyond `bytes`; writing further is an error and not a signal.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before_;
-    void (*handler_)(int);
-};
-
-TEST(BinFileHeader, WriteNamesTheFirstNumberThatDoesNotFit) {
-    const TempTree folder;
-    constexpr long most = 1 << 20;
-    const char* const contexts[] = {"fwrite(type)", "fwrite(num1)", "fwrite(num2)"};
-    for (int fitting : {0, 1, 2}) {
-        const File file = open("f", "wb");
-        std::setvbuf(file.get(), nullptr, _IONBF, 0);
-        std::fseek(file.get(), most - 4 * fitting, SEEK_SET);
-        binfh_status status = BINFH_OK;
-        const auto printed = play_console("", [&] {
-            const FileSizeLimit limit(most);
-            status = WriteBinFileHeader_status(file.get(), 0, 4, 3);
-        });
-        EXPECT_EQ(status, BINFH_ERR_IO);
-        EXPECT_EQ(printed.err, system_line(contexts[fitting], EFBIG));
-    }
 }
 
 TEST(BinFileHeader, PlainWrappersKeepTheLastStatus) {
@@ -369,34 +328,6 @@ TEST(CopyFileBinary, SaysWhichFileCannotBeOpened) {
     printed = play_console("", [&] { status = copy_file_binary("from", "absent/to"); });
     EXPECT_EQ(status, BINFH_ERR_IO);
     EXPECT_EQ(printed.err, system_line("fopen(dst)", ENOENT));
-}
-
-TEST(CopyFileBinary, FullDiskIsAWriteFailure) {
-    if (!std::filesystem::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const TempTree folder;
-    for (std::size_t size : {3U, 70000U}) {
-        write_file("from", std::string(size, 'a'));
-        binfh_status status = BINFH_OK;
-        const auto printed = play_console("", [&] { status = copy_file_binary("from", "/dev/full"); });
-        EXPECT_EQ(status, BINFH_ERR_IO);
-        EXPECT_EQ(printed.err, system_line("fwrite", ENOSPC));
-    }
-}
-
-TEST(CopyFileBinary, SourceThatCannotBeReadIsAReadFailure) {
-    // The first page of a process's memory: a file that opens and whose first read fails.
-    const char* const unreadable = "/proc/self/mem";
-    if (!std::filesystem::exists(unreadable)) {
-        GTEST_SKIP() << "no file that opens but cannot be read";
-    }
-    const TempTree folder;
-    binfh_status status = BINFH_OK;
-    const auto printed = play_console("", [&] { status = copy_file_binary(unreadable, "to"); });
-    EXPECT_EQ(status, BINFH_ERR_IO);
-    EXPECT_EQ(printed.err, system_line("fread", EIO));
-    EXPECT_EQ(read_file("to"), ""); // left behind as far as it got
 }
 
 TEST(PrintIoError, PutsTheContextBeforeTheSystemText) {

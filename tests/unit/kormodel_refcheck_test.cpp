@@ -38,7 +38,7 @@ Outcome captured(const std::function<bool()>& check) {
 std::string executable_folder() {
     char folder[KOR_PATH_SIZE];
     EXPECT_EQ(KOR_GetExecutableDir(folder, sizeof folder), 1);
-    return folder;
+    return with_slashes(folder);
 }
 
 // The split case passes only in an executable that lies in a folder named build; a test program need not.

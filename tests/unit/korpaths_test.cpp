@@ -1,6 +1,7 @@
 #include "korpaths.h"
 
 #include "korlimits.h"
+#include "korplatform.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ constexpr const char* UNTOUCHED = "untouched";
 std::string built(const char* dir, const char* name) {
     char out[64] = "";
     EXPECT_EQ(KOR_BuildPath(out, sizeof out, dir, name), 1);
-    return out;
+    return kor_test::with_slashes(out);
 }
 
 std::string base_name(const char* path) {
@@ -41,7 +42,7 @@ std::string short_name(const char* text) {
 TEST(BuildPath, PutsOneSeparatorBetweenFolderAndName) {
     EXPECT_EQ(built("/data/models", "a.kormodel"), "/data/models/a.kormodel");
     EXPECT_EQ(built("/data/models/", "a.kormodel"), "/data/models/a.kormodel");
-    EXPECT_EQ(built("C:\\", "a.kormodel"), "C:\\a.kormodel");
+    EXPECT_EQ(built("C:\\", "a.kormodel"), kor_test::with_slashes("C:\\a.kormodel"));
     EXPECT_EQ(built("", "a.kormodel"), "a.kormodel");
     EXPECT_EQ(built("/", "a"), "/a");
     EXPECT_EQ(built("dir", ""), "dir/");
@@ -52,7 +53,7 @@ TEST(BuildPath, FailsOneCharacterShortAndWritesNothing) {
     EXPECT_EQ(KOR_BuildPath(out, 7, "abc", "def"), 0);
     EXPECT_STREQ(out, UNTOUCHED);
     EXPECT_EQ(KOR_BuildPath(out, 8, "abc", "def"), 1);
-    EXPECT_STREQ(out, "abc/def");
+    EXPECT_EQ(kor_test::with_slashes(out), "abc/def");
     EXPECT_EQ(KOR_BuildPath(out, 7, "abc/", "def"), 0);
     EXPECT_EQ(KOR_BuildPath(out, 8, "abc/", "def"), 1);
 }
@@ -69,7 +70,7 @@ TEST(BuildPath, RefusesMissingPointersAndNoCapacity) {
 TEST(BuildPath, MayExtendTheFolderInPlace) {
     char path[16] = "abc";
     ASSERT_EQ(KOR_BuildPath(path, sizeof path, path, "def"), 1);
-    EXPECT_STREQ(path, "abc/def");
+    EXPECT_EQ(kor_test::with_slashes(path), "abc/def");
 }
 
 TEST(Folder, EndsBeforeTheLastSeparatorAndKeepsTheRoot) {
@@ -91,9 +92,10 @@ TEST(Folder, EndsBeforeTheLastSeparatorAndKeepsTheRoot) {
 }
 
 TEST(DefaultFolders, LieBesideTheExecutablesFolder) {
-    const auto executable_dir = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const auto parent = executable_dir.parent_path();
     char out[KOR_PATH_SIZE];
+    ASSERT_EQ(platform_executable_file(out, sizeof out), 1);
+    const auto executable_dir = std::filesystem::path(out).parent_path();
+    const auto parent = executable_dir.parent_path();
     ASSERT_EQ(KOR_GetExecutableDir(out, sizeof out), 1);
     EXPECT_EQ(out, executable_dir.string());
     ASSERT_EQ(KOR_GetDefaultModelsDir(out, sizeof out), 1);

@@ -1,64 +1,13 @@
-#include "kor/expectation_dialogues.h"
+#include "dialogues/kor/expectation_dialogue.h"
 
 #include "kor/runtime_state.h"
-#include "support/console_script.h"
-#include "support/model_fixtures.h"
-#include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cmath>
-#include <filesystem>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kor_test;
-
-namespace {
-
-const std::string menu = "****************************************************\n"
-                         "***       CALCULATION OF EXPECTATION VALUES      ***\n"
-                         "****************************************************\n"
-                         "\n"
-                         "Possible actions :\n"
-                         "\n"
-                         "          1. Calculate expectation values of operators (from dm.bin)\n"
-                         "          2. Continue to main menu\n"
-                         "\n"
-                         "Your choice [1,2] : ";
-const std::string create_menu = "Create:\n"
-                                "       1. SG-plot file (ASCII)\n"
-                                "       2. Raw binary double file (one value per dw step)\n"
-                                "Your choice [1,2] : ";
-const std::string press_enter = "Press <Enter> to continue";
-
-// Operator Ix of the only spin, from the list.
-const std::string choose_ix = "1\nIx\n";
-
-ConsoleOutput ask(const std::string& answers) {
-    return play_console(answers, kor::ExpValNDensMat);
-}
-
-// What is printed from the question about the kind of output on.
-std::string behind_operator(const ConsoleOutput& printed) {
-    const std::size_t at = printed.out.find(create_menu);
-    return at == std::string::npos ? printed.out : printed.out.substr(at);
-}
-
-// One spin and a "dm.bin" with these x magnetisations; the expectation value of Ix at unit norm is a /
-// sqrt(2).
-void prepare(const TempTree& tree, const std::vector<double>& x_components) {
-    define_spins({0.0});
-    std::vector<DenseMatrix> matrices;
-    for (double a : x_components)
-        matrices.push_back(bloch_matrix(a, 0.5, -0.25));
-    tree.write("dm.bin", density_file(0, 2, static_cast<int>(matrices.size()), matrices));
-}
-
-} // namespace
 
 TEST(CalcExpVal, TwoReturns) {
     const ConsoleOutput printed = play_console("2\n3\n", kor::CalcExpVal);
@@ -224,49 +173,6 @@ TEST(ExpValNDensMat, DoesNotWriteOverTheFileItReads) {
             EXPECT_EQ(tree.read("dm.bin"), states);
         }
     }
-}
-
-TEST(ExpValNDensMat, ReportsAnOutputThatCannotBeWritten) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device /dev/full";
-    TempTree tree;
-    prepare(tree, {1.0});
-    const ConsoleOutput printed = ask(choose_ix + "1\n/dev/full\n\n");
-    EXPECT_EQ(printed.err, "ExpValNDensMat: write error on output file /dev/full\n");
-    EXPECT_EQ(behind_operator(printed), create_menu + "Output text file name : " + press_enter);
-}
-
-// A stream's buffer holds the first values: the number of the value that meets the full disk is not fixed.
-TEST(ExpValNDensMat, NamesTheValueThatCannotBeWritten) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device /dev/full";
-    TempTree tree;
-    constexpr int count = 20000;
-    prepare(tree, std::vector<double>(count, 1.0));
-    for (const std::string kind : {"1", "2"}) {
-        const ConsoleOutput printed = ask(choose_ix + kind + "\n/dev/full\n\n");
-        int dw = 0;
-        ASSERT_EQ(std::sscanf(printed.err.c_str(), ">>> WRITE BINARY FILE ERROR <<< (dw=%d)", &dw), 1);
-        EXPECT_EQ(printed.err, ">>> WRITE BINARY FILE ERROR <<< (dw=" + std::to_string(dw) + ")\n");
-        EXPECT_GE(dw, 1);
-        EXPECT_LE(dw, count);
-        EXPECT_EQ(printed.out.substr(printed.out.size() - press_enter.size()), press_enter);
-    }
-}
-
-// A pipe has no position; what comes through it is read all the same.
-TEST(ExpValNDensMat, WarnsWhenTheHeaderDoesNotEndAtItsPositionAndGoesOn) {
-    TempTree tree;
-    define_spins({0.0});
-    ASSERT_EQ(mkfifo("dm.bin", 0600), 0);
-    const int pipe = open("dm.bin", O_RDWR); // both ends, so that nobody waits for the other
-    const std::string bytes = density_file(0, 2, 1, {bloch_matrix(0, 0, 0)});
-    ASSERT_EQ(write(pipe, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    const ConsoleOutput printed = ask(choose_ix + "1\ntable.txt\n\n");
-    close(pipe);
-    EXPECT_EQ(printed.err,
-              "ExpValNDensMat: warning: unexpected header size/position (ftell=-1, expected 12)\n");
-    EXPECT_EQ(tree.read("table.txt"), "# index    expectation_re    expectation_im\n    1   0   0\n");
 }
 
 TEST(ExpValNDensMat, AFileWithoutMatricesGivesAnEmptyTable) {

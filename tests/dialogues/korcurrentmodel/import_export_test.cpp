@@ -127,9 +127,10 @@ TEST_F(Import, ReportsAModelThatCannotBeLoadedAndKeepsTheLoadedOne) {
 TEST_F(Import, DoesNotKnowTheModelsFolderOfAnUnnameableProgram) {
     const std::string deep = "build/" + std::string(200, 'd') + "/" + std::string(100, 'e');
     tree_.make_folder(deep);
-    std::filesystem::copy_file(kor_test::kor_program(), tree_.path(deep + "/kor"));
-    const ProgramResult result = run_program(
-        {.executable = tree_.path(deep + "/kor"), .input = "3\n\n4\n\n6\n", .working_dir = tree_.path()});
+    std::filesystem::copy_file(kor_test::kor_program(), tree_.path(deep + "/" + kor_test::program_file()));
+    const ProgramResult result = run_program({.executable = tree_.path(deep + "/" + kor_test::program_file()),
+                                              .input = "3\n\n4\n\n6\n",
+                                              .working_dir = tree_.path()});
     const std::string unknown = "\n[KOR] Could not determine default models directory.\n" + ENTER_FOR_MENU;
     EXPECT_EQ(result.out, "[KOR] Warning: could not determine executable directory; using current directory "
                           "for scratch files.\n" +

@@ -91,7 +91,7 @@ std::vector<std::string> saved_texts(const fs::path& root, const std::string& na
 /// Saves, loads and saves again: the same texts, and the records that the texts can hold.
 void expect_round_trip(const Model& model) {
     const fs::path root = fs::current_path() / "saved";
-    const std::string file = root / "models/x.kormodel";
+    const std::string file = plain_name(root / "models/x.kormodel");
     const std::string name = model.cfg.model_name;
     fs::create_directories(root / "models");
     const Outcome saved = save_model(file, model);

@@ -28,7 +28,7 @@ Names collected(const std::string& dir, int max = KOR_MAX_LISTED_MODELS) {
 std::string models_dir() {
     char dir[KOR_PATH_SIZE];
     EXPECT_EQ(KOR_GetDefaultModelsDir(dir, sizeof dir), 1);
-    return dir;
+    return kor_test::with_slashes(dir);
 }
 
 struct Prompted {
@@ -138,7 +138,7 @@ TEST(ResolveModelPath, TakesATextWithASeparatorAsItStands) {
 TEST(ResolveModelPath, JoinsAnyOtherTextToTheModelsFolder) {
     char out[KOR_PATH_SIZE];
     ASSERT_EQ(resolve_model_path(out, sizeof out, "my_model"), 1);
-    EXPECT_EQ(out, models_dir() + "/my_model");
+    EXPECT_EQ(with_slashes(out), models_dir() + "/my_model");
 }
 
 TEST(ResolveModelPath, FailsWhereTheResultDoesNotFit) {
@@ -160,7 +160,7 @@ TEST(PromptExportModelPath, AddsTheExtension) {
     EXPECT_EQ(answer.printed, export_question());
     EXPECT_EQ(unread_answers(), "unread\n");
     EXPECT_EQ(export_prompted("./a.KORMODEL\n").path, "./a.KORMODEL");
-    EXPECT_EQ(export_prompted("my_model\n").path, models_dir() + "/my_model.kormodel");
+    EXPECT_EQ(with_slashes(export_prompted("my_model\n").path), models_dir() + "/my_model.kormodel");
 }
 
 TEST(PromptExportModelPath, RefusesAPathThatDoesNotFit) {

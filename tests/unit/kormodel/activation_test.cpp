@@ -347,7 +347,7 @@ TEST(SaveCurrentState, CapturesAndSaves) {
     Model model = three_spin_model();
     copy_truncated(set.wave().c_str(), model.seq.sectors[1].pulse_filename, KOR_FILE_NAME_SIZE);
     ASSERT_EQ(activate(model), ok);
-    const std::string file = set.root() / "models/saved.kormodel";
+    const std::string file = plain_name(set.root() / "models/saved.kormodel");
     EXPECT_EQ(save(file.c_str()), ok);
     Model loaded;
     EXPECT_EQ(load_model(file, loaded), ok);

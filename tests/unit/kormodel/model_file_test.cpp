@@ -36,7 +36,7 @@ std::string without_line(const std::string& text, const std::string& key) {
 std::string results_folder() {
     char folder[KOR_PATH_SIZE] = "";
     kor_get_runtime_results_dir(folder, sizeof folder);
-    return folder;
+    return with_slashes(folder);
 }
 
 } // namespace
@@ -49,14 +49,14 @@ TEST(ModelFile, FillsTheThreeRecords) {
     EXPECT_EQ(loaded.seq.sector_count, 1);
     EXPECT_STREQ(loaded.seq.sectors[1].remark, "test");
     EXPECT_EQ(loaded.seq.sectors[1].pulse_filename,
-              (set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation").string());
+              plain_name(set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation"));
     EXPECT_EQ(loaded.cfg.ndx, 5);
     EXPECT_EQ(loaded.cfg.ndy, 1);
     EXPECT_EQ(loaded.cfg.ndz, 1);
     EXPECT_EQ(loaded.cfg.x0_cm, -10.0);
     EXPECT_EQ(loaded.cfg.dx_cm, 5.0);
     EXPECT_STREQ(loaded.cfg.model_name, "split-composition");
-    EXPECT_EQ(loaded.cfg.result_filename, results_folder() + "/split-composition-result.bin");
+    EXPECT_EQ(with_slashes(loaded.cfg.result_filename), results_folder() + "/split-composition-result.bin");
 }
 
 TEST(ModelFile, EveryGridNumberHasItsField) {
@@ -200,10 +200,10 @@ TEST(ModelFile, PartsThatDoNotOpen) {
     const ModelSet set;
     EXPECT_EQ(load_text(set, "spin_system_file: nothing.korspin\n"),
               (Outcome{KOR_MODEL_ERR_IO, "could not open spin system '" +
-                                             (set.root() / "models/nothing.korspin").string() + "'"}));
+                                             plain_name(set.root() / "models/nothing.korspin") + "'"}));
     EXPECT_EQ(load_text(set, "sequence_file: nothing.korseq\n"),
               (Outcome{KOR_MODEL_ERR_IO, "could not open pulse sequence '" +
-                                             (set.root() / "models/nothing.korseq").string() + "'"}));
+                                             plain_name(set.root() / "models/nothing.korseq") + "'"}));
     EXPECT_EQ(load_text(set, "spin_system_file:\n"),
               (Outcome{KOR_MODEL_ERR_IO, "could not open spin system ''"}));
 }
@@ -249,15 +249,15 @@ TEST(ModelFile, BackslashesAndCaseOfStoredPathsDoNotMatter) {
                     "..\\SEQUENCES\\Test-Gradient\\TEST-GRADIENT.KORSEQ");
     EXPECT_EQ(load_text(set, text), ok);
     EXPECT_EQ(loaded.seq.sectors[1].pulse_filename,
-              (set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation").string());
+              plain_name(set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation"));
 }
 
 TEST(ModelFile, ResultsLieInTheRuntimeFolderUnlessAbsolute) {
     EXPECT_EQ(load_text(replaced(valid_model_text, "split-composition-result.bin", "sub/r.bin")), ok);
-    EXPECT_EQ(loaded.cfg.result_filename, results_folder() + "/sub/r.bin");
+    EXPECT_EQ(with_slashes(loaded.cfg.result_filename), results_folder() + "/sub/r.bin");
     EXPECT_EQ(load_text(replaced(valid_model_text, "split-composition-result.bin", "/data/My result.bin")),
               ok);
-    EXPECT_STREQ(loaded.cfg.result_filename, "/data/My result.bin");
+    EXPECT_EQ(with_slashes(loaded.cfg.result_filename), "/data/My result.bin");
 }
 
 TEST(ModelFile, AFileInTheWorkingDirectoryNeedsNoFolder) {

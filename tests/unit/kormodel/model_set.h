@@ -25,7 +25,7 @@ inline void PrintTo(const Outcome& outcome, std::ostream* out) {
 template <class Operation> Outcome outcome_of(Operation operation) {
     char message[kor::KOR_MESSAGE_SIZE] = "";
     const kor::KORModelStatus status = operation(message, sizeof message);
-    return {status, message};
+    return {status, with_slashes(message)};
 }
 
 inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
@@ -84,10 +84,10 @@ public:
     }
 
     const std::filesystem::path& root() const { return tree_.root(); }
-    std::string model() const { return root() / "models/case.kormodel"; }
-    std::string spin() const { return root() / "spin-systems/test-two-spin.korspin"; }
-    std::string sequence() const { return root() / "sequences/test-gradient/test-gradient.korseq"; }
-    std::string wave() const { return root() / "sequences/test-gradient/waveforms/wave1-excitation"; }
+    std::string model() const { return tree_.path("models/case.kormodel"); }
+    std::string spin() const { return tree_.path("spin-systems/test-two-spin.korspin"); }
+    std::string sequence() const { return tree_.path("sequences/test-gradient/test-gradient.korseq"); }
+    std::string wave() const { return tree_.path("sequences/test-gradient/waveforms/wave1-excitation"); }
 
 private:
     TempTree tree_{memory_folder()};

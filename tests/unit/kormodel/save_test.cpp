@@ -45,7 +45,7 @@ TEST(SaveModel, WritesTheModelFileToTheByte) {
     Model model = two_spin_model();
     model.cfg = {1, 2, 3, -0.1, 1e-7, 1.0 / 3.0, 5.0, 123456789012345.0, 1234567890123456.0, "result.bin",
                  ""};
-    const std::string file = set.root() / "models/out.kormodel";
+    const std::string file = plain_name(set.root() / "models/out.kormodel");
     EXPECT_EQ(save_model(file, model), ok);
     EXPECT_EQ(read_file(file), written_model);
 }
@@ -60,7 +60,7 @@ TEST(SaveModel, WritesTheSpinFileToTheByte) {
     model.spin.coupling_mode = 2;
     model.spin.j_hz[2][3] = model.spin.j_hz[3][2] = -7.25;
     model.spin.j_hz[4][5] = model.spin.j_hz[5][4] = 99.0;
-    EXPECT_EQ(save_model(set.root() / "models/out.kormodel", model), ok);
+    EXPECT_EQ(save_model(plain_name(set.root() / "models/out.kormodel"), model), ok);
     EXPECT_EQ(read_file(set.root() / "spin-systems/out.korspin"), "format_version: 1\n"
                                                                   "spin_system_name: out\n"
                                                                   "\n"
@@ -78,11 +78,11 @@ TEST(SaveModel, WritesTheSequenceFileToTheByte) {
     Model model = two_spin_model();
     model.seq.sequence_type = 2;
     model.seq.sector_count = 2;
-    const std::string wave = set.root() / "sequences/out/Waves/P1.BIN";
+    const std::string wave = plain_name(set.root() / "sequences/out/Waves/P1.BIN");
     set_text(model.seq.sectors[1].pulse_filename, wave);
     KORPulseSectorDef& second = model.seq.sectors[2];
     second = {2, 1024, 16, 0.25, -1250.5, "..\\Shared\\adc.bin", ""};
-    EXPECT_EQ(save_model(set.root() / "models/out.kormodel", model), ok);
+    EXPECT_EQ(save_model(plain_name(set.root() / "models/out.kormodel"), model), ok);
     EXPECT_EQ(read_file(set.root() / "sequences/out/out.korseq"), "format_version: 1\n"
                                                                   "sequence_name: out\n"
                                                                   "\n"
@@ -108,7 +108,7 @@ TEST(SaveModel, TheSetIsNamedAfterTheModel) {
     const ModelSet set;
     Model model = two_spin_model();
     set_text(model.cfg.model_name, "Two words");
-    const std::string file = set.root() / "models/other.kormodel";
+    const std::string file = plain_name(set.root() / "models/other.kormodel");
     EXPECT_EQ(save_model(file, model), ok);
     EXPECT_TRUE(fs::exists(set.root() / "spin-systems/Two words.korspin"));
     EXPECT_TRUE(fs::exists(set.root() / "sequences/Two words/Two words.korseq"));
@@ -118,7 +118,7 @@ TEST(SaveModel, TheSetIsNamedAfterTheModel) {
 
 TEST(SaveModel, AModelFileWithoutAUsableLeafNameIsCalledModel) {
     const ModelSet set;
-    const std::string file = set.root() / "models" / (std::string(300, 'x') + ".kormodel");
+    const std::string file = (set.root() / "models" / (std::string(300, 'x') + ".kormodel")).string();
     EXPECT_EQ(save_model(file, two_spin_model()), io_error("could not open '" + file + "' for writing"));
     EXPECT_TRUE(fs::exists(set.root() / "spin-systems/model.korspin"));
     EXPECT_TRUE(fs::exists(set.root() / "sequences/model/model.korseq"));
@@ -126,7 +126,7 @@ TEST(SaveModel, AModelFileWithoutAUsableLeafNameIsCalledModel) {
 
 TEST(SaveModel, ReplacesAnExistingSet) {
     const ModelSet set;
-    const std::string file = set.root() / "models/out.kormodel";
+    const std::string file = plain_name(set.root() / "models/out.kormodel");
     write_file(file, std::string(5000, 'x'));
     write_file(set.root() / "spin-systems/out.korspin", std::string(5000, 'x'));
     EXPECT_EQ(save_model(file, two_spin_model()), ok);
@@ -142,7 +142,7 @@ TEST(SaveModel, AResultInTheRuntimeResultsIsSavedAsItsLeaf) {
     char results[KOR_PATH_SIZE] = "";
     kor_get_runtime_results_dir(results, sizeof results);
     set_text(model.cfg.result_filename, std::string(results) + "/Run 1.bin");
-    const std::string file = set.root() / "models/out.kormodel";
+    const std::string file = plain_name(set.root() / "models/out.kormodel");
     EXPECT_EQ(save_model(file, model), ok);
     EXPECT_NE(read_file(file).find("\nresult_file: run 1.bin\n"), std::string::npos);
 }
@@ -152,7 +152,7 @@ TEST(SaveModel, APathWithoutGrandparentUsesTheWorkingDirectory) {
         const ModelSet set;
         const ScopedChdir models(set.root() / "models");
         Model model = two_spin_model();
-        set_text(model.seq.sectors[1].pulse_filename, (set.root() / "sequences/my_model/w/p1").string());
+        set_text(model.seq.sectors[1].pulse_filename, plain_name(set.root() / "sequences/my_model/w/p1"));
         write_file(set.root() / "sequences/my_model/w/p1", "x");
         EXPECT_EQ(save_model(name, model), ok);
         EXPECT_TRUE(fs::exists(set.root() / "models/my_model.kormodel"));
@@ -195,28 +195,28 @@ TEST(SaveModel, FoldersThatCannotBeFormed) {
 TEST(SaveModel, FoldersThatCannotBeMade) {
     const ModelSet set;
     const Outcome refused = io_error("could not create split output directories");
-    EXPECT_EQ(save_model(set.root() / "missing/models/x.kormodel", two_spin_model()), refused);
+    EXPECT_EQ(save_model(plain_name(set.root() / "missing/models/x.kormodel"), two_spin_model()), refused);
     EXPECT_EQ(save_model("/proc/models/x.kormodel", two_spin_model()), refused);
     write_file(set.root() / "flat/sequences", "a file");
-    EXPECT_EQ(save_model(set.root() / "flat/models/x.kormodel", two_spin_model()), refused);
+    EXPECT_EQ(save_model(plain_name(set.root() / "flat/models/x.kormodel"), two_spin_model()), refused);
     Model model = two_spin_model();
     set_text(model.cfg.model_name, "two/levels");
-    EXPECT_EQ(save_model(set.root() / "models/x.kormodel", model), refused);
+    EXPECT_EQ(save_model(plain_name(set.root() / "models/x.kormodel"), model), refused);
 }
 
 TEST(SaveModel, AFileInThePlaceOfTheSpinFolderStopsTheSpinFile) {
     const ModelSet set;
     const fs::path root = set.root() / "flat";
     write_file(root / "spin-systems", "a file");
-    EXPECT_EQ(save_model(root / "models/x.kormodel", two_spin_model()),
-              io_error("could not open '" + (root / "spin-systems/x.korspin").string() + "' for writing"));
+    EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), two_spin_model()),
+              io_error("could not open '" + plain_name(root / "spin-systems/x.korspin") + "' for writing"));
     EXPECT_EQ(read_file(root / "spin-systems"), "a file");
 }
 
 TEST(SaveModel, LeafNamesHaveAtMost255Characters) {
     const ModelSet set;
     Model model = two_spin_model();
-    const std::string file = set.root() / "models/x.kormodel";
+    const std::string file = plain_name(set.root() / "models/x.kormodel");
     set_text(model.cfg.model_name, std::string(247, 'n'));
     EXPECT_EQ(save_model(file, model), ok);
     set_text(model.cfg.model_name, std::string(248, 'n'));
@@ -238,14 +238,15 @@ TEST(SaveModel, FullPathsHaveAtMost1023Characters) {
     fs::create_directories(root / "models");
     Model model = two_spin_model();
     set_text(model.cfg.model_name, std::string(rest / 2, 'n'));
-    EXPECT_EQ(save_model(root / "models/x.kormodel", model), ok);
+    EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), model), ok);
     set_text(model.cfg.model_name, std::string(rest / 2 + 1, 'n'));
-    EXPECT_EQ(save_model(root / "models/x.kormodel", model), io_error("split output path is too long"));
+    EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), model),
+              io_error("split output path is too long"));
 }
 
 TEST(SaveModel, AModelFileThatDoesNotOpenLeavesTheOthers) {
     const ModelSet set;
-    const std::string file = set.root() / "missing/x.kormodel";
+    const std::string file = plain_name(set.root() / "missing/x.kormodel");
     EXPECT_EQ(save_model(file, two_spin_model()), io_error("could not open '" + file + "' for writing"));
     EXPECT_TRUE(fs::exists(set.root() / "spin-systems/x.korspin"));
     EXPECT_TRUE(fs::exists(set.root() / "sequences/x/x.korseq"));
@@ -254,10 +255,10 @@ TEST(SaveModel, AModelFileThatDoesNotOpenLeavesTheOthers) {
 TEST(SaveModel, ASequenceFileThatDoesNotOpenLeavesTheSpinFile) {
     const ModelSet set;
     fs::create_directories(set.root() / "sequences/x/x.korseq");
-    const std::string file = set.root() / "models/x.kormodel";
+    const std::string file = plain_name(set.root() / "models/x.kormodel");
     EXPECT_EQ(
         save_model(file, two_spin_model()),
-        io_error("could not open '" + (set.root() / "sequences/x/x.korseq").string() + "' for writing"));
+        io_error("could not open '" + plain_name(set.root() / "sequences/x/x.korseq") + "' for writing"));
     EXPECT_TRUE(fs::exists(set.root() / "spin-systems/x.korspin"));
     EXPECT_FALSE(fs::exists(file));
 }
@@ -270,7 +271,7 @@ TEST(SaveModel, AFullDiskIsReported) {
         const fs::path file = set.root() / name;
         fs::create_directories(file.parent_path());
         fs::create_symlink("/dev/full", file);
-        EXPECT_EQ(save_model(set.root() / "models/x.kormodel", two_spin_model()),
+        EXPECT_EQ(save_model(plain_name(set.root() / "models/x.kormodel"), two_spin_model()),
                   io_error("failed while closing '" + file.string() + "'"));
     }
 }

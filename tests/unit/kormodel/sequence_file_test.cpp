@@ -247,7 +247,7 @@ TEST(SequenceFile, AMissingSectorFileBesideTheSequence) {
     EXPECT_EQ(load_text(set, replaced(valid_sequence_text, "waveforms/wave1-excitation", "waveforms/wave1")),
               parse_error("line 10: sector_pulsefile for sector 1 not found; stored relative path "
                           "'waveforms/wave1'; tried model-relative '" +
-                          (set.root() / "sequences/test-gradient/waveforms/wave1").string() + "'"));
+                          plain_name(set.root() / "sequences/test-gradient/waveforms/wave1") + "'"));
 }
 
 TEST(SequenceFile, AMissingSectorFileNamesTheFoldersTried) {
@@ -258,7 +258,7 @@ TEST(SequenceFile, AMissingSectorFileNamesTheFoldersTried) {
         load_text(set, replaced(valid_sequence_text, "waveforms/wave1-excitation", "nowhere.bin")),
         parse_error("line 10: sector_pulsefile for sector 1 not found; stored leafname 'nowhere.bin'; tried "
                     "model-relative '" +
-                    (set.root() / "sequences/test-gradient/nowhere.bin").string() + "' and RF-output '" +
+                    plain_name(set.root() / "sequences/test-gradient/nowhere.bin") + "' and RF-output '" +
                     rf_output + "/nowhere.bin'"));
     EXPECT_EQ(load_text(set, replaced(valid_sequence_text, "waveforms/wave1-excitation", "/nowhere/p.bin")),
               parse_error("line 10: sector_pulsefile for sector 1 not found; stored absolute path "
@@ -268,11 +268,11 @@ TEST(SequenceFile, AMissingSectorFileNamesTheFoldersTried) {
 TEST(SequenceFile, SectorFileIsStoredAsFound) {
     const ModelSet set;
     EXPECT_EQ(load_text(set, replaced(valid_sequence_text, "waveforms/wave1", "Waveforms\\WAVE1")), ok);
-    EXPECT_EQ(loaded.sectors[1].pulse_filename, set.wave());
+    EXPECT_EQ(with_slashes(loaded.sectors[1].pulse_filename), set.wave());
     EXPECT_EQ(load_text(set, replaced(valid_sequence_text, "waveforms/wave1", "wave1")), ok);
-    EXPECT_EQ(loaded.sectors[1].pulse_filename, set.wave());
+    EXPECT_EQ(with_slashes(loaded.sectors[1].pulse_filename), set.wave());
     EXPECT_EQ(load_text(set, replaced(valid_sequence_text, "waveforms/wave1-excitation", set.wave())), ok);
-    EXPECT_EQ(loaded.sectors[1].pulse_filename, set.wave());
+    EXPECT_EQ(with_slashes(loaded.sectors[1].pulse_filename), set.wave());
 }
 
 TEST(SequenceFile, AFolderIsNoSectorFile) {
@@ -289,7 +289,7 @@ TEST(SequenceFile, AFoundPathIsStoredUpTo255Characters) {
     write_file(deep / "p.bin", "x");
     const std::string stored = std::string(120, 'a') + "/" + std::string(120, 'b') + "/p.bin";
     EXPECT_EQ(load_text(set, replaced(valid_sequence_text, "waveforms/wave1-excitation", stored)), ok);
-    EXPECT_EQ(loaded.sectors[1].pulse_filename, (deep / "p.bin").string().substr(0, 255));
+    EXPECT_EQ(with_slashes(loaded.sectors[1].pulse_filename), plain_name(deep / "p.bin").substr(0, 255));
 }
 
 TEST(SequenceFile, InfinityAndNanAreReals) {

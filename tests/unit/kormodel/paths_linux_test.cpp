@@ -138,8 +138,8 @@ TEST(SetRoot, IsTheParentOfTheModelFilesFolder) {
 
 TEST(SetRoot, ComesFromTheWorkingDirectoryWhenThePathDoesNotNameIt) {
     const ModelSet set;
-    const std::string here = fs::current_path();
-    const std::string above = fs::current_path().parent_path();
+    const std::string here = plain_name(fs::current_path());
+    const std::string above = plain_name(fs::current_path().parent_path());
     EXPECT_EQ(root_of("x.kormodel"), above);
     EXPECT_EQ(root_of("./x.kormodel"), above);
     EXPECT_EQ(root_of("models/x.kormodel"), here);
@@ -228,10 +228,10 @@ TEST(ResolveModelRelative, FailsWhenItDoesNotFit) {
 TEST(ResolveModelRelative, TakesTheSpellingOfAnExistingFile) {
     const ModelSet set;
     const std::string exact = resolve_part(set.model(), "../spin-systems/test-two-spin.korspin");
-    EXPECT_EQ(exact, (set.root() / "models/../spin-systems/test-two-spin.korspin").string());
+    EXPECT_EQ(exact, plain_name(set.root() / "models/../spin-systems/test-two-spin.korspin"));
     EXPECT_EQ(resolve_part(set.model(), "..\\Spin-Systems\\TEST-two-spin.KORSPIN"), exact);
     EXPECT_EQ(resolve_part(set.model(), "../Spin-Systems/other.korspin"),
-              (set.root() / "models/../Spin-Systems/other.korspin").string());
+              plain_name(set.root() / "models/../Spin-Systems/other.korspin"));
 }
 
 TEST(ResolveResult, LeadsIntoTheRuntimeResultsWhateverTheModel) {
@@ -262,7 +262,7 @@ TEST(ResolveSectorPulse, EmptyAndAbsolutePathsStay) {
 
 TEST(ResolveSectorPulse, RelativeToTheSequenceFilesFolderFoundOrNot) {
     const ModelSet set;
-    const std::string folder = set.root() / "sequences/test-gradient";
+    const std::string folder = plain_name(set.root() / "sequences/test-gradient");
     EXPECT_EQ(resolve_pulse(set.sequence(), "waveforms/wave1-excitation"), set.wave());
     EXPECT_EQ(resolve_pulse(set.sequence(), "waveforms/missing"), folder + separator + "waveforms/missing");
     EXPECT_EQ(resolve_pulse("test.korseq", "waveforms/missing"), "waveforms/missing");
@@ -273,7 +273,7 @@ TEST(ResolveSectorPulse, ALeafIsLookedForInThreeFolders) {
     const RfOutputFile rf;
     const fs::path folder = set.root() / "sequences/test-gradient";
     const std::string beside = folder.string() + separator + rf.name;
-    const std::string waves = (folder / "waveforms").string() + separator + rf.name;
+    const std::string waves = plain_name(folder / "waveforms") + separator + rf.name;
     EXPECT_EQ(resolve_pulse(set.sequence(), rf.name), rf.path);
     write_file(waves, "x");
     EXPECT_EQ(resolve_pulse(set.sequence(), rf.name), waves);
@@ -295,10 +295,10 @@ TEST(ResolveSectorPulse, TakesTheSpellingOfAnExistingFile) {
     write_file(folder / "Beside.BIN", "x");
     write_file(folder / "waveforms/Inside.Bin", "x");
     EXPECT_EQ(resolve_pulse(set.sequence(), "WAVEFORMS\\Wave1-Excitation"), set.wave());
-    EXPECT_EQ(resolve_pulse(set.sequence(), "beside.bin"), (folder / "Beside.BIN").string());
-    EXPECT_EQ(resolve_pulse(set.sequence(), "inside.bin"), (folder / "waveforms/Inside.Bin").string());
-    EXPECT_EQ(resolve_pulse("x.korseq", (set.root() / "SEQUENCES/test-gradient/BESIDE.bin").string()),
-              (folder / "Beside.BIN").string());
+    EXPECT_EQ(resolve_pulse(set.sequence(), "beside.bin"), plain_name(folder / "Beside.BIN"));
+    EXPECT_EQ(resolve_pulse(set.sequence(), "inside.bin"), plain_name(folder / "waveforms/Inside.Bin"));
+    EXPECT_EQ(resolve_pulse("x.korseq", plain_name(set.root() / "SEQUENCES/test-gradient/BESIDE.bin")),
+              plain_name(folder / "Beside.BIN"));
 }
 
 TEST(ResolveSectorPulse, ALeafFolderIsNoFile) {

@@ -1,6 +1,7 @@
 #include "support/run_program.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>

@@ -1,0 +1,146 @@
+// What korplatform.h promises for Windows alone. The runtime library's "w" and "r" turn line ends around; the
+// test programs open every file as bytes and ask for "t" where that is the subject.
+#include "korplatform.h"
+
+#include "support/console_script.h"
+#include "support/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include <windows.h>
+
+namespace {
+
+using namespace kor;
+using namespace kor_test;
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+
+int remember(const char* name, void* context) {
+    static_cast<Names*>(context)->push_back(name);
+    return 1;
+}
+
+std::string found(const std::string& path) {
+    char out[1024] = "untouched";
+    if (!platform_find_ignoring_case(path.c_str(), out, sizeof out)) {
+        EXPECT_STREQ(out, "");
+        return "-";
+    }
+    return out;
+}
+
+// Latin with an accent, Greek, Chinese.
+const std::string MANY_SCRIPTS = "\xC3\xA9 \xCE\xA9 \xE4\xB8\xAD";
+
+} // namespace
+
+TEST(NativePath, StaysAsItIsTyped) {
+    char out[32];
+    ASSERT_EQ(platform_native_path("a\\b/c\\\\d.bin", out, sizeof out), 1);
+    EXPECT_STREQ(out, "a\\b/c\\\\d.bin");
+    EXPECT_EQ(platform_separator(), '\\');
+    EXPECT_EQ(platform_native_path("a\\b", out, 3), 0);
+    EXPECT_STREQ(out, "");
+    char path[] = "x\\y/z";
+    ASSERT_EQ(platform_native_path(path, path, sizeof path), 1);
+    EXPECT_STREQ(path, "x\\y/z");
+}
+
+TEST(ExecutableFile, NamesTheRunningProgramOnItsDrive) {
+    char out[300];
+    ASSERT_EQ(platform_executable_file(out, sizeof out), 1);
+    EXPECT_EQ(std::string(out).substr(1, 2), ":\\");
+    EXPECT_EQ(fs::path(out).filename(), "kor_unit_tests.exe");
+    EXPECT_TRUE(fs::exists(out));
+    EXPECT_EQ(platform_executable_file(out, std::strlen(out)), 0) << "no room for the terminator";
+    EXPECT_STREQ(out, "");
+}
+
+TEST(PathIsAbsolute, TakesDrivesAndDoubleSeparators) {
+    for (const char* path : {"C:\\data", "z:/data", "C:\\", "\\\\server\\share", "//server"})
+        EXPECT_TRUE(platform_path_is_absolute(path)) << path;
+    for (const char* path :
+         {"", "C:", "C:x", "1:\\x", ":\\x", "\\x", "/x", "/", "\\/x", "x/y", "..\\x", "./x"})
+        EXPECT_FALSE(platform_path_is_absolute(path)) << path;
+    EXPECT_FALSE(platform_path_is_absolute(nullptr));
+}
+
+TEST(PlatformOpen, TextFilesHaveTheSystemsLineEnds) {
+    TempTree tree;
+    std::FILE* file = platform_open("a.txt", "wt");
+    ASSERT_NE(file, nullptr);
+    std::fputs("one\ntwo\n", file);
+    std::fclose(file);
+    EXPECT_EQ(tree.read("a.txt"), "one\r\ntwo\r\n");
+    file = platform_open("a.txt", "rt");
+    char text[20] = "";
+    EXPECT_STREQ(std::fgets(text, sizeof text, file), "one\n");
+    std::fclose(file);
+}
+
+TEST(PlatformOpen, TakesNamesInEveryScript) {
+    TempTree tree;
+    ASSERT_EQ(platform_make_dir(MANY_SCRIPTS.c_str()), 0);
+    std::FILE* file = platform_open((MANY_SCRIPTS + "\\" + MANY_SCRIPTS + ".kormodel").c_str(), "w");
+    ASSERT_NE(file, nullptr);
+    std::fclose(file);
+    EXPECT_TRUE(fs::exists(fs::u8path(MANY_SCRIPTS) / fs::u8path(MANY_SCRIPTS + ".kormodel")));
+    Names names;
+    EXPECT_EQ(platform_list_files(MANY_SCRIPTS.c_str(), ".kormodel", remember, &names), 1);
+    EXPECT_EQ(names, Names{MANY_SCRIPTS + ".kormodel"});
+    EXPECT_EQ(platform_change_dir(MANY_SCRIPTS.c_str()), 0);
+    char out[300];
+    ASSERT_EQ(platform_current_dir(out, sizeof out), 1);
+    EXPECT_EQ(with_slashes(out), tree.path(MANY_SCRIPTS));
+    EXPECT_EQ(platform_change_dir(".."), 0);
+}
+
+TEST(PlatformRename, LeavesTheTargetThatCannotBeReplaced) {
+    TempTree tree;
+    tree.write("store", "new");
+    tree.make_folder("dm.bin");
+    EXPECT_EQ(platform_rename("store", "dm.bin"), EACCES);
+    EXPECT_EQ(tree.read("store"), "new");
+    EXPECT_TRUE(fs::is_directory(tree.path("dm.bin")));
+    EXPECT_EQ(platform_rename("store", "missing\\dm.bin"), ENOENT);
+    EXPECT_EQ(tree.read("store"), "new");
+}
+
+TEST(FindIgnoringCase, KeepsTheSpellingOfWhatTheSystemFinds) {
+    TempTree tree;
+    tree.write("Data/Seq/P1.BIN", "");
+    EXPECT_EQ(found("data\\seq/p1.bin"), "data\\seq/p1.bin");
+    EXPECT_EQ(found("data\\seq"), "data\\seq");
+    EXPECT_EQ(found("data\\seq\\p2.bin"), "-");
+    EXPECT_EQ(found(""), "-");
+}
+
+TEST(ListFiles, TakesFilesOfTheWholeExtension) {
+    TempTree tree;
+    for (const char* name :
+         {"b.kormodel", "C.KORMODEL", "a.kormodel.txt", "kormodel", "d.korseq", "e.kormodelx"})
+        tree.write(std::string("models/") + name, "");
+    tree.make_folder("models/folder.kormodel");
+    for (const std::string folder : {"models", "models\\", "models/"}) {
+        Names names;
+        EXPECT_EQ(platform_list_files(folder.c_str(), ".kormodel", remember, &names), 2) << folder;
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, (Names{"C.KORMODEL", "b.kormodel"})) << folder;
+    }
+}
+
+TEST(Console, TheEmptyDeviceIsNoTerminal) {
+    ASSERT_NE(std::freopen("NUL", "r", stdin), nullptr);
+    EXPECT_FALSE(platform_input_is_terminal());
+}
+
+TEST(Utf8Console, SetsTheOutputCodePage) {
+    const bool has_console = SetConsoleOutputCP(437) != 0;
+    platform_use_utf8_console();
+    EXPECT_EQ(GetConsoleOutputCP(), has_console ? 65001U : 0U);
+}
