@@ -39,9 +39,21 @@ void name_set(const char* filename, const KORRunConfig& cfg, SetPaths& set) {
         copy_truncated("model", set.name, sizeof set.name);
 }
 
+/// Whether a name taken as a path goes up: a model file could then have a set written anywhere.
+bool goes_up(const char* name) {
+    constexpr const char* separators = "/\\";
+    for (name += std::strspn(name, separators); *name != '\0'; name += std::strspn(name, separators)) {
+        const std::size_t length = std::strcspn(name, separators);
+        if (length == 2 && name[0] == '.' && name[1] == '.')
+            return true;
+        name += length;
+    }
+    return false;
+}
+
 int derive_folders(const char* filename, SetPaths& set) {
     char root[KOR_PATH_SIZE];
-    return kor_set_root_folder(filename, root, sizeof root) &&
+    return !goes_up(set.name) && kor_set_root_folder(filename, root, sizeof root) &&
            kor_join_path(set.spin_dir, sizeof set.spin_dir, root, "spin-systems") &&
            kor_join_path(set.sequences_dir, sizeof set.sequences_dir, root, "sequences") &&
            kor_join_path(set.sequence_dir, sizeof set.sequence_dir, set.sequences_dir, set.name);

@@ -244,6 +244,22 @@ TEST(SaveModel, FullPathsHaveAtMost1023Characters) {
               io_error("split output path is too long"));
 }
 
+TEST(SaveModel, ANameThatGoesUpIsRefused) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    const std::string file = set.root() / "models/out.kormodel";
+    const Outcome refused{KOR_MODEL_ERR_IO, "could not derive split output directories for '" + file + "'"};
+    for (const char* name : {"..", "../x", "a/../../x", "..\\x", "a\\..", "//../x"}) {
+        kor::copy_truncated(name, model.cfg.model_name, sizeof model.cfg.model_name);
+        EXPECT_EQ(save_model(file, model), refused) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(file));
+    for (const char* name : {"...", "a..b", "..a", "b.."}) {
+        kor::copy_truncated(name, model.cfg.model_name, sizeof model.cfg.model_name);
+        EXPECT_EQ(save_model(file, model), ok) << name;
+    }
+}
+
 TEST(SaveModel, AModelFileThatDoesNotOpenLeavesTheOthers) {
     const ModelSet set;
     const std::string file = plain_name(set.root() / "missing/x.kormodel");
