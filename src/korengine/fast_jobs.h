@@ -26,8 +26,8 @@ struct StepPlan {
 /// functions of hb alone. Values at the Chebyshev points hb = middle + half node[k] give the series.
 struct FieldStretch {
     int first, end;
-    int terms; // at least 1
-    double middle, half;
+    int terms;               // at least 1
+    double middle, half;     // half may be 0
     const double* node;      // terms, -1..1
     const double* to_series; // terms x terms: row k gives coefficient k from the values
     StepPlan plan;           // of the values

@@ -60,6 +60,11 @@ int convenient(int terms) {
     return terms;
 }
 
+/// A narrower range of the field, as part of its size, would lose its nodes and its ends to rounding.
+constexpr double kNarrowest = 1e-6;
+/// Half a range, in rad, that changes nothing and of which the reciprocal may overflow.
+constexpr double kNegligible = 1e-200;
+
 /// Fills everything but the positions from steps begin..end - 1.
 FieldStretch series_for(const std::vector<Step>& steps, int begin, int end, double field_bound) {
     double low = steps[static_cast<std::size_t>(begin)].b;
@@ -74,7 +79,9 @@ FieldStretch series_for(const std::vector<Step>& steps, int begin, int end, doub
     const double h = steps[static_cast<std::size_t>(begin)].h;
     FieldStretch stretch{};
     stretch.middle = h * (0.5 * (low + high));
-    stretch.half = std::fabs(h) * (0.5 * (high - low));
+    const double width = high > low ? std::max(high - low, kNarrowest * std::max(high, -low)) : 0.0;
+    stretch.half = std::fabs(h) * (0.5 * width);
+    stretch.half = stretch.half > kNegligible ? stretch.half : 0.0;
     stretch.terms = convenient(chebyshev_terms(field_bound * stretch.half));
     stretch.plan = plan_step(angle);
     return stretch;

@@ -125,6 +125,45 @@ TEST_P(ExtendedPrecision, ConfirmsShapedPulsesUnderAConstantGradient) {
     }
 }
 
+TEST_P(ExtendedPrecision, ConfirmsAmplitudesThatDifferByARounding) {
+    // A range of the field between whose ends are no numbers, as in the amplitude of a frequency sweep.
+    Random random(187);
+    for (int trial = 0; trial < 12; ++trial) {
+        RandomWaveform wave = random_waveform(random, 200, 0);
+        wave.dt = 5e-5;
+        const double size = random.uniform(30000.0, 40000.0); // rad/s
+        for (std::size_t j = 0; j < 200; ++j) {
+            wave.xb[j] = j % 2 ? size : std::nextafter(size, 1e9);
+            wave.yb[j] = 0.0;
+        }
+        const EngineCase problem(random_system(random, {trial % 2 ? 9 : 2}, Coupling::weak), wave);
+        EngineOpenSector(problem.sector());
+        MarkedMatrix r;
+        EngineSectorPropagator(1, 1, 1, r);
+        const double allowed = GetParam().engine == Engine::reference ? 4e-12 // its halvings, 2000 rad
+                               : trial % 2                            ? 4e-13
+                                                                      : 2e-13;
+        EXPECT_LE(distance(r, exact_propagator(problem, 0.0, 0.0, 0.0)), allowed) << size;
+    }
+}
+
+TEST_P(ExtendedPrecision, ConfirmsFieldsTooSmallToTurnAnything) {
+    Random random(188);
+    for (const double field : {1e-320, 1e-309, 1e-250, 1e-30}) {
+        RandomWaveform wave = random_waveform(random, 40, 1);
+        wave.gx.assign(40, 700.0);
+        for (std::size_t j = 0; j < 40; ++j) {
+            wave.xb[j] = field;
+            wave.yb[j] = j % 2 ? field : 0.0;
+        }
+        const EngineCase problem(random_system(random, {1, 1, 1}, Coupling::exact), wave);
+        EngineOpenSector(problem.sector({4, 1, 1, 0.0, 0.0, 0.0, 0.25, 0.0, 0.0}));
+        MarkedMatrix r;
+        EngineSectorPropagator(4, 1, 1, r);
+        EXPECT_LE(distance(r, exact_propagator(problem, 0.75, 0.0, 0.0)), 1e-13) << field;
+    }
+}
+
 TEST_P(ExtendedPrecision, ConfirmsTheCentreOfASteepGradient) {
     // Its steps turn by little, those at the rim of the grid by 1.7 to 1000 rad: an error that grows with
     // the halvings there, or adds up over alike steps, must not reach the centre.
