@@ -103,7 +103,7 @@ void define_working_operator(int n, int Nspins, const SpinIList& Ilist, const Sp
     double factor = 1.0;
     if (!scan_double("Multiply by factor (real): ", &factor))
         factor = 1.0;
-    create_single_spin_operator(n, Ilist, ket, std::clamp(spin, 1, Nspins), type, factor, op);
+    create_single_spin_operator(n, Ilist, ket, std::max(1, std::min(spin, Nspins)), type, factor, op);
 }
 
 } // namespace

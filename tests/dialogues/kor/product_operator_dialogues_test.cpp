@@ -189,6 +189,12 @@ TEST(ManualOperator, ClampsTheSpinAndTakesIzForUnknownTypes) {
     EXPECT_LT(distance(out, unit(kor_test::on_spin(two_i, 1, 'z'))), 1e-15);
 }
 
+TEST(ManualOperator, TakesSpinOneWhereThereIsNone) {
+    EXPECT_EQ(play(manual_expectation_operator, {}, "1\n3\n5\n1\n5\n"),
+              std::string(manual_menu) + "Spin number [1..0]: " + type_menu + factor_prompt + manual_menu);
+    EXPECT_EQ(out[1][1][1], 0.0); // no spin, no magnetisation
+}
+
 TEST(ManualOperator, AnUnreadableFactorIsOne) {
     const std::vector<int> two_i = {1};
     EXPECT_EQ(play(manual_expectation_operator, two_i, "1\n1\n3\nplenty\n5\n"),
