@@ -249,6 +249,46 @@ TEST(Frprmn, NearAMinimumConvergesAsOnAQuadratic) {
     EXPECT_LE(iterations, 8);
 }
 
+// Polak & Ribiere: the second line runs along g1 + gamma g0 with gamma = (g1 - g0).g1 / g0.g0, g = -gradient.
+TEST(Frprmn, TheSecondLineIsThePolakRibiereDirection) {
+    constexpr int n = 8;
+    prepare_one_spin(120.0);
+    auto par = constant_pulse(120.0);
+    for (std::size_t j = 1; j < n; ++j) // far from 0, where forward differences are exact to 1e-9
+        par[j] = par[0] * (0.1 + 0.03 * static_cast<double>(j));
+    auto point = par;
+    double f0 = 0.0, f1 = 0.0, f2 = 0.0;
+    std::vector<double> first(n), second(n), step(n);
+    play_console("", [&] {
+        f0 = kor::fnc(point.data());
+        kor::dfnc(f0, point.data(), n, first.data());
+        std::transform(first.begin(), first.end(), step.begin(), std::negate<>());
+        kor::linmin(point.data(), step.data(), n, &f1);
+        kor::dfnc(kor::fnc(point.data()), point.data(), n, second.data());
+    });
+    double change = 0.0, size = 0.0;
+    for (std::size_t j = 0; j < n; ++j) {
+        change += (second[j] - first[j]) * second[j];
+        size += first[j] * first[j];
+    }
+    std::vector<double> direction(n);
+    for (std::size_t j = 0; j < n; ++j)
+        direction[j] = -second[j] - change / size * first[j];
+    step = direction;
+    play_console("", [&] { kor::linmin(point.data(), step.data(), n, &f2); });
+    const double first_change = 2.0 * (f0 - f1) / (std::fabs(f0) + std::fabs(f1));
+    const double second_change = 2.0 * (f1 - f2) / (std::fabs(f1) + std::fabs(f2));
+    ASSERT_GT(first_change, 1.01 * second_change);
+    int iterations = 0;
+    double minimum = 0.0;
+    play_console(
+        "", [&] { kor::frprmn(par.data(), n, 0.5 * (first_change + second_change), &iterations, &minimum); });
+    EXPECT_EQ(iterations, 2);
+    EXPECT_NEAR(minimum, f2, 1e-6);
+    for (std::size_t j = 0; j < n; ++j)
+        EXPECT_NEAR(g_runtime.xicom[j], direction[j], 1e-4 * std::sqrt(size)) << j;
+}
+
 TEST(Frprmn, AVanishingGradientEndsAfterTheFirstLineSearch) {
     prepare_one_spin(0.0);
     kor::CMatZero(2, g_runtime.Istat);

@@ -149,6 +149,11 @@ TEST(SetRoot, ComesFromTheWorkingDirectoryWhenThePathDoesNotNameIt) {
     EXPECT_EQ(root_of(here + "/models/./x.kormodel"), here);
 }
 
+TEST(SetRoot, FailsWithoutAPath) {
+    char out[8];
+    EXPECT_EQ(kor_set_root_folder(nullptr, out, sizeof out), 0);
+}
+
 TEST(AbsolutePath, IsADriveWithSeparatorOrTwoLeadingSeparators) {
     for (const char* path : {"C:\\x", "z:/x", "\\\\server\\x", "//server/x"})
         EXPECT_EQ(kor_path_is_absolute(path), 1) << path;
@@ -250,6 +255,8 @@ TEST(ResolveResult, FailsWhenItDoesNotFit) {
     EXPECT_EQ(folder + fits, out);
     EXPECT_EQ(kor_resolve_result_path("m", (fits + "r").c_str(), out, sizeof out), 0);
     EXPECT_EQ(kor_resolve_result_path("m", ("/" + std::string(255, 'r')).c_str(), out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_result_path(nullptr, "r", out, sizeof out), 0);
+    EXPECT_EQ(kor_resolve_result_path("m", nullptr, out, sizeof out), 0);
 }
 
 TEST(ResolveSectorPulse, EmptyAndAbsolutePathsStay) {
@@ -331,6 +338,12 @@ TEST(SectorPulseError, SaysWhatWasStoredAndTried) {
                   "p' and RF-output '" + rf + "p'");
     EXPECT_EQ(not_found_message("x.korseq", "p"),
               start + "not found; stored leafname 'p'; tried RF-output '" + rf + "p'");
+}
+
+TEST(SectorPulseError, AMissingPathIsAnEmptyOne) {
+    char message[128] = "";
+    kor_set_sector_pulse_resolution_error("s/x.korseq", nullptr, 12, 3, message, sizeof message);
+    EXPECT_STREQ(message, "line 12: sector_pulsefile for sector 3 is empty");
 }
 
 TEST(SectorPulseError, NamesNoCandidateThatCannotBeFormed) {

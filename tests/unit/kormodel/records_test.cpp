@@ -67,6 +67,12 @@ TEST(SetError, WritesNothingWithoutABuffer) {
     EXPECT_STREQ(buffer, "abc");
 }
 
+TEST(SetError, ABufferOfOneCharacterBecomesEmpty) {
+    char buffer[2] = "a";
+    set_error(buffer, 1, "%d", 1);
+    EXPECT_STREQ(buffer, "");
+}
+
 TEST(SetError, CutsTheMessageToTheBuffer) {
     char buffer[6] = "";
     set_error(buffer, sizeof buffer, "%s %d", "line", 12);

@@ -18,7 +18,8 @@ std::string compare(const Model& model) {
     char message[KOR_MESSAGE_SIZE] = "";
     const int same =
         kor_runtime_matches_model_def(&model.spin, &model.seq, &model.cfg, message, sizeof message);
-    return same && message[0] == '\0' ? "same" : message;
+    EXPECT_EQ(same != 0, message[0] == '\0') << message;
+    return same ? "same" : message;
 }
 
 Model held() {

@@ -233,6 +233,15 @@ TEST(SechTanhPulse, OfNinetyDegreesIsTheFirstHalfOfTheFullSweep) {
     EXPECT_NEAR(std::abs(w[half - 1]), 2 * PI * 500 / std::cosh(900 * 5e-5), 1e-9); // t = -ti
 }
 
+TEST(SechTanhPulse, OfNinetyDegreesEndsWithItsLastSample) {
+    double xb[3] = {7.0, 7.0, 7.0};
+    double yb[3] = {7.0, 7.0, 7.0};
+    sech_tanh_90_waveform(2, 5e-5, 45, 500, 900, 3, xb, yb);
+    EXPECT_NE(xb[1], 7.0);
+    EXPECT_EQ(xb[2], 7.0);
+    EXPECT_EQ(yb[2], 7.0);
+}
+
 TEST(SechTanhPulse, OfThreeHundredSixtyDegreesSweepsTwiceAtHalfTheStep) {
     const int m = 50;
     Waveform twice(2 * m), once(m);

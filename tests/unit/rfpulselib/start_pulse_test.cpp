@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -100,6 +102,11 @@ TEST(StartPulseCore, PhaseNinetyLiesAlongY) {
     EXPECT_NEAR(flip_degrees(pulse, 32, 1e-5, 90.0), 45.0, 1e-11);
     for (std::size_t k = 0; k < 32; ++k)
         EXPECT_LE(std::fabs(pulse.xb[k]), 1e-15 * two_pi * 1e6);
+    std::ostringstream peak; // six digits, as the summary has them
+    peak << std::fabs(*std::max_element(pulse.yb.begin(), pulse.yb.begin() + 32));
+    EXPECT_NE(pulse.console.out.find("  actual flip angle    = 45 deg\n"), std::string::npos);
+    EXPECT_NE(pulse.console.out.find("  peak |B1| (internal) = " + peak.str() + " rad/s\n"),
+              std::string::npos);
 }
 
 TEST(StartPulseCore, RefusesWhatItCannotMake) {
