@@ -8,6 +8,7 @@
 #include "observablespectrumcalculator/spectrum_files.h"
 #include "rfpulselib/dialogues.h"
 #include "rfwaveformfile.h"
+#include "support/case_count.h"
 #include "support/console_script.h"
 #include "support/mutator.h"
 #include "support/temp_tree.h"
@@ -55,11 +56,12 @@ std::string counted_doubles(std::size_t count) {
     return bytes_of(values);
 }
 
-/// Calls check(damaged file, name of the mutant) `mutants` times; a third of the files is damaged twice.
+/// Calls check(damaged file) cases_here(count) times; a third of the files is damaged twice.
 template <class Check>
-void for_mutants(unsigned seed, int mutants, const std::string& file, bool text, Check check) {
+void for_mutants(unsigned seed, int count, const std::string& file, bool text, Check check) {
     std::printf("seed %u\n", seed);
     Mutator mutator(seed);
+    const int mutants = cases_here(count);
     for (int i = 0; i < mutants && !testing::Test::HasFailure(); ++i) {
         SCOPED_TRACE("seed " + std::to_string(seed) + ", mutant " + std::to_string(i));
         std::string damaged = file;
@@ -116,7 +118,7 @@ TEST(DataMutations, WaveformFiles) {
             whole_files += whole;
         }
     });
-    EXPECT_GT(whole_files, 2000);
+    EXPECT_GT(whole_files, cases_here(2000));
 }
 
 TEST(DataMutations, DensityMatrixFilesAsProfiles) {
@@ -147,7 +149,7 @@ TEST(DataMutations, DensityMatrixFilesAsProfiles) {
                     << console.err;
             }
         });
-    EXPECT_GT(written, 500);
+    EXPECT_GT(written, cases_here(500));
 }
 
 TEST(DataMutations, SignalFilesAsSpectra) {
@@ -182,7 +184,7 @@ TEST(DataMutations, SignalFilesAsSpectra) {
                                                      static_cast<std::size_t>(header.num2)));
             }
         });
-    EXPECT_GT(written, 500);
+    EXPECT_GT(written, cases_here(500));
 }
 
 TEST(DataMutations, PlainSeries) {
@@ -209,7 +211,7 @@ TEST(DataMutations, PlainSeries) {
             EXPECT_EQ(std::memcmp(values, expected.data(), sizeof values), 0);
         }
     });
-    EXPECT_GT(whole_files, 1000);
+    EXPECT_GT(whole_files, cases_here(1000));
 }
 
 TEST(DataMutations, SgPlotSeries) {
@@ -242,7 +244,7 @@ TEST(DataMutations, SgPlotSeries) {
                 EXPECT_EQ(std::isnan(again[i]), std::isnan(values[i]));
         }
     });
-    EXPECT_GT(whole_files, 1000);
+    EXPECT_GT(whole_files, cases_here(1000));
 }
 
 TEST(DataMutations, PulseParameterFilesGiveTheSamePulseTwice) {

@@ -5,6 +5,7 @@
 #include "kor/snapshot.h"
 #include "kormodel.h"
 #include "support/build_paths.h"
+#include "support/case_count.h"
 #include "support/mutator.h"
 #include "support/temp_tree.h"
 #include "unit/kormodel/model_set.h"
@@ -150,13 +151,15 @@ void expect_refused_or_sound(const std::string& file, Tally& tally) {
     expect_round_trip(model);
 }
 
-/// `mutants` damages of file `part` (0 model, 1 spin system, 2 sequence; 3 one to three of all files).
-void damage_sets(unsigned seed, int mutants, std::size_t part) {
+/// cases_here(count) damages of file `part` (0 model, 1 spin system, 2 sequence; 3 one to three of all
+/// files).
+void damage_sets(unsigned seed, int count, std::size_t part) {
     std::printf("seed %u\n", seed);
     const TempTree tree(memory_folder());
     const std::vector<SetFiles> sets = shipped_sets();
     Mutator mutator(seed);
     Tally tally;
+    const int mutants = cases_here(count);
     for (int i = 0; i < mutants && !testing::Test::HasFailure(); ++i) {
         const SetFiles& set = sets[mutator.below(sets.size())];
         SCOPED_TRACE("seed " + std::to_string(seed) + ", mutant " + std::to_string(i) + " of " +
