@@ -20,4 +20,6 @@ if [ ! -e "$WINEPREFIX/ready" ]; then
 fi
 flock -u 9
 exec 9>&-
+# Windows never promises memory that it does not have; wine does, and would fill all of this machine's.
+ulimit -d 4000000
 exec wine64 "$@"
