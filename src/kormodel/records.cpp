@@ -92,11 +92,9 @@ KORModelStatus check_quantum_numbers(const KORSpinSystemDef& def, char* errbuf, 
     return KOR_MODEL_OK;
 }
 
-// The list of couplings holds those of every pair of spins.
-static_assert(KOR_MAX_PAIRS >= KOR_MAX_SPINS * (KOR_MAX_SPINS - 1) / 2);
-
 // The comparisons are written so that a NaN fails them.
 KORModelStatus check_couplings(const KORSpinSystemDef& def, char* errbuf, std::size_t errbufsz) {
+    int pairs = 0;
     for (int i = 1; i <= def.nspins; ++i) {
         if (!(def.j_hz[i][i] == 0.0)) {
             set_error(errbuf, errbufsz, "j_hz[%d][%d] must be zero on the diagonal", i, i);
@@ -108,7 +106,13 @@ KORModelStatus check_couplings(const KORSpinSystemDef& def, char* errbuf, std::s
                           i);
                 return KOR_MODEL_ERR_RANGE;
             }
+            ++pairs;
         }
+    }
+    if (pairs > KOR_MAX_PAIRS) {
+        set_error(errbuf, errbufsz, "pair count %d exceeds current legacy coupling capacity %d", pairs,
+                  KOR_MAX_PAIRS);
+        return KOR_MODEL_ERR_INCOMPATIBLE;
     }
     return KOR_MODEL_OK;
 }
@@ -146,16 +150,31 @@ KORModelStatus check_sector_in_spatial_sequence(const KORPulseSectorDef& sector,
     return KOR_MODEL_OK;
 }
 
-// What check_sector leaves open. A sector record alone may last 0 s (one that is still being composed); a
-// model that is to run may not.
+KORModelStatus check_sector_in_nmr_sequence(const KORPulseSectorDef& sector, int k, char* errbuf,
+                                            std::size_t errbufsz) {
+    if (sector.sector_type != NMR_SECTOR_NORMAL && sector.sector_type != NMR_SECTOR_EVOLUTION)
+        set_error(errbuf, errbufsz, "1D/2D sequence sector %d has invalid sector_type=%d", k,
+                  sector.sector_type);
+    else if (sector.sector_type == NMR_SECTOR_EVOLUTION && sector.number_of_evolpoints < 1)
+        set_error(errbuf, errbufsz, "evolution sector %d must have number_of_evolpoints >= 1", k);
+    else
+        return KOR_MODEL_OK;
+    return KOR_MODEL_ERR_RANGE;
+}
+
+// A sector record alone may last 0 s (one that is still being composed); a model that is to run may not.
 KORModelStatus check_sector_in_model(const KORPulseSectorDef& sector, int k, int sequence_type, char* errbuf,
                                      std::size_t errbufsz) {
     if (!(sector.total_duration_s > 0.0)) {
         set_error(errbuf, errbufsz, "sector %d total_duration_s=%g must be > 0", k, sector.total_duration_s);
         return KOR_MODEL_ERR_RANGE;
     }
+    if (sector.pulse_filename[0] == '\0') {
+        set_error(errbuf, errbufsz, "sector %d pulse_filename is required", k);
+        return KOR_MODEL_ERR_RANGE;
+    }
     return sequence_type == FAMILY_SPATIAL ? check_sector_in_spatial_sequence(sector, k, errbuf, errbufsz)
-                                           : KOR_MODEL_OK;
+                                           : check_sector_in_nmr_sequence(sector, k, errbuf, errbufsz);
 }
 
 KORModelStatus check_sequence_in_model(const KORPulseSequenceDef& seq, char* errbuf, std::size_t errbufsz) {

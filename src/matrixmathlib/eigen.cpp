@@ -148,9 +148,8 @@ void take_independent(int n, const double* evecs, int p, int q, int source, int 
     normalise_column(n, number, vecs_re, vecs_im);
 }
 
-/// D and the n eigenvectors of the sorted embedding, one of each pair, group by group. A group of m columns
-/// gives m/2, rounded up: together never fewer than n.
-void pick_by_group(int n, const double* evals, const double* evecs, double* D) {
+/// The eigenvectors of the sorted embedding, one of each pair, group by group. Returns their number.
+int pick_by_group(int n, const double* evals, const double* evecs, double* D) {
     const int N = 2 * n;
     int picked = 0;
     for (int p = 0; p < N && picked < n;) {
@@ -164,6 +163,7 @@ void pick_by_group(int n, const double* evals, const double* evecs, double* D) {
         }
         p = q;
     }
+    return picked;
 }
 
 } // namespace
@@ -222,7 +222,12 @@ void hermit(int n, const CMatrix& A, CMatrix& Z, double* D) {
     embed(n, A, M);
     jacobi_real_symmetric(N, M, evals, evecs);
     sort_eigs(N, evals, evecs);
-    pick_by_group(n, evals, evecs, D);
+    int picked = pick_by_group(n, evals, evecs, D);
+    for (int idx = 0; idx < N && picked < n; ++idx) {
+        D[++picked] = evals[idx];
+        load_vector(n, evecs, idx, picked);
+        normalise_column(n, picked, vecs_re, vecs_im);
+    }
     for (int i = 1; i <= n; ++i) {
         for (int k = 1; k <= n; ++k) {
             Z[i][k][1] = vecs_re[i][k];
