@@ -109,16 +109,5 @@ TEST(StartPulseFiles, SayThatTheyCannotBeOpened) {
     EXPECT_EQ(printed.err, "Cannot open absent/p.csv\ngp pulse: No such file or directory\n");
 }
 
-TEST(PulseFiles, FullDiskIsAFailure) {
-    if (!std::filesystem::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const double value = 1;
-    play_console("", [&] {
-        EXPECT_EQ(WritePulseCSV("/dev/full", 1, 1, &value, &value), 0);
-        EXPECT_EQ(WriteGnuplotPulseScript("/dev/full", "p.csv"), 0);
-    });
-}
-
 } // namespace
 } // namespace kor

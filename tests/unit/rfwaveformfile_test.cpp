@@ -74,24 +74,6 @@ TEST(WaveformFile, UnopenableTargetGivesTheSystemText) {
     EXPECT_EQ(two.out + five.out, "");
 }
 
-TEST(WaveformFile, EveryShortBlockIsTold) {
-    if (!std::filesystem::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const Doubles values = counting(2, 1);
-    const double* v = values.data();
-    const int ap = 2;
-    const auto five = play_console("", [&] { BinArrayOut(&ap, v, v, v, v, v, "/dev/full"); });
-    EXPECT_EQ(five.out, " >>> WRITE TO BINARY FILE ERROR (xb) <<< \n"
-                        " >>> WRITE TO BINARY FILE ERROR (yb) <<< \n"
-                        " >>> WRITE TO BINARY FILE ERROR (gx) <<< \n"
-                        " >>> WRITE TO BINARY FILE ERROR (gy) <<< \n"
-                        " >>> WRITE TO BINARY FILE ERROR (gz) <<< \n");
-    const auto two = play_console("", [&] { BinArrayOut2D(ap, v, v, "/dev/full"); });
-    EXPECT_EQ(two.out, " >>> WRITE TO BINARY FILE ERROR (xb) <<< \n"
-                       " >>> WRITE TO BINARY FILE ERROR (yb) <<< \n");
-}
-
 TEST(LoadWaveform, ReadsTwoBlocksAndIgnoresTheRest) {
     const TempTree folder;
     write_file("w", bytes_of(counting(5, 1)) + "tail");

@@ -6,10 +6,8 @@
 #include "observablespectrumcalculator/spectrum_2d.h"
 #include "observablespectrumcalculator/spectrum_files.h"
 #include "rfpulselib/start_pulse.h"
-#include "rfpulseplot.h"
 #include "rfwaveformfile.h"
 #include "support/console_script.h"
-#include "support/fake_gnuplot.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -63,14 +61,6 @@ TEST(FixedGridStartPulse, NeedsEveryArgument) {
     });
     EXPECT_EQ(console.err, "GenerateOptimizationStartPulseFixedGridInteractive: null pointer argument\n");
     EXPECT_EQ(unread_answers(), "100\n90\n0\n");
-}
-
-TEST(OpenPlot, AGnuplotThatIsNoProgramIsTold) {
-    const TempTree folder;
-    const FakeGnuplot gnuplot(folder);
-    folder.write("bin/gnuplot", "no program");
-    const ConsoleOutput console = play_console("", [] { open_plot("x.gp"); });
-    EXPECT_EQ(console.out, "gnuplot could not be started: Permission denied\n");
 }
 
 TEST(WaveformFile, TheOptimisersReaderNamesAFileThatIsTooShort) {
