@@ -181,12 +181,17 @@ std::string describe(const Fault& fault) {
 FaultyRun run_with_fault(const Scenario& scenario, const Fault& fault) {
     scenario.reset();
     const TempTree witness;
+    // The loader takes a blank in LD_PRELOAD for the end of a name; the temporary folder has none.
+    const std::string library = witness.path("failing_files.so");
+    fs::create_symlink(failing_files_library(), library);
     ProgramCall call;
     call.timeout_s = LONGEST_RUN_S;
-    call.environment = {
-        {"LD_PRELOAD", failing_files_library()},        {"KOR_FAULT_KIND", fault.kind},
-        {"KOR_FAULT_AT", std::to_string(fault.at)},     {"KOR_FAULT_ERROR", fault.error},
-        {"KOR_FAULT_ONWARD", fault.onward ? "1" : "0"}, {"KOR_FAULT_REPORT", witness.path("report")}};
+    call.environment = {{"LD_PRELOAD", library},
+                        {"KOR_FAULT_KIND", fault.kind},
+                        {"KOR_FAULT_AT", std::to_string(fault.at)},
+                        {"KOR_FAULT_ERROR", fault.error},
+                        {"KOR_FAULT_ONWARD", fault.onward ? "1" : "0"},
+                        {"KOR_FAULT_REPORT", witness.path("report")}};
     FaultyRun run;
     run.result = run_program(scenario.call(call));
     run.witness = read_report(witness.path("report"));
