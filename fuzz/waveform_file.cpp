@@ -20,7 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     kor_fuzz::write_file("x.bin", bytes);
 
     const std::size_t length = static_cast<std::size_t>(std::max(samples, 0));
-    std::vector<std::vector<double>> values(5, std::vector<double>(length));
+    // Never without an element: callers hand over arrays, not null pointers.
+    std::vector<std::vector<double>> values(5, std::vector<double>(std::max<std::size_t>(length, 1)));
     double* arrays[5];
     for (std::size_t b = 0; b < 5; ++b)
         arrays[b] = values[b].data();
