@@ -1,5 +1,6 @@
 // Coherence transfer between weakly and isotropically coupled spins 1/2 in closed form. Product operators:
 // Sorensen, Eich, Levitt, Bodenhausen & Ernst, Prog. NMR Spectrosc. 16 (1983) 163, in the simulator's sense.
+#include "support/coupled_hamiltonian.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -13,28 +14,6 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kTwoPi = 2.0 * kPi;
 constexpr double kQuarter = 0.5 * kPi;
-
-struct Pair {
-    int i, j;
-    double hz;
-};
-
-/// Hamiltonian of shifts (Hz, one per spin) and couplings.
-Dense hamiltonian(Laboratory& lab, const std::vector<double>& shifts, const std::vector<Pair>& couplings,
-                  bool exact) {
-    Dense H = Dense::Zero(lab.n(), lab.n());
-    for (std::size_t s = 0; s < shifts.size(); ++s) {
-        H += shifts[s] * lab.op(static_cast<int>(s) + 1, Axis::z);
-    }
-    for (const Pair& c : couplings) {
-        H += c.hz * lab.op(c.i, Axis::z) * lab.op(c.j, Axis::z);
-        if (exact) {
-            H += c.hz *
-                 (lab.op(c.i, Axis::x) * lab.op(c.j, Axis::x) + lab.op(c.i, Axis::y) * lab.op(c.j, Axis::y));
-        }
-    }
-    return kTwoPi * H;
-}
 
 /// tau - 180 x on all spins - tau.
 Dense after_echo(Laboratory& lab, double tau, const Dense& rho) {

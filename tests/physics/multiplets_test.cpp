@@ -1,5 +1,6 @@
 // Multiplets: signals and line lists of coupled spins against closed forms. Receiver signals start from
 // transverse magnetisation along x, so that a line of frequency f and intensity a gives a exp(2 pi i f t).
+#include "support/coupled_hamiltonian.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -13,28 +14,6 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kTwoPi = 2.0 * kPi;
-
-struct Pair {
-    int i, j;
-    double hz;
-};
-
-/// Hamiltonian of shifts (Hz, one per spin) and couplings.
-Dense hamiltonian(Laboratory& lab, const std::vector<double>& shifts, const std::vector<Pair>& couplings,
-                  bool exact) {
-    Dense H = Dense::Zero(lab.n(), lab.n());
-    for (std::size_t s = 0; s < shifts.size(); ++s) {
-        H += shifts[s] * lab.op(static_cast<int>(s) + 1, Axis::z);
-    }
-    for (const Pair& c : couplings) {
-        H += c.hz * lab.op(c.i, Axis::z) * lab.op(c.j, Axis::z);
-        if (exact) {
-            H += c.hz *
-                 (lab.op(c.i, Axis::x) * lab.op(c.j, Axis::x) + lab.op(c.i, Axis::y) * lab.op(c.j, Axis::y));
-        }
-    }
-    return kTwoPi * H;
-}
 
 constexpr int kPoints = 256;
 constexpr double kDwell = 1.7e-3;
