@@ -27,6 +27,10 @@ int platform_executable_file(char* out, std::size_t cap);
 /// separators of the same kind; on Linux also one leading '/'.
 bool platform_path_is_absolute(const char* path);
 
+/// Opening, deleting and renaming wait up to two seconds on Windows while somebody else has the file open in
+/// a way that forbids it: another process that writes the same result, or a virus scanner. Then they fail
+/// with EACCES.
+///
 /// fopen with the native path. nullptr and errno on failure; a folder is a failure too.
 std::FILE* platform_open(const char* path, const char* mode);
 /// Delete one file, rename one (replacing an existing target), make one folder: 0, or the errno value,

@@ -17,6 +17,8 @@ namespace {
 constexpr DWORD EXECUTABLE_NAME_SIZE = 260;
 constexpr DWORD FOLDER_NAME_SIZE = MAX_PATH - 12; // a folder leaves room for a short file name in it
 constexpr UINT UTF8_CODE_PAGE = 65001;
+constexpr ULONGLONG LONGEST_WAIT_MS = 2000; // for a file that somebody else has just opened
+constexpr DWORD PAUSE_MS = 5;
 
 int copy_text(const std::string& text, char* out, std::size_t cap) {
     if (!out || cap == 0)
@@ -55,6 +57,37 @@ bool is_longer_than(DWORD size, const char* path) {
 }
 
 using FileIdentity = BY_HANDLE_FILE_INFORMATION;
+
+/// Whether the attributes are those of a file that can be written anew.
+bool is_plain(DWORD attributes) {
+    constexpr DWORD unlike_a_plain_file = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE |
+                                          FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_READONLY;
+    return (attributes & unlike_a_plain_file) == 0;
+}
+
+/// Whether what failed may succeed in a moment: another process replaces the file, removes it or reads it,
+/// were it a virus scanner. The system says that access is denied where a file to be replaced is open or one
+/// that is being removed is opened, and also where the file will never be free.
+bool is_taken(DWORD error, const char* path) {
+    if (error != ERROR_ACCESS_DENIED)
+        return error == ERROR_SHARING_VIOLATION;
+    const DWORD attributes = GetFileAttributesA(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES) // so it is while the file is being removed
+        return GetLastError() == ERROR_ACCESS_DENIED;
+    return is_plain(attributes);
+}
+
+/// Calls `attempt`, which returns the system's error or 0, again while the file is taken and the longest wait
+/// is not over. Returns what the last call returned.
+template <typename Attempt> DWORD insist(const char* path, const Attempt& attempt) {
+    const ULONGLONG start = GetTickCount64();
+    DWORD error = attempt();
+    while (is_taken(error, path) && GetTickCount64() - start < LONGEST_WAIT_MS) {
+        Sleep(PAUSE_MS);
+        error = attempt();
+    }
+    return error;
+}
 
 /// What the system knows a file by; false when it cannot be opened.
 bool identify(const char* path, FileIdentity& file) {
@@ -166,7 +199,12 @@ bool platform_path_is_absolute(const char* path) {
 
 std::FILE* platform_open(const char* path, const char* mode) {
     const char* const name = path ? path : "";
-    std::FILE* file = std::fopen(name, mode);
+    std::FILE* file = nullptr;
+    insist(name, [&file, name, mode]() -> DWORD {
+        _doserrno = 0; // not every failure is the system's
+        file = std::fopen(name, mode);
+        return file ? 0 : _doserrno;
+    });
     if (!file && status_of(-1, name) == EACCES && is_folder(name))
         errno = EISDIR;
     return file;
@@ -174,16 +212,24 @@ std::FILE* platform_open(const char* path, const char* mode) {
 
 int platform_remove(const char* path) {
     const char* const name = path ? path : "";
-    return status_of(std::remove(name), name);
+    int result = 0;
+    insist(name, [&result, name]() -> DWORD {
+        result = std::remove(name);
+        return result == 0 ? 0 : _doserrno;
+    });
+    return status_of(result, name);
 }
 
 int platform_rename(const char* from, const char* to) {
     if (!from || !to)
         return errno = ENOENT;
     // The runtime library's rename refuses an existing target; the system replaces it in one step.
-    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING))
+    const DWORD error = insist(to, [from, to]() -> DWORD {
+        return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) ? 0 : GetLastError();
+    });
+    if (error == 0)
         return 0;
-    errno = error_value(GetLastError());
+    errno = error_value(error);
     return status_of(-1, is_longer_than(MAX_PATH, from) ? from : to);
 }
 
@@ -197,13 +243,17 @@ int platform_make_dir(const char* path) {
 }
 
 bool platform_may_replace(const char* path) {
-    const DWORD attributes = GetFileAttributesA(path ? path : "");
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return GetLastError() == ERROR_FILE_NOT_FOUND;
-    constexpr DWORD unlike_a_plain_file = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE |
-                                          FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_READONLY;
-    FileIdentity file;
-    return (attributes & unlike_a_plain_file) == 0 && identify(path, file) && file.nNumberOfLinks == 1;
+    const char* const name = path ? path : "";
+    bool may = false;
+    const DWORD error = insist(name, [&may, name]() -> DWORD {
+        const DWORD attributes = GetFileAttributesA(name);
+        FileIdentity file;
+        if (attributes == INVALID_FILE_ATTRIBUTES || !identify(name, file))
+            return GetLastError();
+        may = is_plain(attributes) && file.nNumberOfLinks == 1;
+        return 0;
+    });
+    return error == ERROR_FILE_NOT_FOUND || may;
 }
 
 bool platform_same_file(const char* a, const char* b) {
