@@ -18,12 +18,6 @@ namespace {
 
 class Columns : public EngineTest {};
 
-std::vector<EngineChoice> FastChoices() {
-    std::vector<EngineChoice> choices = AllEngines();
-    choices.erase(choices.begin());
-    return choices;
-}
-
 enum class Phase { fixed, sweeping };
 
 /// Samples whose exponents are about `angle` long.
@@ -37,24 +31,12 @@ RandomWaveform waveform_of_angle(Random& random, const RandomSystem& system, int
     return wave;
 }
 
-Dense propagator(const EngineSector& sector, int ix, int iy, int iz) {
-    static CMatrix r;
-    EngineOpenSector(sector);
-    EngineSectorPropagator(ix, iy, iz, r);
-    return to_dense(sector.system.n, r);
-}
-
 /// At one voxel, largest difference of an element from the reference's.
 double distance_from_reference(const EngineChoice& choice, const EngineSector& sector) {
     EngineSelect(Engine::reference);
-    const Dense expected = propagator(sector, 2, 1, 3);
+    const Dense expected = sector_propagator(sector, 2, 1, 3);
     EngineSelect(choice);
-    return distance(propagator(sector, 2, 1, 3), expected);
-}
-
-std::string plan_of(const EngineSector& sector) {
-    EngineOpenSector(sector);
-    return EngineSectorPlan();
+    return distance(sector_propagator(sector, 2, 1, 3), expected);
 }
 
 } // namespace
@@ -92,15 +74,15 @@ TEST(ColumnsOfEverySet, AgreeWithTheReferenceUpToEightSpins) {
         const EngineCase problem(system, waveform_of_angle(random, system, 1, Phase::sweeping, 0.4));
         const EngineSector sector = problem.sector(small_grid());
         EngineSelect(Engine::reference);
-        const Dense expected = propagator(sector, 2, 1, 3);
+        const Dense expected = sector_propagator(sector, 2, 1, 3);
         EngineSelect(Engine::fast);
-        for (const EngineChoice& choice : FastChoices()) {
+        for (const EngineChoice& choice : FastEngines()) {
             EngineUseInstructionSet(choice.set);
             ASSERT_EQ(plan_of(sector), "binary columns");
-            EXPECT_LE(distance(propagator(sector, 2, 1, 3), expected), 2e-13)
+            EXPECT_LE(distance(sector_propagator(sector, 2, 1, 3), expected), 2e-13)
                 << spins << ' ' << EngineName(choice);
         }
-        EngineUseInstructionSet(FastChoices().back().set);
+        EngineUseInstructionSet(FastEngines().back().set);
     }
 }
 
@@ -150,8 +132,9 @@ TEST_P(Columns, GiveAVoxelTheSameBitsWhateverTheGridAroundIt) {
     const EngineCase problem(system, waveform_of_angle(random, system, 4, Phase::sweeping, 0.3));
     const EngineGrid near = {3, 1, 1, 0.25, 0.0, 0.0, 0.125, 0.0, 0.0};
     const EngineGrid wide = {2, 1, 1, 0.25, 0.0, 0.0, 0.5, 0.0, 0.0};
-    EXPECT_EQ(distance(propagator(problem.sector(near), 1, 1, 1), propagator(problem.sector(wide), 1, 1, 1)),
+    EXPECT_EQ(distance(sector_propagator(problem.sector(near), 1, 1, 1),
+                       sector_propagator(problem.sector(wide), 1, 1, 1)),
               0.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, Columns, testing::ValuesIn(FastChoices()), EngineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, Columns, testing::ValuesIn(FastEngines()), EngineParamName);

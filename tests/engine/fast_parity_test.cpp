@@ -1,4 +1,5 @@
 // The fast engine against the reference on random sectors of every kind, with every instruction set.
+#include "support/constants.h"
 #include "support/engine_system.h"
 #include "support/engines.h"
 
@@ -9,8 +10,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 enum class Field { sweeping, none, along_x, tilted, strong, equal_runs, palindrome, some_gaps };
 constexpr int kFields = 8;
@@ -24,7 +23,7 @@ void mirror(std::vector<double>& values, std::size_t lead) {
 /// Shapes a random waveform into one of the kinds.
 void shape(Field field, Random& random, RandomWaveform& wave) {
     const std::size_t count = wave.xb.size();
-    const double tilt = random.uniform(0.0, kTwoPi);
+    const double tilt = random.uniform(0.0, TWO_PI);
     const std::size_t lead = static_cast<std::size_t>(random.integer(0, 1));
     for (std::size_t j = 0; j < count; ++j) {
         const bool gap = field == Field::none || (field == Field::some_gaps && j % 4 != 0);

@@ -1,4 +1,5 @@
 // What the fast engine makes of interchangeable spins and of one gradient direction over many voxels.
+#include "support/constants.h"
 #include "support/engine_system.h"
 #include "support/engines.h"
 
@@ -10,8 +11,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 /// Spins 1/2 of some groups; spins of one group have one shift, pairs of two groups one coupling.
 struct Grouped {
@@ -27,8 +26,8 @@ Grouped grouped_spins(Random& random, const std::vector<int>& group, Coupling co
     std::vector<double> shifts;
     std::vector<double> couplings;
     for (int k = 0; k < groups * groups; ++k) {
-        shifts.push_back(kTwoPi * random.uniform(-400.0, 400.0));
-        couplings.push_back(kTwoPi * random.uniform(-30.0, 30.0));
+        shifts.push_back(TWO_PI * random.uniform(-400.0, 400.0));
+        couplings.push_back(TWO_PI * random.uniform(-30.0, 30.0));
     }
     RandomSystem& s = g.system;
     s.twice_spins.assign(group.size(), 1);
@@ -62,7 +61,7 @@ EngineSector with_groups(const EngineCase& problem, const EngineGrid& grid, cons
     return sector;
 }
 
-Dense propagator(int n, int ix, int iy, int iz) {
+Dense open_sector_propagator(int n, int ix, int iy, int iz) {
     static CMatrix r;
     EngineSectorPropagator(ix, iy, iz, r);
     return to_dense(n, r);
@@ -71,18 +70,12 @@ Dense propagator(int n, int ix, int iy, int iz) {
 Dense reference_propagator(const EngineSector& sector, int ix, int iy, int iz) {
     EngineSelect(Engine::reference);
     EngineOpenSector(sector);
-    const Dense r = propagator(sector.system.n, ix, iy, iz);
+    const Dense r = open_sector_propagator(sector.system.n, ix, iy, iz);
     EngineSelect(Engine::fast);
     return r;
 }
 
 class FastSymmetry : public EngineTest {};
-
-std::vector<EngineChoice> FastChoices() {
-    std::vector<EngineChoice> choices = AllEngines();
-    choices.erase(choices.begin());
-    return choices;
-}
 
 const EngineGrid kOrigin = {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
 
@@ -105,7 +98,7 @@ TEST_P(FastSymmetry, LooksAgainWhenTheFieldOperatorsChange) {
     const Dense expected = reference_propagator(sector, 1, 1, 1);
     EngineOpenSector(sector);
     EXPECT_STREQ(EngineSectorPlan(), "lanes");
-    EXPECT_LE(distance(propagator(4, 1, 1, 1), expected), 2e-13);
+    EXPECT_LE(distance(open_sector_propagator(4, 1, 1, 1), expected), 2e-13);
 }
 
 TEST_P(FastSymmetry, TakesAlikeSpinsTogether) {
@@ -127,7 +120,7 @@ TEST_P(FastSymmetry, TakesAlikeSpinsTogether) {
             const Dense expected = reference_propagator(sector, 3, 1, 2);
             EngineOpenSector(sector);
             EXPECT_STREQ(EngineSectorPlan(), "equivalent spins");
-            EXPECT_LE(distance(propagator(sector.system.n, 3, 1, 2), expected), 2e-13)
+            EXPECT_LE(distance(open_sector_propagator(sector.system.n, 3, 1, 2), expected), 2e-13)
                 << testing::PrintToString(group);
         }
     }
@@ -149,7 +142,7 @@ TEST_P(FastSymmetry, TakesSpinsThatNobodyCallsAlikeOneByOne) {
     const EngineSector general = with_groups(problem, small_grid(), all_different);
     EngineOpenSector(general);
     EXPECT_STREQ(EngineSectorPlan(), "lanes");
-    EXPECT_LE(distance(propagator(16, 2, 1, 1), reference_propagator(general, 2, 1, 1)), 2e-13);
+    EXPECT_LE(distance(open_sector_propagator(16, 2, 1, 1), reference_propagator(general, 2, 1, 1)), 2e-13);
 }
 
 TEST_P(FastSymmetry, DoesNotBelieveThatUnlikeSpinsAreAlike) {
@@ -167,7 +160,7 @@ TEST_P(FastSymmetry, InterpolatesAlongOneGradientDirection) {
     for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1, 1}, {1, 2}, {1, 1, 1}}) {
         RandomWaveform wave = random_waveform(random, 40, 0);
         for (std::size_t j = 0; j < 40; ++j) {
-            const double strength = kTwoPi * 500.0 * std::cos(0.1 * static_cast<double>(j));
+            const double strength = TWO_PI * 500.0 * std::cos(0.1 * static_cast<double>(j));
             wave.gx[j] = strength;
             wave.gy[j] = 0.5 * strength;
             wave.gz[j] = -0.25 * strength;
@@ -181,7 +174,7 @@ TEST_P(FastSymmetry, InterpolatesAlongOneGradientDirection) {
         for (int trial = 0; trial < 5; ++trial) {
             const int ix = random.integer(1, 12), iy = random.integer(1, 11), iz = random.integer(1, 10);
             EngineOpenSector(sector);
-            const Dense r = propagator(sector.system.n, ix, iy, iz);
+            const Dense r = open_sector_propagator(sector.system.n, ix, iy, iz);
             EXPECT_LE(distance(r, reference_propagator(sector, ix, iy, iz)), 2e-13);
         }
         problem.wave.gz[7] *= 1.0 + 1e-9; // two directions
@@ -200,7 +193,7 @@ TEST_P(FastSymmetry, InterpolatesToTheCornersOfFewAndManyVoxels) {
     for (const EngineGrid& grid : grids) {
         for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1, 1}, {5}, {1, 1, 1}}) {
             RandomWaveform wave = random_waveform(random, 40, 0);
-            const double strength = kTwoPi * random.uniform(200.0, 400.0);
+            const double strength = TWO_PI * random.uniform(200.0, 400.0);
             wave.gx.assign(40, strength);
             wave.gy.assign(40, 0.3 * strength);
             wave.gz.assign(40, -0.4 * strength);
@@ -216,7 +209,7 @@ TEST_P(FastSymmetry, InterpolatesToTheCornersOfFewAndManyVoxels) {
                 const int iz = corner ? (k & 4 ? grid.ndz : 1) : random.integer(1, grid.ndz);
                 const Dense expected = problem.expected(
                     (ix - 1) * grid.dx + grid.x0, (iy - 1) * grid.dy + grid.y0, (iz - 1) * grid.dz + grid.z0);
-                EXPECT_LE(distance(propagator(sector.system.n, ix, iy, iz), expected), 2e-13)
+                EXPECT_LE(distance(open_sector_propagator(sector.system.n, ix, iy, iz), expected), 2e-13)
                     << ix << ' ' << iy << ' ' << iz;
             }
         }
@@ -240,7 +233,7 @@ TEST_P(FastSymmetry, ComputesTheVoxelsOfASteepGradientOneByOne) {
     EngineOpenSector(problem.sector({256, 256, 256, -1.0, -1.0, -1.0, step, step, step}));
     EXPECT_STREQ(EngineSectorPlan(), "lanes");
     const Dense expected = problem.expected(-0.25, 0.5, 99.0 * step - 1.0);
-    EXPECT_LE(distance(propagator(2, 97, 193, 100), expected), problem.tolerance());
+    EXPECT_LE(distance(open_sector_propagator(2, 97, 193, 100), expected), problem.tolerance());
 }
 
 TEST_P(FastSymmetry, SeesNoDirectionInGradientsThatTurnNothing) {
@@ -252,7 +245,8 @@ TEST_P(FastSymmetry, SeesNoDirectionInGradientsThatTurnNothing) {
         const EngineCase problem(random_system(random, {1, 1, 1}, Coupling::exact), wave);
         EngineOpenSector(problem.sector({256, 2, 1, -1.0, 0.0, 0.0, 0.01, 0.1, 0.0}));
         EXPECT_STREQ(EngineSectorPlan(), "lanes");
-        EXPECT_LE(distance(propagator(8, 200, 2, 1), problem.expected(0.0, 0.0, 0.0)), problem.tolerance());
+        EXPECT_LE(distance(open_sector_propagator(8, 200, 2, 1), problem.expected(0.0, 0.0, 0.0)),
+                  problem.tolerance());
     }
 }
 
@@ -261,23 +255,23 @@ TEST_P(FastSymmetry, InterpolatesBlocksOfAlikeSpins) {
     const Grouped grouped = grouped_spins(random, {0, 1, 1, 1}, Coupling::exact);
     RandomWaveform wave = random_waveform(random, 24, 0);
     wave.dt = 2e-5;
-    std::fill(wave.gz.begin(), wave.gz.end(), kTwoPi * 300.0);
+    std::fill(wave.gz.begin(), wave.gz.end(), TWO_PI * 300.0);
     const EngineCase problem(grouped.system, wave);
     const EngineSector sector =
         with_groups(problem, {1, 1, 256, 0.0, 0.0, -1.0, 0.0, 0.0, 2.0 / 255}, grouped.group);
     const Dense expected = reference_propagator(sector, 1, 1, 77);
     EngineOpenSector(sector);
     EXPECT_STREQ(EngineSectorPlan(), "interpolation");
-    EXPECT_LE(distance(propagator(16, 1, 1, 77), expected), 2e-13);
+    EXPECT_LE(distance(open_sector_propagator(16, 1, 1, 77), expected), 2e-13);
 }
 
 TEST_P(FastSymmetry, ComputesFewPlacesOneByOne) {
     Random random(196);
     RandomWaveform wave = random_waveform(random, 24, 0);
-    std::fill(wave.gz.begin(), wave.gz.end(), kTwoPi * 30000.0); // more turns than voxels
+    std::fill(wave.gz.begin(), wave.gz.end(), TWO_PI * 30000.0); // more turns than voxels
     const EngineCase problem(random_system(random, {1, 1}, Coupling::exact), wave);
     EngineOpenSector(problem.sector({1, 1, 256, 0.0, 0.0, -1.0, 0.0, 0.0, 2.0 / 255}));
     EXPECT_STREQ(EngineSectorPlan(), "lanes");
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, FastSymmetry, testing::ValuesIn(FastChoices()), EngineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, FastSymmetry, testing::ValuesIn(FastEngines()), EngineParamName);

@@ -11,21 +11,21 @@ namespace {
 
 class FreeEvolutionExtremes : public EngineTest {};
 
-struct Signal {
+struct SignalFromX {
     std::vector<double> re, im;
 };
 
-Signal sample(const RandomSystem& system, const Dense& H, double dt, int points) {
+SignalFromX sample_from_x(const RandomSystem& system, const Dense& H, double dt, int points) {
     const MarkedMatrix Hmat(H);
     const MarkedMatrix Ix(system.Fx);
     const MarkedMatrix Iy(system.Fy);
     const auto length = static_cast<std::size_t>(points);
-    Signal signal{std::vector<double>(length), std::vector<double>(length)};
+    SignalFromX signal{std::vector<double>(length), std::vector<double>(length)};
     EngineSampleFreeEvolution(system.n, Hmat, dt, points, Ix, Ix, Iy, signal.re.data(), signal.im.data());
     return signal;
 }
 
-void expect_near(const Signal& signal, const Signal& expected, double tolerance) {
+void expect_near(const SignalFromX& signal, const SignalFromX& expected, double tolerance) {
     for (std::size_t k = 0; k < expected.re.size(); ++k) {
         EXPECT_NEAR(signal.re[k], expected.re[k], tolerance) << k;
         EXPECT_NEAR(signal.im[k], expected.im[k], tolerance) << k;
@@ -39,13 +39,13 @@ TEST_P(FreeEvolutionExtremes, TakesCouplingsTooSmallToSquareForNone) {
     for (const double tiny : {1e-130, 1e-158, 1e-160, 1e-200, 1e-300, 5e-324}) {
         const RandomSystem system = random_system(random, {1, 1, 1, 1}, Coupling::exact);
         Dense H = system.H0.diagonal().asDiagonal();
-        const Signal uncoupled = sample(system, H, 1e-3, 40);
+        const SignalFromX uncoupled = sample_from_x(system, H, 1e-3, 40);
         for (int i = 0; i < system.n; ++i) {
             for (int j = 0; j < i; ++j) {
                 H(i, j) = H(j, i) = system.H0(i, j) != 0.0 ? tiny * (1 + (i * j) % 3) : 0.0;
             }
         }
-        expect_near(sample(system, H, 1e-3, 40), uncoupled, 1e-12);
+        expect_near(sample_from_x(system, H, 1e-3, 40), uncoupled, 1e-12);
     }
 }
 
@@ -54,8 +54,8 @@ TEST_P(FreeEvolutionExtremes, DependsOnTheProductOfHamiltonianAndTimeAlone) {
     for (const int exponent : {-900, -600, -520, 500, 600, 900}) {
         const RandomSystem system = random_system(random, {1, 1, 1, 1}, Coupling::exact);
         const double factor = std::ldexp(1.0, exponent);
-        const Signal usual = sample(system, system.H0, 0x1p-10, 40);
-        expect_near(sample(system, factor * system.H0, 0x1p-10 / factor, 40), usual, 1e-12);
+        const SignalFromX usual = sample_from_x(system, system.H0, 0x1p-10, 40);
+        expect_near(sample_from_x(system, factor * system.H0, 0x1p-10 / factor, 40), usual, 1e-12);
     }
 }
 

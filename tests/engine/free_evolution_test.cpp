@@ -11,19 +11,21 @@ namespace {
 class FreeEvolution : public EngineTest {};
 class FreeEvolutionParity : public EngineTest {};
 
-struct Signal {
+/// One point more than was asked for, to see a stray write.
+struct GuardedSignal {
     std::vector<double> re, im;
 };
 
 constexpr double kUnset = -9.5;
 
-Signal sample(const RandomSystem& system, const Dense& H, double dt, int points, const Dense& rho) {
+GuardedSignal guarded_sample(const RandomSystem& system, const Dense& H, double dt, int points,
+                             const Dense& rho) {
     MarkedMatrix Hmat(H);
     MarkedMatrix Rho(rho);
     MarkedMatrix Ix(system.Fx);
     MarkedMatrix Iy(system.Fy);
-    const auto length = static_cast<std::size_t>(points) + 1; // one more, to see a stray write
-    Signal signal{std::vector<double>(length, kUnset), std::vector<double>(length, kUnset)};
+    const auto length = static_cast<std::size_t>(points) + 1;
+    GuardedSignal signal{std::vector<double>(length, kUnset), std::vector<double>(length, kUnset)};
     EngineSampleFreeEvolution(system.n, Hmat, dt, points, Rho, Ix, Iy, signal.re.data(), signal.im.data());
     EXPECT_EQ(distance(Rho, rho), 0.0);
     EXPECT_EQ(distance(Hmat, H), 0.0);
@@ -34,7 +36,7 @@ Signal sample(const RandomSystem& system, const Dense& H, double dt, int points,
 
 /// Each point from one exponential over the whole time, so that no error of a step adds up.
 void expect_signal(const RandomSystem& system, const Dense& H, double dt, const Dense& rho,
-                   const Signal& signal, double tolerance) {
+                   const GuardedSignal& signal, double tolerance) {
     for (int k = 0; k + 1 < static_cast<int>(signal.re.size()); ++k) {
         const Dense U = exp_i(H, k * dt);
         const Dense state = U.adjoint() * rho * U;
@@ -52,7 +54,7 @@ TEST_P(FreeEvolution, AgreesWithDenseAlgebraOnRandomSystems) {
     for (int trial = 0; trial < 30; ++trial) {
         const RandomSystem system = random_system(random, 16);
         const Dense rho = random.density(system.n);
-        const Signal signal = sample(system, system.H0, 1e-3, 50, rho);
+        const GuardedSignal signal = guarded_sample(system, system.H0, 1e-3, 50, rho);
         expect_signal(system, system.H0, 1e-3, rho, signal, 1e-11);
     }
 }
@@ -65,7 +67,7 @@ TEST_P(FreeEvolution, TakesAnyHamiltonianState) {
         const RandomSystem system = random_system(random, halves, Coupling::exact);
         const Dense H = 1000.0 * random.hermitian(system.n);
         const Dense rho = random.matrix(system.n);
-        expect_signal(system, H, 2e-4, rho, sample(system, H, 2e-4, 30, rho), 1e-11);
+        expect_signal(system, H, 2e-4, rho, guarded_sample(system, H, 2e-4, 30, rho), 1e-11);
     }
 }
 
@@ -73,7 +75,7 @@ TEST_P(FreeEvolution, TurnsXTowardsPlusYForAPositiveHamiltonian) {
     Random random(133);
     RandomSystem system = random_system(random, {1}, Coupling::weak);
     system.H0 = 100.0 * system.Fz;
-    const Signal signal = sample(system, system.H0, 1e-3, 20, system.Fx);
+    const GuardedSignal signal = guarded_sample(system, system.H0, 1e-3, 20, system.Fx);
     for (int k = 0; k < 20; ++k) {
         EXPECT_NEAR(signal.re[static_cast<std::size_t>(k)], 0.5 * std::cos(0.1 * k), 1e-14);
         EXPECT_NEAR(signal.im[static_cast<std::size_t>(k)], 0.5 * std::sin(0.1 * k), 1e-14);
@@ -83,7 +85,7 @@ TEST_P(FreeEvolution, TurnsXTowardsPlusYForAPositiveHamiltonian) {
 TEST_P(FreeEvolution, StaysAccurateOverManyPoints) {
     Random random(134);
     const RandomSystem system = random_system(random, {1, 1}, Coupling::exact);
-    const Signal signal = sample(system, system.H0, 1e-3, 2048, system.Fx);
+    const GuardedSignal signal = guarded_sample(system, system.H0, 1e-3, 2048, system.Fx);
     expect_signal(system, system.H0, 1e-3, system.Fx, signal, 1e-10);
 }
 
@@ -91,7 +93,7 @@ TEST_P(FreeEvolution, OfOnePointIsTheStateItself) {
     Random random(135);
     const RandomSystem system = random_system(random, {1, 2}, Coupling::exact);
     const Dense rho = random.density(system.n);
-    const Signal signal = sample(system, system.H0, 1e-3, 1, rho);
+    const GuardedSignal signal = guarded_sample(system, system.H0, 1e-3, 1, rho);
     EXPECT_NEAR(signal.re[0], (system.Fx * rho).trace().real(), 1e-15);
     EXPECT_NEAR(signal.im[0], (system.Fy * rho).trace().real(), 1e-15);
 }
@@ -99,7 +101,7 @@ TEST_P(FreeEvolution, OfOnePointIsTheStateItself) {
 TEST_P(FreeEvolution, OfNoPointsWritesNothing) {
     Random random(136);
     const RandomSystem system = random_system(random, {1}, Coupling::exact);
-    const Signal signal = sample(system, system.H0, 1e-3, 0, system.Fx);
+    const GuardedSignal signal = guarded_sample(system, system.H0, 1e-3, 0, system.Fx);
     EXPECT_EQ(signal.re[0], kUnset);
 }
 
@@ -124,9 +126,9 @@ TEST_P(FreeEvolutionParity, IsThatOfTheReferenceEngine) {
         const RandomSystem system = random_system(random, 32);
         const Dense rho = random.matrix(system.n);
         EngineSelect(Engine::reference);
-        const Signal reference = sample(system, system.H0, 5e-4, 40, rho);
+        const GuardedSignal reference = guarded_sample(system, system.H0, 5e-4, 40, rho);
         EngineSelect(GetParam());
-        const Signal signal = sample(system, system.H0, 5e-4, 40, rho);
+        const GuardedSignal signal = guarded_sample(system, system.H0, 5e-4, 40, rho);
         for (std::size_t k = 0; k < 40; ++k) {
             const double scale = std::fmax(1.0, system.Fx.norm() * rho.norm());
             EXPECT_NEAR(signal.re[k], reference.re[k], 1e-12 * scale) << trial << ' ' << k;

@@ -9,13 +9,13 @@ namespace {
 class Rotation : public EngineTest {};
 class RotationParity : public EngineTest {};
 
-const std::vector<int> kSizes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 24, 64};
+const std::vector<int> kRotatedSizes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 24, 64};
 
 } // namespace
 
 TEST_P(Rotation, PutsTheAdjointOnTheLeft) {
     Random random(121);
-    for (const int n : kSizes) {
+    for (const int n : kRotatedSizes) {
         const Dense r = random.unitary(n);
         const Dense rho = random.matrix(n); // any matrix, not a state alone
         MarkedMatrix R(r);
@@ -38,7 +38,7 @@ TEST_P(Rotation, ByTheIdentityChangesNothing) {
 
 TEST_P(Rotation, KeepsTraceHermiticityAndPurity) {
     Random random(123);
-    for (const int n : kSizes) {
+    for (const int n : kRotatedSizes) {
         const Dense rho = random.density(n);
         MarkedMatrix R(random.unitary(n));
         MarkedMatrix Rho(rho);
@@ -52,7 +52,7 @@ TEST_P(Rotation, KeepsTraceHermiticityAndPurity) {
 
 TEST_P(RotationParity, IsThatOfTheReferenceEngine) {
     Random random(124);
-    for (const int n : kSizes) {
+    for (const int n : kRotatedSizes) {
         const Dense rho = random.matrix(n);
         MarkedMatrix R(random.unitary(n));
         MarkedMatrix reference(rho);

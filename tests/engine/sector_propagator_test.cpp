@@ -11,10 +11,10 @@ namespace {
 class SectorPropagator : public EngineTest {};
 class SectorPropagatorParity : public EngineTest {};
 
-const std::vector<std::vector<int>> kSpinLists = {{1},    {2},    {3},       {1, 1},    {1, 2},
-                                                  {2, 3}, {3, 3}, {1, 1, 1}, {1, 2, 3}, {1, 1, 1, 1}};
+const std::vector<std::vector<int>> kPropagatedSpins = {{1},    {2},    {3},       {1, 1},    {1, 2},
+                                                        {2, 3}, {3, 3}, {1, 1, 1}, {1, 2, 3}, {1, 1, 1, 1}};
 
-Dense propagator(const EngineCase& problem, int ix, int iy, int iz) {
+Dense checked_propagator(const EngineCase& problem, int ix, int iy, int iz) {
     MarkedMatrix r;
     EngineSectorPropagator(ix, iy, iz, r);
     EXPECT_TRUE(r.border_untouched(problem.system.n));
@@ -28,7 +28,7 @@ void expect_every_voxel(const EngineCase& problem, const EngineGrid& grid) {
             for (int iz = 1; iz <= grid.ndz; ++iz) {
                 const Dense expected = problem.expected(
                     grid.x0 + (ix - 1) * grid.dx, grid.y0 + (iy - 1) * grid.dy, grid.z0 + (iz - 1) * grid.dz);
-                EXPECT_LE(distance(propagator(problem, ix, iy, iz), expected), problem.tolerance())
+                EXPECT_LE(distance(checked_propagator(problem, ix, iy, iz), expected), problem.tolerance())
                     << "voxel " << ix << ' ' << iy << ' ' << iz << ", n = " << problem.system.n;
             }
         }
@@ -39,11 +39,11 @@ void expect_every_voxel(const EngineCase& problem, const EngineGrid& grid) {
 
 TEST_P(SectorPropagator, AgreesWithDenseAlgebraWithoutGradients) {
     Random random(101);
-    for (const std::vector<int>& spins : kSpinLists) {
+    for (const std::vector<int>& spins : kPropagatedSpins) {
         for (const Coupling coupling : {Coupling::weak, Coupling::exact}) {
             const EngineCase problem(random_system(random, spins, coupling), random_waveform(random, 20, 3));
             EngineOpenSector(problem.sector());
-            EXPECT_LE(distance(propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
+            EXPECT_LE(distance(checked_propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
                       problem.tolerance())
                 << testing::PrintToString(spins);
         }
@@ -53,7 +53,7 @@ TEST_P(SectorPropagator, AgreesWithDenseAlgebraWithoutGradients) {
 TEST_P(SectorPropagator, AgreesWithDenseAlgebraOnOneTwoAndThreeGradientAxes) {
     Random random(102);
     for (int axes = 1; axes <= 3; ++axes) {
-        for (const std::vector<int>& spins : kSpinLists) {
+        for (const std::vector<int>& spins : kPropagatedSpins) {
             const EngineCase problem(random_system(random, spins, Coupling::exact),
                                      random_waveform(random, 5, axes));
             EngineOpenSector(problem.sector(small_grid()));
@@ -78,24 +78,25 @@ TEST_P(SectorPropagator, AgreesWithDenseAlgebraOn64States) {
     const EngineCase problem(random_system(random, {1, 1, 1, 1, 1, 1}, Coupling::exact),
                              random_waveform(random, 2, 0));
     EngineOpenSector(problem.sector());
-    EXPECT_LE(distance(propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)), problem.tolerance());
+    EXPECT_LE(distance(checked_propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
+              problem.tolerance());
 }
 
 TEST_P(SectorPropagator, DoesNotDependOnTheOrderOfTheVoxels) {
     Random random(105);
     const EngineCase problem(random_system(random, {1, 1}, Coupling::exact), random_waveform(random, 8, 3));
     EngineOpenSector(problem.sector(small_grid()));
-    const Dense first = propagator(problem, 2, 1, 3);
-    propagator(problem, 3, 2, 4);
-    propagator(problem, 1, 1, 1);
-    EXPECT_EQ(distance(propagator(problem, 2, 1, 3), first), 0.0);
+    const Dense first = checked_propagator(problem, 2, 1, 3);
+    checked_propagator(problem, 3, 2, 4);
+    checked_propagator(problem, 1, 1, 1);
+    EXPECT_EQ(distance(checked_propagator(problem, 2, 1, 3), first), 0.0);
 }
 
 TEST_P(SectorPropagator, OfNoSamplesIsTheIdentity) {
     Random random(106);
     const EngineCase problem(random_system(random, {1, 2}, Coupling::exact), random_waveform(random, 0, 3));
     EngineOpenSector(problem.sector(small_grid()));
-    EXPECT_EQ(distance(propagator(problem, 3, 2, 4), Dense::Identity(6, 6)), 0.0);
+    EXPECT_EQ(distance(checked_propagator(problem, 3, 2, 4), Dense::Identity(6, 6)), 0.0);
 }
 
 TEST_P(SectorPropagator, OfNoTimeIsTheIdentity) {
@@ -104,7 +105,7 @@ TEST_P(SectorPropagator, OfNoTimeIsTheIdentity) {
     EngineSector sector = problem.sector();
     sector.samples.dt = 0.0; // the first evolution row
     EngineOpenSector(sector);
-    EXPECT_EQ(distance(propagator(problem, 1, 1, 1), Dense::Identity(6, 6)), 0.0);
+    EXPECT_EQ(distance(checked_propagator(problem, 1, 1, 1), Dense::Identity(6, 6)), 0.0);
 }
 
 TEST_P(SectorPropagator, FollowsTheTimeStepOfTheSectorOpenedLast) {
@@ -114,7 +115,7 @@ TEST_P(SectorPropagator, FollowsTheTimeStepOfTheSectorOpenedLast) {
     for (int row = 0; row < 4; ++row) {
         problem.wave.dt = row * dt;
         EngineOpenSector(problem.sector());
-        EXPECT_LE(distance(propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
+        EXPECT_LE(distance(checked_propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
                   problem.tolerance())
             << row;
     }
@@ -128,7 +129,8 @@ TEST_P(SectorPropagator, KeepsItsOwnCopyOfTheRecord) {
     sector.samples.dt = 1.0;
     sector.samples.count = 0;
     sector.grid = {};
-    EXPECT_LE(distance(propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)), problem.tolerance());
+    EXPECT_LE(distance(checked_propagator(problem, 1, 1, 1), problem.expected(0.0, 0.0, 0.0)),
+              problem.tolerance());
 }
 
 TEST_P(SectorPropagator, IsUnitary) {
@@ -136,7 +138,7 @@ TEST_P(SectorPropagator, IsUnitary) {
     for (int trial = 0; trial < 20; ++trial) {
         const EngineCase problem(random_system(random, 16), random_waveform(random, 50, 3));
         EngineOpenSector(problem.sector(small_grid()));
-        const Dense r = propagator(problem, 2, 2, 2);
+        const Dense r = checked_propagator(problem, 2, 2, 2);
         EXPECT_LE(distance(r.adjoint() * r, Dense::Identity(r.rows(), r.cols())), problem.tolerance());
     }
 }
@@ -150,10 +152,10 @@ TEST_P(SectorPropagatorParity, IsThatOfTheReferenceEngine) {
         const int iz = random.integer(1, sector.grid.ndz);
         EngineSelect(Engine::reference);
         EngineOpenSector(sector);
-        const Dense reference = propagator(problem, ix, 1, iz);
+        const Dense reference = checked_propagator(problem, ix, 1, iz);
         EngineSelect(GetParam());
         EngineOpenSector(sector);
-        const Dense r = propagator(problem, ix, 1, iz);
+        const Dense r = checked_propagator(problem, ix, 1, iz);
         EXPECT_LE(distance(r, reference), 1e-12 * largest(reference)) << trial;
     }
 }

@@ -14,9 +14,9 @@ namespace {
 
 class States : public EngineTest {};
 
-const std::vector<int> kSizes = {1, 2, 3, 4, 5, 6, 8, 9, 10, 12, 15, 16, 18, 27, 32};
-const std::vector<std::vector<int>> kSpinLists = {{1},    {2},       {1, 1},         {1, 2},
-                                                  {2, 2}, {1, 1, 1}, {1, 1, 1, 1, 1}};
+const std::vector<int> kStateSizes = {1, 2, 3, 4, 5, 6, 8, 9, 10, 12, 15, 16, 18, 27, 32};
+const std::vector<std::vector<int>> kSpinsOfStates = {{1},    {2},       {1, 1},         {1, 2},
+                                                      {2, 2}, {1, 1, 1}, {1, 1, 1, 1, 1}};
 
 std::vector<double> in_file_order(const std::vector<Dense>& matrices) {
     std::vector<double> pairs;
@@ -48,7 +48,7 @@ std::vector<Dense> random_states(Random& random, int n, int count) {
     return states;
 }
 
-bool same_bits(const std::vector<double>& a, const std::vector<double>& b) {
+bool agree_to_the_bit(const std::vector<double>& a, const std::vector<double>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
 }
 
@@ -95,7 +95,7 @@ void change_one_bit(std::complex<double>& element) {
 
 TEST_P(States, RotateByOnePropagatorAsDenseMatricesDo) {
     Random random(171);
-    for (const int n : kSizes) {
+    for (const int n : kStateSizes) {
         const Dense r = random.unitary(n);
         const std::vector<Dense> before = random_states(random, n, 5);
         std::vector<double> states = in_file_order(before);
@@ -109,7 +109,7 @@ TEST_P(States, RotateByOnePropagatorAsDenseMatricesDo) {
 
 TEST_P(States, OfVoxelsRotateByTheirOwnPropagators) {
     Random random(172);
-    for (const std::vector<int>& spins : kSpinLists) {
+    for (const std::vector<int>& spins : kSpinsOfStates) {
         for (int axes = 0; axes <= 3; ++axes) {
             const EngineCase problem(random_system(random, spins, Coupling::exact),
                                      random_waveform(random, 5, axes));
@@ -144,14 +144,14 @@ TEST_P(States, OfVoxelsDoNotDependOnTheirCompany) {
         const std::vector<Dense> before = random_states(random, 4, voxels_of(grid));
         EngineOpenSector(problem.sector(grid));
         const std::vector<double> alone = rotate_voxels(before, 1);
-        EXPECT_TRUE(same_bits(rotate_voxels(before, voxels_of(grid)), alone)) << axis;
-        EXPECT_TRUE(same_bits(rotate_voxels(before, 7), alone)) << axis;
+        EXPECT_TRUE(agree_to_the_bit(rotate_voxels(before, voxels_of(grid)), alone)) << axis;
+        EXPECT_TRUE(agree_to_the_bit(rotate_voxels(before, 7), alone)) << axis;
     }
 }
 
 TEST_P(States, OfEvolutionRowsRotateForTheirOwnTimes) {
     Random random(174);
-    for (const std::vector<int>& spins : kSpinLists) {
+    for (const std::vector<int>& spins : kSpinsOfStates) {
         for (const bool pulsed : {false, true}) {
             RandomWaveform wave = random_waveform(random, 3, 0);
             if (!pulsed) {
@@ -207,7 +207,7 @@ TEST_P(States, NotFiniteSpreadAsInThePlainLoopsAndNoFurther) {
 
 TEST_P(States, GiveTheSignalsOfTheirMatrices) {
     Random random(176);
-    for (const std::vector<int>& spins : kSpinLists) {
+    for (const std::vector<int>& spins : kSpinsOfStates) {
         for (const int points : {1, 16, 50, 64, 100, 1024}) {
             const RandomSystem system = random_system(random, spins, Coupling::exact);
             const int n = system.n;
@@ -253,7 +253,7 @@ TEST_P(States, KeepNothingOfAnotherReceiverToTheBit) {
         const Acquisition acquisition{1e-3, 64};
         forget();
         const std::vector<double> fresh = signals(first, acquisition, states, 2);
-        EXPECT_TRUE(same_bits(signals(first, acquisition, states, 2), fresh));
+        EXPECT_TRUE(agree_to_the_bit(signals(first, acquisition, states, 2), fresh));
         RandomSystem shifted = first, weighed_x = first, weighed_y = first;
         change_one_bit(shifted.H0(0, 0));
         change_one_bit(weighed_x.Fx(0, 1));
@@ -268,10 +268,10 @@ TEST_P(States, KeepNothingOfAnotherReceiverToTheBit) {
             signals(first, acquisition, states, 2);
             const std::vector<double> after = signals(system, sampling, states, 2);
             forget();
-            EXPECT_TRUE(same_bits(after, signals(system, sampling, states, 2)));
+            EXPECT_TRUE(agree_to_the_bit(after, signals(system, sampling, states, 2)));
         }
         forget();
-        EXPECT_TRUE(same_bits(signals(first, acquisition, states, 2), fresh));
+        EXPECT_TRUE(agree_to_the_bit(signals(first, acquisition, states, 2), fresh));
     }
 }
 

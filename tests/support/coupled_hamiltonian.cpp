@@ -1,4 +1,5 @@
 #include "support/coupled_hamiltonian.h"
+#include "support/constants.h"
 
 namespace kor_test {
 
@@ -15,7 +16,15 @@ Dense hamiltonian(Laboratory& lab, const std::vector<double>& shifts, const std:
                  (lab.op(c.i, Axis::x) * lab.op(c.j, Axis::x) + lab.op(c.i, Axis::y) * lab.op(c.j, Axis::y));
         }
     }
-    return 2.0 * 3.14159265358979323846 * H;
+    return TWO_PI * H;
+}
+
+std::vector<Pair> star(int others, double hz) {
+    std::vector<Pair> couplings;
+    for (int k = 2; k <= others + 1; ++k) {
+        couplings.push_back({1, k, hz});
+    }
+    return couplings;
 }
 
 } // namespace kor_test

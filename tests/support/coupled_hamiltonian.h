@@ -16,4 +16,7 @@ struct Pair {
 Dense hamiltonian(Laboratory& lab, const std::vector<double>& shifts, const std::vector<Pair>& couplings,
                   bool exact);
 
+/// One spin (the first) coupled equally to `others`, which are not coupled among themselves.
+std::vector<Pair> star(int others, double hz);
+
 } // namespace kor_test

@@ -40,6 +40,18 @@ double EngineCase::tolerance() const {
     return 2e-13 * (10.0 + wave.count);
 }
 
+std::string plan_of(const kor::EngineSector& sector) {
+    kor::EngineOpenSector(sector);
+    return kor::EngineSectorPlan();
+}
+
+Dense sector_propagator(const kor::EngineSector& sector, int ix, int iy, int iz) {
+    static kor::CMatrix r;
+    kor::EngineOpenSector(sector);
+    kor::EngineSectorPropagator(ix, iy, iz, r);
+    return to_dense(sector.system.n, r);
+}
+
 kor::EngineGrid small_grid() {
     return {3, 2, 4, -0.5, 0.1, -0.3, 0.4, -0.3, 0.2};
 }

@@ -5,6 +5,8 @@
 #include "support/marked_matrix.h"
 #include "support/random_systems.h"
 
+#include <string>
+
 namespace kor_test {
 
 class EngineCase {
@@ -26,6 +28,11 @@ public:
 private:
     MarkedMatrix H0_, Fx_, Fy_, Fz_;
 };
+
+/// The way that the engine in use takes through a sector (EngineSectorPlan), which is left open.
+std::string plan_of(const kor::EngineSector& sector);
+/// The propagator at a voxel (from 1) of a sector, which is left open.
+Dense sector_propagator(const kor::EngineSector& sector, int ix, int iy, int iz);
 
 /// A grid of 3 x 2 x 4 voxels off the origin.
 kor::EngineGrid small_grid();

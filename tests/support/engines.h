@@ -29,6 +29,13 @@ inline std::vector<EngineChoice> AllEngines() {
     return choices;
 }
 
+/// The fast engine with each of its instruction sets.
+inline std::vector<EngineChoice> FastEngines() {
+    std::vector<EngineChoice> choices = AllEngines();
+    choices.erase(choices.begin());
+    return choices;
+}
+
 inline std::string EngineName(const EngineChoice& choice) {
     if (choice.engine == kor::Engine::reference) {
         return "reference";

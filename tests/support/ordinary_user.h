@@ -3,6 +3,9 @@
 
 namespace kor_test {
 
+/// The number of the user and of the group that own nothing, on Linux.
+inline constexpr unsigned NOBODY = 65534;
+
 /// For the rest of the scope an ordinary user's rights hold, even where the tests run as root.
 class OrdinaryUser {
 public:

@@ -6,11 +6,6 @@
 #include <unistd.h>
 
 namespace kor_test {
-namespace {
-
-constexpr uid_t NOBODY = 65534;
-
-} // namespace
 
 // The effective user decides; the real one stays, so that root can come back.
 OrdinaryUser::OrdinaryUser() {

@@ -1,6 +1,8 @@
 // The analytic pulse shapes, each sample straight from its formula. xb + i yb in rad/s.
 #pragma once
 
+#include "support/constants.h"
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -10,8 +12,6 @@ namespace kor_test {
 
 using Field = std::complex<double>;
 using Pulse = std::vector<Field>;
-
-inline constexpr double TWO_PI = 6.283185307179586;
 
 inline Field direction(double phase_deg) {
     return std::polar(1.0, phase_deg * TWO_PI / 360);

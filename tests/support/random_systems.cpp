@@ -1,15 +1,10 @@
 #include "support/random_systems.h"
+#include "support/constants.h"
 
 #include <cmath>
 #include <cstdio>
 
 namespace kor_test {
-
-namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
-
-} // namespace
 
 Random::Random(unsigned seed) : engine_(seed) {
     std::printf("[   SEED   ] %u\n", seed);
@@ -59,9 +54,9 @@ RandomSystem random_system(Random& random, const std::vector<int>& twice_spins, 
     system.n = static_cast<int>(system.Fz.rows());
     system.H0 = Dense::Zero(system.n, system.n);
     for (int i = 1; i <= spins; ++i) {
-        system.H0 += kTwoPi * random.uniform(-500.0, 500.0) * spin_operator(twice_spins, i, Axis::z);
+        system.H0 += TWO_PI * random.uniform(-500.0, 500.0) * spin_operator(twice_spins, i, Axis::z);
         for (int j = i + 1; j <= spins; ++j) {
-            const double J = kTwoPi * random.uniform(-40.0, 40.0);
+            const double J = TWO_PI * random.uniform(-40.0, 40.0);
             for (const Axis axis : {Axis::x, Axis::y, Axis::z}) {
                 if (coupling == Coupling::exact || axis == Axis::z) {
                     system.H0 +=
@@ -91,13 +86,13 @@ RandomWaveform random_waveform(Random& random, int count, int axes) {
     RandomWaveform wave;
     wave.count = count;
     wave.dt = random.uniform(5e-6, 2e-4);
-    wave.offset = kTwoPi * random.uniform(-1000.0, 1000.0);
+    wave.offset = TWO_PI * random.uniform(-1000.0, 1000.0);
     for (int j = 0; j < count; ++j) {
-        wave.xb.push_back(kTwoPi * random.uniform(-500.0, 500.0));
-        wave.yb.push_back(kTwoPi * random.uniform(-500.0, 500.0));
-        wave.gx.push_back(axes >= 1 ? kTwoPi * random.uniform(-2000.0, 2000.0) : 0.0);
-        wave.gy.push_back(axes >= 2 ? kTwoPi * random.uniform(-2000.0, 2000.0) : 0.0);
-        wave.gz.push_back(axes >= 3 ? kTwoPi * random.uniform(-2000.0, 2000.0) : 0.0);
+        wave.xb.push_back(TWO_PI * random.uniform(-500.0, 500.0));
+        wave.yb.push_back(TWO_PI * random.uniform(-500.0, 500.0));
+        wave.gx.push_back(axes >= 1 ? TWO_PI * random.uniform(-2000.0, 2000.0) : 0.0);
+        wave.gy.push_back(axes >= 2 ? TWO_PI * random.uniform(-2000.0, 2000.0) : 0.0);
+        wave.gz.push_back(axes >= 3 ? TWO_PI * random.uniform(-2000.0, 2000.0) : 0.0);
     }
     return wave;
 }

@@ -1,3 +1,4 @@
+#include "support/ordinary_user.h"
 #include "support/run_program.h"
 
 #include <chrono>
@@ -46,8 +47,6 @@ public:
 private:
     std::FILE* file_;
 };
-
-constexpr unsigned NOBODY = 65534;
 
 bool drop_privileges() {
     return geteuid() != 0 || (setgid(NOBODY) == 0 && setuid(NOBODY) == 0);

@@ -1,0 +1,14 @@
+// Numbers that the tests' formulas need, apart from the program's own.
+#pragma once
+
+#include <limits>
+
+namespace kor_test {
+
+inline constexpr double PI = 3.141592653589793;
+inline constexpr double TWO_PI = 2.0 * PI;
+
+inline constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double POSITIVE_INFINITY = std::numeric_limits<double>::infinity();
+
+} // namespace kor_test
