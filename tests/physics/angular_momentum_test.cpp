@@ -1,5 +1,6 @@
 // Rotations of any spin: Wigner's functions, Legendre polynomials of the tensor ranks, sums over m.
 // Varshalovich, Moskalev & Khersonskii, Quantum Theory of Angular Momentum, chapters 2 and 4.
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -96,7 +97,7 @@ TEST(Rotation, KeepsTheRankOfATensor) {
 TEST(Rotation, AboutTheMagicAngleCyclesTheAxes) {
     // A third of a turn about (1, 1, 1): z -> x -> y or the other way round, here by the left-handed sense.
     Laboratory lab({2});
-    const double angle = 2.0 * 3.14159265358979323846 / 3.0 / std::sqrt(3.0);
+    const double angle = TWO_PI / 3.0 / std::sqrt(3.0);
     const Stretch turn = {1, 1.0, angle, angle, angle, 0.0, 0.0, 0.0};
     EXPECT_LE(distance(lab.after(turn, lab.total(Axis::z)), lab.total(Axis::y)), 1e-13);
     EXPECT_LE(distance(lab.after(turn, lab.total(Axis::y)), lab.total(Axis::x)), 1e-13);

@@ -1,5 +1,6 @@
 // Coherence transfer between weakly and isotropically coupled spins 1/2 in closed form. Product operators:
 // Sorensen, Eich, Levitt, Bodenhausen & Ernst, Prog. NMR Spectrosc. 16 (1983) 163, in the simulator's sense.
+#include "support/constants.h"
 #include "support/coupled_hamiltonian.h"
 #include "support/laboratory.h"
 
@@ -11,19 +12,17 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kTwoPi = 2.0 * kPi;
-constexpr double kQuarter = 0.5 * kPi;
+constexpr double kQuarter = 0.5 * PI;
 
 /// tau - 180 x on all spins - tau.
 Dense after_echo(Laboratory& lab, double tau, const Dense& rho) {
-    return lab.after_delay(tau, lab.after_ideal_pulse(Axis::x, kPi, lab.after_delay(tau, rho)));
+    return lab.after_delay(tau, lab.after_ideal_pulse(Axis::x, PI, lab.after_delay(tau, rho)));
 }
 
 /// A pulse on spin 1 alone: two halves around half a turn of all others about z, taken back at the end.
 Dense after_pulse_on_first(Laboratory& lab, Axis axis, double angle, Dense rho) {
     const Dense others = lab.total(Axis::z) - lab.op(1, Axis::z);
-    const Dense flip = exp_i(others, -kPi);
+    const Dense flip = exp_i(others, -PI);
     rho = lab.after_ideal_pulse(axis, 0.5 * angle, rho);
     rho = flip.adjoint() * rho * flip;
     rho = lab.after_ideal_pulse(axis, 0.5 * angle, rho);
@@ -36,15 +35,6 @@ Dense after_pulse_on_others(Laboratory& lab, Axis axis, double angle, const Dens
 
 double amplitude(Laboratory& lab, int spin, const Dense& rho) {
     return std::hypot(coefficient(lab.op(spin, Axis::x), rho), coefficient(lab.op(spin, Axis::y), rho));
-}
-
-/// One spin (the first) coupled equally to `others`, which are not coupled among themselves.
-std::vector<Pair> star(int others, double hz) {
-    std::vector<Pair> couplings;
-    for (int k = 2; k <= others + 1; ++k) {
-        couplings.push_back({1, k, hz});
-    }
-    return couplings;
 }
 
 Dense others_z(Laboratory& lab) {
@@ -71,8 +61,8 @@ TEST(Cosy, HasTheFourTermsOfTwoSpins) {
     for (const double t1 : {0.004, 0.017, 0.06}) {
         Dense rho = lab.after_ideal_pulse(Axis::x, kQuarter, lab.op(1, Axis::z));
         rho = lab.after_ideal_pulse(Axis::x, kQuarter, lab.after_delay(t1, rho));
-        const double cw = std::cos(kTwoPi * shift * t1), sw = std::sin(kTwoPi * shift * t1);
-        const double cj = std::cos(kPi * J * t1), sj = std::sin(kPi * J * t1);
+        const double cw = std::cos(TWO_PI * shift * t1), sw = std::sin(TWO_PI * shift * t1);
+        const double cj = std::cos(PI * J * t1), sj = std::sin(PI * J * t1);
         const Dense I1x = lab.op(1, Axis::x), I1y = lab.op(1, Axis::y), I1z = lab.op(1, Axis::z);
         const Dense I2y = lab.op(2, Axis::y), I2z = lab.op(2, Axis::z);
         // I1y -> cos wt (cos pJt I1y + sin pJt 2 I1x I2z) + sin wt (cos pJt I1x - sin pJt 2 I1y I2z); then
@@ -89,7 +79,7 @@ TEST(Cosy, CrossPeaksOfAMixingPulseBetaGoAsItsSquaredSine) {
     Laboratory lab({1, 1});
     const Dense antiphase = 2.0 * lab.op(1, Axis::x) * lab.op(2, Axis::z);
     const Dense crossed = 2.0 * lab.op(1, Axis::z) * lab.op(2, Axis::x);
-    for (const double b : {0.2, kPi / 4.0, kPi / 3.0, kQuarter}) {
+    for (const double b : {0.2, PI / 4.0, PI / 3.0, kQuarter}) {
         const Dense rho = lab.after_ideal_pulse(Axis::y, b, antiphase);
         EXPECT_NEAR(std::fabs(coefficient(crossed, rho)), std::sin(b) * std::sin(b), 1e-14) << b;
         EXPECT_NEAR(coefficient(antiphase, rho), std::cos(b) * std::cos(b), 1e-14) << b;
@@ -106,7 +96,7 @@ TEST(Inept, TransfersTheSineOfTwiceTheDelay) {
         Dense rho = lab.after_ideal_pulse(Axis::x, kQuarter, lab.op(1, Axis::z));
         rho = lab.after_ideal_pulse(Axis::y, kQuarter, after_echo(lab, tau, rho));
         const Dense crossed = 2.0 * lab.op(1, Axis::z) * lab.op(2, Axis::x);
-        EXPECT_NEAR(std::fabs(coefficient(crossed, rho)), std::fabs(std::sin(kTwoPi * J * tau)), 1e-13)
+        EXPECT_NEAR(std::fabs(coefficient(crossed, rho)), std::fabs(std::sin(TWO_PI * J * tau)), 1e-13)
             << tau;
     }
 }
@@ -124,8 +114,8 @@ TEST(Inept, RefocusedFromNSpinsGoesAsSineTimesCosines) {
         prepared = after_pulse_on_others(lab, Axis::y, kQuarter, prepared);
         prepared = after_pulse_on_first(lab, Axis::x, kQuarter, prepared);
         for (const double t2 : {0.0004, 0.0011, 1.0 / (6.0 * J)}) {
-            const double s = std::sin(kTwoPi * J * t2);
-            const double c = std::cos(kTwoPi * J * t2);
+            const double s = std::sin(TWO_PI * J * t2);
+            const double c = std::cos(TWO_PI * J * t2);
             EXPECT_NEAR(amplitude(lab, 1, after_echo(lab, t2, prepared)),
                         std::fabs(n * s * std::pow(c, n - 1)), 1e-12)
                 << n << ' ' << t2;
@@ -141,12 +131,12 @@ TEST(Dept, EditsBySineTimesCosinesOfItsLastPulse) {
     for (int n = 1; n <= 3; ++n) {
         Laboratory lab(std::vector<int>(static_cast<std::size_t>(n) + 1, 1));
         lab.set_hamiltonian(hamiltonian(lab, {}, star(n, J), false));
-        for (const double theta : {kPi / 4.0, kQuarter, 3.0 * kPi / 4.0, 1.1}) {
+        for (const double theta : {PI / 4.0, kQuarter, 3.0 * PI / 4.0, 1.1}) {
             Dense rho = after_pulse_on_others(lab, Axis::x, kQuarter, others_z(lab));
             rho = lab.after_delay(t, rho);
             rho = after_pulse_on_first(lab, Axis::x, kQuarter, rho);
-            rho = lab.after_delay(t, after_pulse_on_others(lab, Axis::x, kPi, rho));
-            rho = after_pulse_on_first(lab, Axis::x, kPi, rho);
+            rho = lab.after_delay(t, after_pulse_on_others(lab, Axis::x, PI, rho));
+            rho = after_pulse_on_first(lab, Axis::x, PI, rho);
             rho = lab.after_delay(t, after_pulse_on_others(lab, Axis::y, theta, rho));
             EXPECT_NEAR(amplitude(lab, 1, rho),
                         std::fabs(n * std::sin(theta) * std::pow(std::cos(theta), n - 1)), 1e-12)
@@ -166,7 +156,7 @@ TEST(Inadequate, ExcitesDoubleQuantumAsTheSineOfTwiceTheDelay) {
     for (const double tau : {0.001, 1.0 / (4.0 * J), 0.008}) {
         Dense rho = lab.after_ideal_pulse(Axis::x, kQuarter, lab.total(Axis::z));
         rho = lab.after_ideal_pulse(Axis::x, kQuarter, after_echo(lab, tau, rho));
-        EXPECT_NEAR(std::fabs(coefficient(double_quantum, rho)), 2.0 * std::fabs(std::sin(kTwoPi * J * tau)),
+        EXPECT_NEAR(std::fabs(coefficient(double_quantum, rho)), 2.0 * std::fabs(std::sin(TWO_PI * J * tau)),
                     1e-12)
             << tau;
     }
@@ -182,8 +172,8 @@ TEST(MultipleQuantum, TurnsAtSumAndDifferenceAndDoesNotSeeTheMutualCoupling) {
     const Dense xy = lab.op(1, Axis::x) * lab.op(2, Axis::y);
     const Dense yx = lab.op(1, Axis::y) * lab.op(2, Axis::x);
     for (const double t : {0.002, 0.011, 0.04}) {
-        const double sum = kTwoPi * (a + b) * t;
-        const double difference = kTwoPi * (a - b) * t;
+        const double sum = TWO_PI * (a + b) * t;
+        const double difference = TWO_PI * (a - b) * t;
         EXPECT_LE(
             distance(lab.after_delay(t, xx - yy), std::cos(sum) * (xx - yy) - std::sin(sum) * (xy + yx)),
             1e-13);
@@ -202,10 +192,8 @@ TEST(MultipleQuantum, OfTwoSpinsSeesAThirdThroughTheSumOfItsCouplings) {
     const Dense xx = lab.op(1, Axis::x) * lab.op(2, Axis::x);
     const Dense yy = lab.op(1, Axis::y) * lab.op(2, Axis::y);
     for (const double t : {0.01, 0.05, 0.13}) {
-        EXPECT_NEAR(coefficient(xx - yy, lab.after_delay(t, xx - yy)), std::cos(kPi * (J13 + J23) * t),
-                    1e-13);
-        EXPECT_NEAR(coefficient(xx + yy, lab.after_delay(t, xx + yy)), std::cos(kPi * (J13 - J23) * t),
-                    1e-13);
+        EXPECT_NEAR(coefficient(xx - yy, lab.after_delay(t, xx - yy)), std::cos(PI * (J13 + J23) * t), 1e-13);
+        EXPECT_NEAR(coefficient(xx + yy, lab.after_delay(t, xx + yy)), std::cos(PI * (J13 - J23) * t), 1e-13);
     }
 }
 
@@ -232,7 +220,7 @@ TEST(RelayedTransfer, ThroughAMiddleSpinIsAProductOfSines) {
     const Dense relayed = 2.0 * lab.op(2, Axis::x) * lab.op(3, Axis::z);
     for (const double t : {0.01, 0.025, 0.06}) {
         EXPECT_NEAR(std::fabs(coefficient(relayed, after_echo(lab, t, start))),
-                    std::fabs(std::sin(kTwoPi * J12 * t) * std::sin(kTwoPi * J23 * t)), 1e-13)
+                    std::fabs(std::sin(TWO_PI * J12 * t) * std::sin(TWO_PI * J23 * t)), 1e-13)
             << t;
     }
 }
@@ -246,7 +234,7 @@ TEST(IsotropicMixing, OfTwoSpinsWithAShiftDifferenceIsAZeroQuantumNutation) {
         lab.set_hamiltonian(hamiltonian(lab, {0.5 * D, -0.5 * D}, {{1, 2, J}}, true));
         const double whole = std::hypot(J, D);
         for (const double t : {0.01, 0.03, 1.0 / (2.0 * J)}) {
-            const double expected = std::pow(J / whole * std::sin(kPi * whole * t), 2);
+            const double expected = std::pow(J / whole * std::sin(PI * whole * t), 2);
             EXPECT_NEAR(coefficient(lab.op(2, Axis::z), lab.after_delay(t, lab.op(1, Axis::z))), expected,
                         1e-13);
         }
@@ -261,8 +249,8 @@ TEST(IsotropicMixing, AlongAChainOfThreeIsASumOfThreeCosines) {
     const double J = 8.0;
     lab.set_hamiltonian(hamiltonian(lab, {}, {{1, 2, J}, {2, 3, J}}, true));
     for (const double t : {0.0, 0.013, 0.05, 0.09}) {
-        const double even = 7.0 / 18.0 + std::cos(3.0 * kPi * J * t) / 9.0;
-        const double odd = std::cos(kPi * J * t) / 3.0 + std::cos(2.0 * kPi * J * t) / 6.0;
+        const double even = 7.0 / 18.0 + std::cos(3.0 * PI * J * t) / 9.0;
+        const double odd = std::cos(PI * J * t) / 3.0 + std::cos(2.0 * PI * J * t) / 6.0;
         for (const Axis axis : {Axis::x, Axis::y, Axis::z}) {
             const Dense rho = lab.after_delay(t, lab.op(1, axis));
             EXPECT_NEAR(coefficient(lab.op(3, axis), rho), even - odd, 1e-13) << t;
@@ -280,7 +268,7 @@ TEST(IsotropicMixing, AmongThreeEqualCouplingsStaysAtFiveNinthsAtLeast) {
     lab.set_hamiltonian(hamiltonian(lab, {}, {{1, 2, J}, {1, 3, J}, {2, 3, J}}, true));
     for (const double t : {0.02, 0.1, 0.3}) {
         const Dense rho = lab.after_delay(t, lab.op(1, Axis::z));
-        const double c = std::cos(3.0 * kPi * J * t);
+        const double c = std::cos(3.0 * PI * J * t);
         EXPECT_NEAR(coefficient(lab.op(1, Axis::z), rho), (5.0 + 4.0 * c) / 9.0, 1e-13);
         EXPECT_NEAR(coefficient(lab.op(3, Axis::z), rho), 2.0 * (1.0 - c) / 9.0, 1e-13);
     }
@@ -294,7 +282,7 @@ TEST(IsotropicMixing, UnderAStrongSpinLockNeedsNoEqualShifts) {
     const double field = 20000.0;
     lab.set_hamiltonian(hamiltonian(lab, {shift, -shift}, {{1, 2, J}}, true));
     const double t = 1.0 / (2.0 * J);
-    const Stretch lock = {20, t / 20, kTwoPi * field, 0.0, 0.0, 0.0, 0.0, 0.0};
+    const Stretch lock = {20, t / 20, TWO_PI * field, 0.0, 0.0, 0.0, 0.0, 0.0};
     const Dense rho = lab.after(lock, lab.op(1, Axis::x));
     EXPECT_NEAR(coefficient(lab.op(2, Axis::x), rho), 1.0, 10.0 * std::pow(shift / field, 2));
 }

@@ -1,5 +1,7 @@
 // Trains of pulses on one spin 1/2 in closed form: nutation, composite and binomial pulses, DANTE, spin
 // locks. The sense is the simulator's: Iz -> +Iy about x, Iz -> -Ix about y, Ix -> -Iy for a positive offset.
+#include "physics/magnetisation.h"
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -9,18 +11,6 @@
 using namespace kor_test;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
-using Vector = Eigen::Vector3d;
-
-Vector magnetisation(Laboratory& lab, const Dense& rho) {
-    return {coefficient(lab.total(Axis::x), rho), coefficient(lab.total(Axis::y), rho),
-            coefficient(lab.total(Axis::z), rho)};
-}
-
-void expect_vector(const Vector& actual, const Vector& expected, double tolerance) {
-    EXPECT_LE((actual - expected).norm(), tolerance) << actual.transpose() << " for " << expected.transpose();
-}
 
 /// Flip angle and phase of one ideal pulse, rad.
 struct Flip {
@@ -60,11 +50,11 @@ TEST(Nutation, IsASineAndACosineOfTheFieldsAngle) {
     // Levitt, Spin Dynamics, 2nd ed., section 10.8. There is no counter-rotating field, so that the frequency
     // is that of the field alone however strong it is (no Bloch-Siegert shift).
     Laboratory lab({1});
-    for (const double field : {2.0 * kPi * 100.0, 2.0 * kPi * 25e3, 2.0 * kPi * 1e6}) {
+    for (const double field : {2.0 * PI * 100.0, 2.0 * PI * 25e3, 2.0 * PI * 1e6}) {
         for (const double turns : {0.1, 0.25, 0.7, 3.3}) {
-            const double time = 2.0 * kPi * turns / field;
+            const double time = 2.0 * PI * turns / field;
             const Dense rho = lab.after({11, time / 11, field, 0.0, 0.0, 0.0, 0.0, 0.0}, lab.total(Axis::z));
-            const double angle = 2.0 * kPi * turns;
+            const double angle = 2.0 * PI * turns;
             expect_vector(magnetisation(lab, rho), {0.0, std::sin(angle), std::cos(angle)}, 1e-13);
         }
     }
@@ -89,8 +79,8 @@ TEST(Nutation, OfAQuarterTurnVanishesAtTheRootOf15TimesTheField) {
     // There the effective field makes whole turns: W t = sqrt(1 + 15) pi / 2 = 2 pi; the next null at
     // sqrt(63).
     Laboratory lab({1});
-    const double field = 2.0 * kPi * 1000.0;
-    const double time = 0.5 * kPi / field;
+    const double field = 2.0 * PI * 1000.0;
+    const double time = 0.5 * PI / field;
     for (const double root : {std::sqrt(15.0), -std::sqrt(15.0), std::sqrt(63.0)}) {
         const Dense rho =
             lab.after({7, time / 7, field, 0.0, root * field, 0.0, 0.0, 0.0}, lab.total(Axis::z));
@@ -113,8 +103,8 @@ TEST(CompositePulse, NinetyOneEightyNinetyInvertsWithASecondOrderError) {
     // J. Magn. Reson. 33 (1979) 473.
     Laboratory lab({1});
     for (const double scale : {0.7, 0.9, 1.0, 1.05, 1.3}) {
-        const double b = 0.5 * kPi * scale;
-        const Dense rho = after_flips(lab, {{b, 0.0}, {2.0 * b, 0.5 * kPi}, {b, 0.0}}, lab.total(Axis::z));
+        const double b = 0.5 * PI * scale;
+        const Dense rho = after_flips(lab, {{b, 0.0}, {2.0 * b, 0.5 * PI}, {b, 0.0}}, lab.total(Axis::z));
         const double expected = std::cos(b) * std::cos(b) * std::cos(2.0 * b) - std::sin(b) * std::sin(b);
         EXPECT_NEAR(magnetisation(lab, rho).z(), expected, 1e-14) << scale;
     }
@@ -123,18 +113,18 @@ TEST(CompositePulse, NinetyOneEightyNinetyInvertsWithASecondOrderError) {
 TEST(CompositePulse, Waltz16ElementIsAHalfTurn) {
     // 90x 180(-x) 270x = 180x on resonance. Shaka, Keeler & Freeman, J. Magn. Reson. 53 (1983) 313.
     Laboratory lab({1});
-    const double q = 0.5 * kPi;
-    const Dense r = flips_propagator(lab, {{q, 0.0}, {2.0 * q, kPi}, {3.0 * q, 0.0}});
-    EXPECT_LE(distance(r, flips_propagator(lab, {{kPi, 0.0}})), 1e-14);
+    const double q = 0.5 * PI;
+    const Dense r = flips_propagator(lab, {{q, 0.0}, {2.0 * q, PI}, {3.0 * q, 0.0}});
+    EXPECT_LE(distance(r, flips_propagator(lab, {{PI, 0.0}})), 1e-14);
 }
 
 TEST(CompositePulse, MlevCycleIsTheIdentityOnResonance) {
     // R R R' R' with R = 90x 180y 90x, R' of opposite phases. Levitt & Freeman, J. Magn. Reson. 43 (1981)
     // 502.
     Laboratory lab({1});
-    const double q = 0.5 * kPi;
-    const std::vector<Flip> R = {{q, 0.0}, {kPi, q}, {q, 0.0}};
-    const std::vector<Flip> inverse = {{q, kPi}, {kPi, -q}, {q, kPi}};
+    const double q = 0.5 * PI;
+    const std::vector<Flip> R = {{q, 0.0}, {PI, q}, {q, 0.0}};
+    const std::vector<Flip> inverse = {{q, PI}, {PI, -q}, {q, PI}};
     std::vector<Flip> cycle;
     for (const std::vector<Flip>* part : {&R, &R, &inverse, &inverse}) {
         cycle.insert(cycle.end(), part->begin(), part->end());
@@ -148,11 +138,11 @@ TEST(CompositePulse, Bb1CancelsFieldErrorsUpToTheSixthOrderOfItsInfidelity) {
     // of the propagator is of third order in the field's, its infidelity of sixth.
     Laboratory lab({1});
     const double p = std::acos(-0.25);
-    const Dense ideal = flips_propagator(lab, {{kPi, 0.0}});
+    const Dense ideal = flips_propagator(lab, {{PI, 0.0}});
     const auto infidelity = [&](double error) {
         const double s = 1.0 + error;
         const Dense r =
-            flips_propagator(lab, {{kPi * s, p}, {2.0 * kPi * s, 3.0 * p}, {kPi * s, p}, {kPi * s, 0.0}});
+            flips_propagator(lab, {{PI * s, p}, {2.0 * PI * s, 3.0 * p}, {PI * s, p}, {PI * s, 0.0}});
         return 1.0 - std::abs((ideal.adjoint() * r).trace()) / 2.0;
     };
     EXPECT_NEAR(infidelity(0.0), 0.0, 1e-14);
@@ -162,10 +152,10 @@ TEST(CompositePulse, Bb1CancelsFieldErrorsUpToTheSixthOrderOfItsInfidelity) {
 TEST(BinomialPulse, OneMinusOneExcitesAsASine) {
     // 90x - t - 90(-x): Iz -> Iz cos wt + Ix sin wt. Plateau & Gueron, J. Am. Chem. Soc. 104 (1982) 7310.
     Laboratory lab({1});
-    for (const double wt : {0.0, 0.4, 0.5 * kPi, 2.5, kPi}) {
-        Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * kPi, lab.total(Axis::z));
+    for (const double wt : {0.0, 0.4, 0.5 * PI, 2.5, PI}) {
+        Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * PI, lab.total(Axis::z));
         rho = lab.after({1, 1.0, 0.0, 0.0, wt, 0.0, 0.0, 0.0}, rho);
-        rho = lab.after_ideal_pulse(Axis::x, -0.5 * kPi, rho);
+        rho = lab.after_ideal_pulse(Axis::x, -0.5 * PI, rho);
         expect_vector(magnetisation(lab, rho), {std::sin(wt), 0.0, std::cos(wt)}, 1e-14);
     }
 }
@@ -177,13 +167,13 @@ TEST(BinomialPulse, OneThreeThreeOneExcitesOnResonanceOnly) {
     const auto after = [&](double wt) {
         Dense rho = lab.total(Axis::z);
         for (const int part : {1, 3, 3, 1}) {
-            rho = lab.after_ideal_pulse(Axis::x, part * kPi / 16.0, rho);
+            rho = lab.after_ideal_pulse(Axis::x, part * PI / 16.0, rho);
             rho = lab.after({1, 1.0, 0.0, 0.0, wt, 0.0, 0.0, 0.0}, rho);
         }
         return magnetisation(lab, rho);
     };
     expect_vector(after(0.0), Vector::UnitY(), 1e-14);
-    expect_vector(after(kPi), Vector::UnitZ(), 1e-14);
+    expect_vector(after(PI), Vector::UnitZ(), 1e-14);
 }
 
 TEST(Dante, TurnsByTheAngleOfItsCompositeRotation) {
@@ -191,7 +181,7 @@ TEST(Dante, TurnsByTheAngleOfItsCompositeRotation) {
     // cos(a/2) sin(b/2) / sin(T/2): Mz = nz^2 + (1 - nz^2) cos N T. Morris & Freeman, J. Magn. Reson. 29
     // (1978) 433.
     Laboratory lab({1});
-    const double a = 0.5 * kPi / 10;
+    const double a = 0.5 * PI / 10;
     for (const double b : {0.0, 0.05, 0.3, 1.7, 3.0, 5.9}) {
         const double half = std::acos(std::cos(0.5 * a) * std::cos(0.5 * b));
         const double nz = std::cos(0.5 * a) * std::sin(0.5 * b) / std::sin(half);
@@ -204,7 +194,7 @@ TEST(Dante, TurnsByTheAngleOfItsCompositeRotation) {
 TEST(Dante, ExcitesSidebandsAsItsCentre) {
     Laboratory lab({1});
     for (const int sideband : {-2, 1, 3}) {
-        const Dense rho = after_dante(lab, 9, 0.5 * kPi / 9, 2.0 * kPi * sideband, lab.total(Axis::z));
+        const Dense rho = after_dante(lab, 9, 0.5 * PI / 9, 2.0 * PI * sideband, lab.total(Axis::z));
         expect_vector(magnetisation(lab, rho), Vector::UnitY(), 1e-13);
     }
 }
@@ -222,7 +212,7 @@ TEST(SpinLock, KeepsTheProjectionOnTheTiltedField) {
     const double field = 5000.0;
     const double offset = 3000.0;
     const double sine = field / std::hypot(field, offset);
-    const double turn = 2.0 * kPi / std::hypot(field, offset);
+    const double turn = 2.0 * PI / std::hypot(field, offset);
     double mean = 0.0;
     for (int k = 0; k < 12; ++k) {
         const Dense rho =
@@ -238,7 +228,7 @@ TEST(SpinLock, DephasesWhatIsAcrossItsField) {
     Laboratory lab({1});
     Dense mean = Dense::Zero(2, 2);
     for (int k = 0; k < 16; ++k) {
-        const Dense rho = lab.after({1, 1.0, 0.0, 2.0 * kPi * k / 16.0, 0.0, 0.0, 0.0, 0.0},
+        const Dense rho = lab.after({1, 1.0, 0.0, 2.0 * PI * k / 16.0, 0.0, 0.0, 0.0, 0.0},
                                     lab.total(Axis::z) + lab.total(Axis::y));
         mean += rho / 16.0;
     }

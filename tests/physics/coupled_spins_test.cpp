@@ -1,5 +1,6 @@
 // Two coupled spins in closed form (product operators). Sorensen, Eich, Levitt, Bodenhausen & Ernst, Prog.
 // NMR Spectrosc. 16 (1983) 163, with the simulator's opposite sense of rotation.
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,6 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kTwoPi = 2.0 * kPi;
-
 /// Shifts and coupling in Hz.
 Dense pair_hamiltonian(Laboratory& lab, double shift1, double shift2, double J, bool exact) {
     Dense H = shift1 * lab.op(1, Axis::z) + shift2 * lab.op(2, Axis::z) +
@@ -20,7 +18,7 @@ Dense pair_hamiltonian(Laboratory& lab, double shift1, double shift2, double J, 
     if (exact) {
         H += J * (lab.op(1, Axis::x) * lab.op(2, Axis::x) + lab.op(1, Axis::y) * lab.op(2, Axis::y));
     }
-    return kTwoPi * H;
+    return TWO_PI * H;
 }
 
 } // namespace
@@ -41,8 +39,8 @@ TEST(WeakCoupling, ModulatesInPhaseAndAntiphaseInTime) {
     const double J = 9.0;
     lab.set_hamiltonian(pair_hamiltonian(lab, 0.0, 500.0, J, false));
     for (const double t : {0.004, 0.03, 0.1}) {
-        const Dense expected = std::cos(kPi * J * t) * lab.op(1, Axis::x) -
-                               2.0 * std::sin(kPi * J * t) * lab.op(1, Axis::y) * lab.op(2, Axis::z);
+        const Dense expected = std::cos(PI * J * t) * lab.op(1, Axis::x) -
+                               2.0 * std::sin(PI * J * t) * lab.op(1, Axis::y) * lab.op(2, Axis::z);
         EXPECT_LE(distance(lab.after_delay(t, lab.op(1, Axis::x)), expected), 1e-12) << t;
     }
 }
@@ -54,7 +52,7 @@ TEST(WeakCoupling, ToASpinOneSplitsIntoATriplet) {
     lab.set_hamiltonian(pair_hamiltonian(lab, 0.0, 0.0, J, false));
     for (const double t : {0.0, 0.01, 0.025, 0.04}) {
         const Dense rho = lab.after_delay(t, lab.op(1, Axis::x));
-        EXPECT_NEAR(coefficient(lab.op(1, Axis::x), rho), (1.0 + 2.0 * std::cos(kTwoPi * J * t)) / 3.0,
+        EXPECT_NEAR(coefficient(lab.op(1, Axis::x), rho), (1.0 + 2.0 * std::cos(TWO_PI * J * t)) / 3.0,
                     1e-13);
     }
 }
@@ -66,9 +64,9 @@ TEST(SpinEcho, RefocusesShiftsAndKeepsTheCoupling) {
     lab.set_hamiltonian(pair_hamiltonian(lab, 310.0, -220.0, J, false));
     for (const double tau : {0.005, 0.02, 1.0 / (4.0 * J)}) {
         Dense rho = lab.after_delay(tau, lab.op(1, Axis::x));
-        rho = lab.after_ideal_pulse(Axis::x, kPi, rho);
+        rho = lab.after_ideal_pulse(Axis::x, PI, rho);
         rho = lab.after_delay(tau, rho);
-        const double angle = 2.0 * kPi * J * tau;
+        const double angle = 2.0 * PI * J * tau;
         const Dense expected = std::cos(angle) * lab.op(1, Axis::x) -
                                2.0 * std::sin(angle) * lab.op(1, Axis::y) * lab.op(2, Axis::z);
         EXPECT_LE(distance(rho, expected), 1e-12) << tau;
@@ -79,7 +77,7 @@ TEST(SpinEcho, OfUncoupledSpinsReturnsTheStartState) {
     Laboratory lab({1, 2});
     lab.set_hamiltonian(pair_hamiltonian(lab, 77.0, -410.0, 0.0, false));
     Dense rho = lab.after_delay(0.013, lab.total(Axis::y));
-    rho = lab.after_ideal_pulse(Axis::y, kPi, rho);
+    rho = lab.after_ideal_pulse(Axis::y, PI, rho);
     rho = lab.after_delay(0.013, rho);
     EXPECT_LE(distance(rho, lab.total(Axis::y)), 1e-13);
 }
@@ -88,7 +86,7 @@ TEST(CoherenceTransfer, MovesAntiphaseToThePartner) {
     // 90 about x: -2 I1y I2z -> -2 (-I1z)(I2y) under Iz -> Iy, Iy -> -Iz.
     Laboratory lab({1, 1});
     const Dense antiphase = -2.0 * lab.op(1, Axis::y) * lab.op(2, Axis::z);
-    const Dense rho = lab.after_ideal_pulse(Axis::x, kPi / 2.0, antiphase);
+    const Dense rho = lab.after_ideal_pulse(Axis::x, PI / 2.0, antiphase);
     EXPECT_LE(distance(rho, 2.0 * lab.op(1, Axis::z) * lab.op(2, Axis::y)), 1e-14);
 }
 
@@ -99,14 +97,14 @@ TEST(StrongCoupling, ExchangesTheStatesOfEquivalentSpins) {
     lab.set_hamiltonian(pair_hamiltonian(lab, 0.0, 0.0, J, true));
     for (const double t : {0.0, 0.01, 1.0 / (2.0 * J), 0.05}) {
         const Dense rho = lab.after_delay(t, lab.op(1, Axis::z));
-        EXPECT_NEAR(coefficient(lab.op(1, Axis::z), rho), (1.0 + std::cos(kTwoPi * J * t)) / 2.0, 1e-13);
-        EXPECT_NEAR(coefficient(lab.op(2, Axis::z), rho), (1.0 - std::cos(kTwoPi * J * t)) / 2.0, 1e-13);
+        EXPECT_NEAR(coefficient(lab.op(1, Axis::z), rho), (1.0 + std::cos(TWO_PI * J * t)) / 2.0, 1e-13);
+        EXPECT_NEAR(coefficient(lab.op(2, Axis::z), rho), (1.0 - std::cos(TWO_PI * J * t)) / 2.0, 1e-13);
     }
 }
 
 TEST(StrongCoupling, DoesNotShowBetweenEquivalentSpins) {
     Laboratory lab({1, 1});
-    const double w = kTwoPi * 30.0;
+    const double w = TWO_PI * 30.0;
     lab.set_hamiltonian(pair_hamiltonian(lab, 30.0, 30.0, 15.0, true));
     const Dense rho = lab.after_delay(0.007, lab.total(Axis::x));
     const Dense expected =
@@ -120,7 +118,7 @@ TEST(StrongCoupling, TransfersMagnetisationInALockedField) {
     const double J = 10.0;
     lab.set_hamiltonian(pair_hamiltonian(lab, 0.0, 0.0, J, true));
     const double mixing = 1.0 / (2.0 * J);
-    const Stretch lock = {10, mixing / 10, kTwoPi * 2000.0, 0.0, 0.0, 0.0, 0.0, 0.0};
+    const Stretch lock = {10, mixing / 10, TWO_PI * 2000.0, 0.0, 0.0, 0.0, 0.0, 0.0};
     const Dense rho = lab.after(lock, lab.op(1, Axis::x));
     EXPECT_NEAR(coefficient(lab.op(2, Axis::x), rho), 1.0, 1e-12);
     EXPECT_NEAR(coefficient(lab.op(1, Axis::x), rho), 0.0, 1e-12);
@@ -144,7 +142,7 @@ TEST(FreeEvolutionSignal, OfAWeaklyCoupledPairIsTwoDoublets) {
         const double t = k * dt;
         Complex expected = 0.0;
         for (const double shift : shifts) {
-            expected += std::cos(kPi * J * t) * std::polar(1.0, kTwoPi * shift * t);
+            expected += std::cos(PI * J * t) * std::polar(1.0, TWO_PI * shift * t);
         }
         EXPECT_NEAR(re[static_cast<std::size_t>(k)], expected.real(), 1e-11) << k;
         EXPECT_NEAR(im[static_cast<std::size_t>(k)], expected.imag(), 1e-11) << k;

@@ -1,5 +1,6 @@
 // Echoes and coherence orders in closed form. Isochromats are 16 places on a line of 1 cm under gradients of
 // whole turns per cm: their mean is that over all phases, exactly, for every coherence order below 16.
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr int kPlaces = 16;
 
 Dense mean_over_places(const std::function<Dense(double z)>& state_at) {
@@ -24,14 +24,14 @@ Dense mean_over_places(const std::function<Dense(double z)>& state_at) {
 
 /// A gradient of `turns` whole turns per cm, in no time.
 Dense after_gradient(Laboratory& lab, int turns, double z, const Dense& rho) {
-    return lab.after({1, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 2.0 * kPi * turns}, rho, 0.0, 0.0, z);
+    return lab.after({1, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 2.0 * PI * turns}, rho, 0.0, 0.0, z);
 }
 
 double transverse(Laboratory& lab, const Dense& rho) {
     return std::hypot(coefficient(lab.total(Axis::x), rho), coefficient(lab.total(Axis::y), rho));
 }
 
-const std::vector<double> kAngles = {0.3, 0.5 * kPi, 1.9, kPi};
+const std::vector<double> kAngles = {0.3, 0.5 * PI, 1.9, PI};
 
 /// |to><from| + |from><to| of one spin, m descending from 0.
 Dense coherence(int n, int to, int from) {
@@ -61,7 +61,7 @@ TEST(HahnEcho, OfTwoPulsesIsSinTimesSquaredSineOfTheHalf) {
 TEST(HahnEcho, AppearsAtEqualAreasOnly) {
     Laboratory lab({1});
     const Dense none = mean_over_places([&](double z) {
-        Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * kPi, lab.total(Axis::z));
+        Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * PI, lab.total(Axis::z));
         rho = lab.after_ideal_pulse(Axis::x, 2.0, after_gradient(lab, 2, z, rho));
         return after_gradient(lab, 1, z, rho);
     });
@@ -72,9 +72,9 @@ TEST(StimulatedEcho, IsHalfTheProductOfThreeSines) {
     // The mixing time's gradient is crushed by one of another area: |M| = sin a1 sin a2 sin a3 / 2. Hahn
     // 1950.
     Laboratory lab({1});
-    for (const double a1 : {0.4, 0.5 * kPi, 2.2}) {
-        for (const double a2 : {0.7, 0.5 * kPi}) {
-            for (const double a3 : {0.25, 0.5 * kPi, 1.4}) {
+    for (const double a1 : {0.4, 0.5 * PI, 2.2}) {
+        for (const double a2 : {0.7, 0.5 * PI}) {
+            for (const double a3 : {0.25, 0.5 * PI, 1.4}) {
                 const Dense echo = mean_over_places([&](double z) {
                     Dense rho = lab.after_ideal_pulse(Axis::x, a1, lab.total(Axis::z));
                     rho = lab.after_ideal_pulse(Axis::x, a2, after_gradient(lab, 1, z, rho));
@@ -119,9 +119,9 @@ TEST(CarrPurcell, AddsUpTheErrorOfItsPulses) {
     // N e into z. Carr & Purcell, Phys. Rev. 94 (1954) 630.
     Laboratory lab({1});
     const double e = 0.06;
-    Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * kPi, lab.total(Axis::z));
+    Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * PI, lab.total(Axis::z));
     for (int pulse = 1; pulse <= 8; ++pulse) {
-        rho = lab.after_ideal_pulse(Axis::x, kPi + e, rho);
+        rho = lab.after_ideal_pulse(Axis::x, PI + e, rho);
         EXPECT_NEAR(std::fabs(coefficient(lab.total(Axis::y), rho)), std::cos(pulse * e), 1e-13);
     }
 }
@@ -129,9 +129,9 @@ TEST(CarrPurcell, AddsUpTheErrorOfItsPulses) {
 TEST(MeiboomGill, HoldsTheEchoesWhateverItsPulsesTurn) {
     // The same pulses along the magnetisation. Meiboom & Gill, Rev. Sci. Instrum. 29 (1958) 688.
     Laboratory lab({1});
-    Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * kPi, lab.total(Axis::z));
+    Dense rho = lab.after_ideal_pulse(Axis::x, 0.5 * PI, lab.total(Axis::z));
     for (int pulse = 1; pulse <= 8; ++pulse) {
-        rho = lab.after_ideal_pulse(Axis::y, kPi + 0.06, rho);
+        rho = lab.after_ideal_pulse(Axis::y, PI + 0.06, rho);
         EXPECT_LE(distance(rho, lab.total(Axis::y)), 1e-13);
     }
 }
@@ -142,7 +142,7 @@ TEST(EchoTrain, RefocusesAnyOffsetAtEveryEcho) {
         Dense rho = lab.total(Axis::y);
         for (int pulse = 1; pulse <= 6; ++pulse) {
             const Stretch delay = {3, 1e-3, 0.0, 0.0, offset, 0.0, 0.0, 0.0};
-            rho = lab.after(delay, lab.after_ideal_pulse(Axis::y, kPi, lab.after(delay, rho)));
+            rho = lab.after(delay, lab.after_ideal_pulse(Axis::y, PI, lab.after(delay, rho)));
             EXPECT_LE(distance(rho, lab.total(Axis::y)), 1e-12) << offset;
         }
     }
@@ -186,7 +186,7 @@ TEST(CoherenceTransferEcho, RefocusesAtTheRatioOfTheOrders) {
     const auto single_quantum_echo = [&](int turns) {
         Dense mean = mean_over_places([&](double z) {
             const Dense rho =
-                lab.after_ideal_pulse(Axis::x, 0.5 * kPi, after_gradient(lab, 1, z, double_quantum));
+                lab.after_ideal_pulse(Axis::x, 0.5 * PI, after_gradient(lab, 1, z, double_quantum));
             return after_gradient(lab, turns, z, rho);
         });
         const int order[4] = {1, 0, 0, -1};

@@ -1,6 +1,7 @@
 // Identities of the discrete Fourier transform, X[k] = sum of x[j] exp(+2 pi i j k / N). Bracewell, The
 // Fourier Transform and Its Applications, chapter 11.
 #include "four3.h"
+#include "support/constants.h"
 #include "support/random_systems.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kTwoPi = 6.283185307179586476925;
 using Series = std::vector<Complex>;
 
 Series transform(Series x, bool inverse = false) {
@@ -19,7 +19,7 @@ Series transform(Series x, bool inverse = false) {
     return x;
 }
 
-double gap(const Series& a, const Series& b) {
+double series_gap(const Series& a, const Series& b) {
     double worst = a.size() == b.size() ? 0.0 : HUGE_VAL;
     for (std::size_t k = 0; k < a.size() && k < b.size(); ++k) {
         worst = std::max(worst, std::abs(a[k] - b[k]));
@@ -28,7 +28,7 @@ double gap(const Series& a, const Series& b) {
 }
 
 Complex root(std::size_t N, double power) {
-    return std::polar(1.0, kTwoPi * power / static_cast<double>(N));
+    return std::polar(1.0, TWO_PI * power / static_cast<double>(N));
 }
 
 Series random_series(Random& random, std::size_t N) {
@@ -81,7 +81,7 @@ TEST(FourierTransform, TurnsAShiftIntoAPhase) {
         for (std::size_t k = 0; k < N; ++k) {
             expected[k] *= root(N, static_cast<double>(k * shift));
         }
-        EXPECT_LE(gap(transform(shifted), expected), 1e-13 * N) << shift;
+        EXPECT_LE(series_gap(transform(shifted), expected), 1e-13 * N) << shift;
     }
 }
 
@@ -101,7 +101,7 @@ TEST(FourierTransform, TurnsAConvolutionIntoAProduct) {
     for (std::size_t k = 0; k < N; ++k) {
         product[k] *= B[k];
     }
-    EXPECT_LE(gap(transform(product, true), convolved), 1e-12);
+    EXPECT_LE(series_gap(transform(product, true), convolved), 1e-12);
 }
 
 TEST(FourierTransform, OfADecayIsAGeometricSum) {
@@ -111,7 +111,7 @@ TEST(FourierTransform, OfADecayIsAGeometricSum) {
     const Series x = series_of(N, [&](double j) { return std::pow(q, j); });
     const Series expected =
         series_of(N, [&](double k) { return (1.0 - std::pow(q, N)) / (1.0 - q * root(N, k)); });
-    EXPECT_LE(gap(transform(x), expected), 1e-11);
+    EXPECT_LE(series_gap(transform(x), expected), 1e-11);
 }
 
 TEST(FourierTransform, OfAPulseOfOnesIsDirichletsKernel) {
@@ -120,10 +120,10 @@ TEST(FourierTransform, OfAPulseOfOnesIsDirichletsKernel) {
     for (const int L : {1, 5, 64, 127}) {
         const Series x = series_of(N, [L](double j) { return j < L ? 1.0 : 0.0; });
         const Series expected = series_of(N, [&](double k) {
-            const double a = 0.5 * kTwoPi * k / N;
+            const double a = 0.5 * TWO_PI * k / N;
             return k == 0.0 ? Complex(L) : root(N, 0.5 * k * (L - 1)) * (std::sin(a * L) / std::sin(a));
         });
-        EXPECT_LE(gap(transform(x), expected), 1e-12) << L;
+        EXPECT_LE(series_gap(transform(x), expected), 1e-12) << L;
     }
 }
 
@@ -136,7 +136,7 @@ TEST(FourierTransform, OfACombIsAComb) {
         const Series expected = series_of(N, [teeth](double k) {
             return static_cast<int>(k) % teeth == 0 ? static_cast<double>(teeth) : 0.0;
         });
-        EXPECT_LE(gap(transform(x), expected), 1e-13) << step;
+        EXPECT_LE(series_gap(transform(x), expected), 1e-13) << step;
     }
 }
 
@@ -151,7 +151,7 @@ TEST(FourierTransform, OfBinomialsIsAPowerOfACosine) {
         binomial = binomial * (n - j) / (j + 1);
     }
     const Series expected = series_of(N, [&](double k) { return std::pow(1.0 + root(N, k), n); });
-    EXPECT_LE(gap(transform(x), expected), 1e-14 * std::pow(2.0, n));
+    EXPECT_LE(series_gap(transform(x), expected), 1e-14 * std::pow(2.0, n));
 }
 
 TEST(FourierTransform, OfAPeriodicGaussianIsAPeriodicGaussian) {
@@ -160,7 +160,7 @@ TEST(FourierTransform, OfAPeriodicGaussianIsAPeriodicGaussian) {
     const Series theta = series_of(N, [](double j) {
         double sum = 0.0;
         for (int r = -4; r <= 4; ++r) {
-            sum += std::exp(-0.5 * kTwoPi * std::pow(j + 64.0 * r, 2) / 64.0);
+            sum += std::exp(-0.5 * TWO_PI * std::pow(j + 64.0 * r, 2) / 64.0);
         }
         return sum;
     });
@@ -168,7 +168,7 @@ TEST(FourierTransform, OfAPeriodicGaussianIsAPeriodicGaussian) {
     for (Complex& v : expected) {
         v *= 8.0;
     }
-    EXPECT_LE(gap(transform(theta), expected), 1e-13);
+    EXPECT_LE(series_gap(transform(theta), expected), 1e-13);
 }
 
 TEST(FourierTransform, OfTheChirpIsAChirp) {
@@ -176,7 +176,7 @@ TEST(FourierTransform, OfTheChirpIsAChirp) {
     const std::size_t N = 256;
     const Series x = series_of(N, [](double j) { return root(256, 0.5 * j * j); });
     const Series expected = series_of(N, [](double k) { return 16.0 * root(256, 32.0 - 0.5 * k * k); });
-    EXPECT_LE(gap(transform(x), expected), 1e-11);
+    EXPECT_LE(series_gap(transform(x), expected), 1e-11);
 }
 
 TEST(FourierTransform, FourTimesIsTheSeriesItselfTimesTheSquaredLength) {
@@ -186,7 +186,7 @@ TEST(FourierTransform, FourTimesIsTheSeriesItselfTimesTheSquaredLength) {
     for (Complex& v : four) {
         v /= 32.0 * 32.0;
     }
-    EXPECT_LE(gap(four, x), 1e-14);
+    EXPECT_LE(series_gap(four, x), 1e-14);
 }
 
 TEST(FourierTransform, OfRealSeriesIsConjugateEven) {

@@ -1,4 +1,5 @@
 // Field gradients over lines of voxels.
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +9,6 @@
 using namespace kor_test;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 /// A sector on a line of voxels along z, gradient g for `time`, then the mean of <Ix> - i <Iy>.
 Complex mean_signal(double g, double time, int voxels, double z0, double dz) {
@@ -43,7 +42,7 @@ Complex mean_signal(double g, double time, int voxels, double z0, double dz) {
 
 TEST(GradientDephasing, OfALineOfVoxelsIsAGeometricSum) {
     // Each voxel precesses by g z T towards -Iy: mean of exp(i g T z) over z0, z0 + dz, ...
-    const double g = 2.0 * kPi * 1000.0;
+    const double g = 2.0 * PI * 1000.0;
     const double time = 1.5e-3;
     for (const int voxels : {1, 2, 9, 32}) {
         const double z0 = -0.35;
@@ -58,7 +57,7 @@ TEST(GradientDephasing, OfALineOfVoxelsIsAGeometricSum) {
 TEST(GradientDephasing, IsCompleteOverWholeTurns) {
     // 16 voxels that share 3 whole turns evenly.
     const double dz = 0.1;
-    const double g = 3.0 * 2.0 * kPi / (16 * dz * 1e-3);
+    const double g = 3.0 * 2.0 * PI / (16 * dz * 1e-3);
     EXPECT_LE(std::abs(mean_signal(g, 1e-3, 16, -0.8, dz)), 1e-12);
 }
 
@@ -78,7 +77,7 @@ TEST(GradientEcho, RefocusesAfterAHalfTurnPulseWithoutAChangeOfSign) {
     Laboratory lab({1});
     const Stretch crusher = {3, 1e-3, 0.0, 0.0, 0.0, 800.0, -1200.0, 3000.0};
     Dense rho = lab.after(crusher, lab.total(Axis::y), 0.3, -0.2, 0.7);
-    rho = lab.after_ideal_pulse(Axis::y, kPi, rho);
+    rho = lab.after_ideal_pulse(Axis::y, PI, rho);
     rho = lab.after(crusher, rho, 0.3, -0.2, 0.7);
     EXPECT_LE(distance(rho, lab.total(Axis::y)), 1e-12);
 }
@@ -93,9 +92,9 @@ TEST(GradientAxes, AddTheirOffsets) {
 TEST(SliceSelection, DependsOnOffsetAloneSoTheProfileIsCentredWhereTheOffsetsCancel) {
     // A soft pulse of constant field with a gradient: the carrier offset moves the slice.
     Laboratory lab({1});
-    const double g = 2.0 * kPi * 2000.0;
+    const double g = 2.0 * PI * 2000.0;
     const double carrier = -g * 0.2; // on resonance at z = +0.2 cm
-    const Stretch pulse = {10, 5e-5, kPi / (2.0 * 5e-4), 0.0, carrier, 0.0, 0.0, g};
+    const Stretch pulse = {10, 5e-5, PI / (2.0 * 5e-4), 0.0, carrier, 0.0, 0.0, g};
     const auto my = [&](double z) {
         return coefficient(lab.total(Axis::y), lab.after(pulse, lab.total(Axis::z), 0.0, 0.0, z));
     };

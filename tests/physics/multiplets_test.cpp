@@ -1,5 +1,6 @@
 // Multiplets: signals and line lists of coupled spins against closed forms. Receiver signals start from
 // transverse magnetisation along x, so that a line of frequency f and intensity a gives a exp(2 pi i f t).
+#include "support/constants.h"
 #include "support/coupled_hamiltonian.h"
 #include "support/laboratory.h"
 
@@ -11,9 +12,6 @@
 using namespace kor_test;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kTwoPi = 2.0 * kPi;
 
 constexpr int kPoints = 256;
 constexpr double kDwell = 1.7e-3;
@@ -42,7 +40,7 @@ std::vector<Complex> signal_of_first(Laboratory& lab, const Dense& H) {
 }
 
 /// Largest difference from `expected(t)`, both divided by their value at t = 0.
-template <typename Expected> double gap(const std::vector<Complex>& actual, const Expected& expected) {
+template <typename Expected> double signal_gap(const std::vector<Complex>& actual, const Expected& expected) {
     double worst = 0.0;
     for (std::size_t k = 0; k < actual.size(); ++k) {
         const Complex wanted = expected(static_cast<double>(k) * kDwell);
@@ -53,7 +51,7 @@ template <typename Expected> double gap(const std::vector<Complex>& actual, cons
 }
 
 Complex turn(double hz, double t) {
-    return std::polar(1.0, kTwoPi * hz * t);
+    return std::polar(1.0, TWO_PI * hz * t);
 }
 
 struct Peak {
@@ -66,14 +64,6 @@ Complex sum_of(const std::vector<Peak>& peaks, double t) {
         sum += peak.intensity * turn(peak.hz, t);
     }
     return sum;
-}
-
-std::vector<Pair> star(int partners, double hz) {
-    std::vector<Pair> couplings;
-    for (int k = 2; k <= partners + 1; ++k) {
-        couplings.push_back({1, k, hz});
-    }
-    return couplings;
 }
 
 /// The nine lines of AB2 (A one spin, B two), the combination line last. Emsley, Feeney & Sutcliffe, High
@@ -115,7 +105,7 @@ TEST(AbQuartet, HasItsFourPositionsAndIntensities) {
                                                {30.0 - 0.5 * (D - J), 1.0 + J / D}};
             const Dense H =
                 hamiltonian(lab, {30.0 + 0.5 * difference, 30.0 - 0.5 * difference}, {{1, 2, J}}, true);
-            EXPECT_LE(gap(whole_signal(lab, H), [&](double t) { return sum_of(quartet, t); }), 1e-12);
+            EXPECT_LE(signal_gap(whole_signal(lab, H), [&](double t) { return sum_of(quartet, t); }), 1e-12);
         }
     }
 }
@@ -123,7 +113,7 @@ TEST(AbQuartet, HasItsFourPositionsAndIntensities) {
 TEST(AbQuartet, OfEqualShiftsIsASinglet) {
     Laboratory lab({1, 1});
     const Dense H = hamiltonian(lab, {44.0, 44.0}, {{1, 2, 16.0}}, true);
-    EXPECT_LE(gap(whole_signal(lab, H), [](double t) { return turn(44.0, t); }), 1e-12);
+    EXPECT_LE(signal_gap(whole_signal(lab, H), [](double t) { return turn(44.0, t); }), 1e-12);
 }
 
 TEST(Ab2Multiplet, HasItsNineLines) {
@@ -134,7 +124,7 @@ TEST(Ab2Multiplet, HasItsNineLines) {
             const double b = 10.0;
             const Dense H = hamiltonian(lab, {a, b, b}, {{1, 2, J}, {1, 3, J}, {2, 3, 3.3}}, true);
             const std::vector<Peak> lines = ab2_lines(a, b, J);
-            EXPECT_LE(gap(whole_signal(lab, H), [&](double t) { return sum_of(lines, t); }), 1e-12)
+            EXPECT_LE(signal_gap(whole_signal(lab, H), [&](double t) { return sum_of(lines, t); }), 1e-12)
                 << J << ' ' << difference;
         }
     }
@@ -143,7 +133,7 @@ TEST(Ab2Multiplet, HasItsNineLines) {
 TEST(A3Singlet, DoesNotShowTheCouplingsOfEquivalentSpins) {
     Laboratory lab({1, 1, 1});
     const Dense H = hamiltonian(lab, {21.0, 21.0, 21.0}, {{1, 2, -14.0}, {1, 3, -14.0}, {2, 3, -14.0}}, true);
-    EXPECT_LE(gap(whole_signal(lab, H), [](double t) { return turn(21.0, t); }), 1e-12);
+    EXPECT_LE(signal_gap(whole_signal(lab, H), [](double t) { return turn(21.0, t); }), 1e-12);
 }
 
 TEST(WeakMultiplet, OfNEqualPartnersIsBinomial) {
@@ -153,8 +143,8 @@ TEST(WeakMultiplet, OfNEqualPartnersIsBinomial) {
         std::vector<double> shifts(static_cast<std::size_t>(n) + 1, -80.0);
         shifts[0] = 55.0;
         const Dense H = hamiltonian(lab, shifts, star(n, 6.9), false);
-        EXPECT_LE(gap(signal_of_first(lab, H),
-                      [n](double t) { return turn(55.0, t) * std::pow(std::cos(kPi * 6.9 * t), n); }),
+        EXPECT_LE(signal_gap(signal_of_first(lab, H),
+                             [n](double t) { return turn(55.0, t) * std::pow(std::cos(PI * 6.9 * t), n); }),
                   1e-12)
             << n;
     }
@@ -163,11 +153,11 @@ TEST(WeakMultiplet, OfNEqualPartnersIsBinomial) {
 TEST(WeakMultiplet, OfAx3IsAQuartetAndADoublet) {
     Laboratory lab({1, 1, 1, 1});
     const Dense H = hamiltonian(lab, {60.0, -90.0, -90.0, -90.0}, star(3, 7.2), false);
-    EXPECT_LE(gap(whole_signal(lab, H),
-                  [](double t) {
-                      const double c = std::cos(kPi * 7.2 * t);
-                      return turn(60.0, t) * c * c * c + 3.0 * turn(-90.0, t) * c;
-                  }),
+    EXPECT_LE(signal_gap(whole_signal(lab, H),
+                         [](double t) {
+                             const double c = std::cos(PI * 7.2 * t);
+                             return turn(60.0, t) * c * c * c + 3.0 * turn(-90.0, t) * c;
+                         }),
               1e-12);
 }
 
@@ -175,12 +165,13 @@ TEST(WeakMultiplet, OfAmxIsTwelveLines) {
     Laboratory lab({1, 1, 1});
     const double Jam = 9.0, Jax = 3.5, Jmx = -15.0;
     const Dense H = hamiltonian(lab, {-100.0, 20.0, 140.0}, {{1, 2, Jam}, {1, 3, Jax}, {2, 3, Jmx}}, false);
-    EXPECT_LE(gap(whole_signal(lab, H),
-                  [=](double t) {
-                      const double am = std::cos(kPi * Jam * t), ax = std::cos(kPi * Jax * t);
-                      const double mx = std::cos(kPi * Jmx * t);
-                      return turn(-100.0, t) * am * ax + turn(20.0, t) * am * mx + turn(140.0, t) * ax * mx;
-                  }),
+    EXPECT_LE(signal_gap(whole_signal(lab, H),
+                         [=](double t) {
+                             const double am = std::cos(PI * Jam * t), ax = std::cos(PI * Jax * t);
+                             const double mx = std::cos(PI * Jmx * t);
+                             return turn(-100.0, t) * am * ax + turn(20.0, t) * am * mx +
+                                    turn(140.0, t) * ax * mx;
+                         }),
               1e-12);
 }
 
@@ -189,11 +180,11 @@ TEST(WeakMultiplet, OfA2X2IsTwoTriplets) {
     const double J = 5.5;
     const Dense H =
         hamiltonian(lab, {30.0, 30.0, -70.0, -70.0}, {{1, 3, J}, {1, 4, J}, {2, 3, J}, {2, 4, J}}, false);
-    EXPECT_LE(gap(whole_signal(lab, H),
-                  [J](double t) {
-                      const double c = std::cos(kPi * J * t);
-                      return (turn(30.0, t) + turn(-70.0, t)) * c * c;
-                  }),
+    EXPECT_LE(signal_gap(whole_signal(lab, H),
+                         [J](double t) {
+                             const double c = std::cos(PI * J * t);
+                             return (turn(30.0, t) + turn(-70.0, t)) * c * c;
+                         }),
               1e-12);
 }
 
@@ -203,14 +194,14 @@ TEST(WeakMultiplet, ToAnySpinHasEqualLines) {
         Laboratory lab({1, twice_spin});
         const double J = 13.0;
         const Dense H = hamiltonian(lab, {12.0, 0.0}, {{1, 2, J}}, false);
-        EXPECT_LE(gap(signal_of_first(lab, H),
-                      [&](double t) {
-                          Complex sum = 0.0;
-                          for (int m = -twice_spin; m <= twice_spin; m += 2) {
-                              sum += turn(12.0 + 0.5 * m * J, t);
-                          }
-                          return sum;
-                      }),
+        EXPECT_LE(signal_gap(signal_of_first(lab, H),
+                             [&](double t) {
+                                 Complex sum = 0.0;
+                                 for (int m = -twice_spin; m <= twice_spin; m += 2) {
+                                     sum += turn(12.0 + 0.5 * m * J, t);
+                                 }
+                                 return sum;
+                             }),
                   1e-12)
             << twice_spin;
     }
@@ -220,9 +211,9 @@ TEST(WeakMultiplet, OfASpinOneShowsItsPartnersAsASpinHalf) {
     // The spin 1 of a pair with a spin 1/2 is a doublet of J: all its single-quantum steps turn alike.
     Laboratory lab({2, 1});
     const Dense H = hamiltonian(lab, {-25.0, 0.0}, {{1, 2, 18.0}}, false);
-    EXPECT_LE(
-        gap(signal_of_first(lab, H), [](double t) { return turn(-25.0, t) * std::cos(kPi * 18.0 * t); }),
-        1e-12);
+    EXPECT_LE(signal_gap(signal_of_first(lab, H),
+                         [](double t) { return turn(-25.0, t) * std::cos(PI * 18.0 * t); }),
+              1e-12);
 }
 
 TEST(StrongCoupling, ApproachesTheWeakFormAsTheSquareOfJOverTheDifference) {
@@ -235,9 +226,9 @@ TEST(StrongCoupling, ApproachesTheWeakFormAsTheSquareOfJOverTheDifference) {
         const Dense H = hamiltonian(lab, {0.5 * difference, -0.5 * difference}, {{1, 2, J}}, true);
         const double moved = difference + 0.5 * J * J / difference;
         EXPECT_NEAR(D, moved, std::pow(J, 4) / (8.0 * std::pow(difference, 3)) * 1.01);
-        return gap(whole_signal(lab, H), [&](double t) {
-            return 2.0 * std::cos(kPi * moved * t) * std::cos(kPi * J * t) +
-                   2.0 * (J / moved) * std::sin(kPi * moved * t) * std::sin(kPi * J * t);
+        return signal_gap(whole_signal(lab, H), [&](double t) {
+            return 2.0 * std::cos(PI * moved * t) * std::cos(PI * J * t) +
+                   2.0 * (J / moved) * std::sin(PI * moved * t) * std::sin(PI * J * t);
         });
     };
     EXPECT_LE(deviation(200.0), 1e-4);
@@ -261,9 +252,9 @@ TEST(SpectralMoments, AreThoseOfTheShiftsForIsotropicCoupling) {
     };
     const double h = 1e-4;
     const Complex first =
-        (8.0 * (s(h) - s(-h)) - (s(2.0 * h) - s(-2.0 * h))) / (12.0 * h) / Complex(0.0, kTwoPi);
+        (8.0 * (s(h) - s(-h)) - (s(2.0 * h) - s(-2.0 * h))) / (12.0 * h) / Complex(0.0, TWO_PI);
     const Complex second = (16.0 * (s(h) + s(-h)) - (s(2.0 * h) + s(-2.0 * h)) - 30.0 * s(0.0)) /
-                           (12.0 * h * h) / -(kTwoPi * kTwoPi);
+                           (12.0 * h * h) / -(TWO_PI * TWO_PI);
     EXPECT_NEAR(first.real(), (31.0 - 12.0 + 80.0) / 3.0, 1e-4);
     EXPECT_NEAR(second.real(), (31.0 * 31.0 + 12.0 * 12.0 + 80.0 * 80.0) / 3.0, 1e-2);
 }
@@ -281,12 +272,12 @@ TEST(SpinEcho, OfAStronglyCoupledPairIsModulatedAsAllerhandFound) {
     lab.set_hamiltonian(hamiltonian(lab, {0.5 * difference, -0.5 * difference}, {{1, 2, J}}, true));
     for (const double tau : {0.004, 0.02, 0.045}) {
         Dense rho = lab.after_delay(tau, lab.total(Axis::y));
-        rho = lab.after_delay(tau, lab.after_ideal_pulse(Axis::y, kPi, rho));
-        const double half = kPi * D * tau;
+        rho = lab.after_delay(tau, lab.after_ideal_pulse(Axis::y, PI, rho));
+        const double half = PI * D * tau;
         const double same = std::cos(half) * std::cos(half) -
                             std::sin(half) * std::sin(half) * (sine * sine - cosine * cosine);
         const double along = 2.0 * std::sin(half) * std::cos(half) * sine;
-        const double angle = kTwoPi * J * tau;
+        const double angle = TWO_PI * J * tau;
         const double expected = same * std::cos(angle) + along * std::sin(angle);
         EXPECT_NEAR(coefficient(lab.total(Axis::y), rho), expected, 1e-12) << tau;
     }

@@ -1,5 +1,7 @@
 // Shaped pulses with known solutions of the Bloch equations, and small flip angles, where the profile is the
 // Fourier transform of the pulse.
+#include "physics/magnetisation.h"
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -10,17 +12,15 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
 /// A spin 1/2 from Iz through a waveform of any field and offset; its magnetisation.
-class Waveform {
+class ShapedPulse {
 public:
-    Waveform(int count, double dt) : count_(count), dt_(dt), xb_(size()), yb_(size()), gz_(size()) {}
+    ShapedPulse(int count, double dt) : count_(count), dt_(dt), xb_(size()), yb_(size()), gz_(size()) {}
 
     /// bx, by and the sweep's offset of every sample from its middle, t from -T/2 to T/2, rad/s.
     template <typename Shape> void fill(const Shape& shape) {
         for (int k = 0; k < count_; ++k) {
-            const Eigen::Vector3d field = shape((k + 0.5 - 0.5 * count_) * dt_);
+            const Vector field = shape((k + 0.5 - 0.5 * count_) * dt_);
             const auto at = static_cast<std::size_t>(k);
             xb_[at] = field.x();
             yb_[at] = field.y();
@@ -31,7 +31,7 @@ public:
     std::vector<double>& yb() { return yb_; }
 
     /// At z = 1 cm, so that the gradient is the sweep.
-    Eigen::Vector3d magnetisation(double offset) {
+    Vector magnetisation(double offset) {
         const std::vector<double> none(size(), 0.0);
         const MarkedMatrix H0(Dense::Zero(2, 2));
         const MarkedMatrix Fx(lab_.total(Axis::x)), Fy(lab_.total(Axis::y)), Fz(lab_.total(Axis::z));
@@ -43,9 +43,7 @@ public:
         MarkedMatrix r, rho(lab_.total(Axis::z));
         kor::EngineSectorPropagator(1, 1, 1, r);
         kor::EngineRotate(2, r, rho);
-        const Dense state = rho.dense(2);
-        return {coefficient(lab_.total(Axis::x), state), coefficient(lab_.total(Axis::y), state),
-                coefficient(lab_.total(Axis::z), state)};
+        return kor_test::magnetisation(lab_, rho.dense(2));
     }
 
 private:
@@ -67,12 +65,12 @@ TEST(HyperbolicSecant, OfConstantPhaseExcitesAsRosenAndZenerFound) {
     // w1 sech(bt): 1 - Mz = 2 sin^2(pi w1 / 2b) sech^2(pi offset / 2b). Rosen & Zener, Phys. Rev. 40 (1932)
     // 502. Samples of dt b = 0.005 follow the shape to (dt b)^2 / 24 or so.
     const double b = 1000.0;
-    Waveform pulse(8000, 5e-6);
+    ShapedPulse pulse(8000, 5e-6);
     for (const double strength : {0.3, 0.5, 1.0, 1.7}) {
-        pulse.fill([&](double t) { return Eigen::Vector3d(strength * b * sech(b * t), 0.0, 0.0); });
+        pulse.fill([&](double t) { return Vector(strength * b * sech(b * t), 0.0, 0.0); });
         for (const double offset : {0.0, 300.0, -800.0, 2000.0}) {
             const double expected =
-                1.0 - 2.0 * std::pow(std::sin(0.5 * kPi * strength) * sech(0.5 * kPi * offset / b), 2);
+                1.0 - 2.0 * std::pow(std::sin(0.5 * PI * strength) * sech(0.5 * PI * offset / b), 2);
             EXPECT_NEAR(pulse.magnetisation(offset).z(), expected, 1e-5) << strength << ' ' << offset;
         }
     }
@@ -82,21 +80,20 @@ TEST(HyperbolicSecant, WithATanhSweepInvertsAsSilverJosephAndHoultFound) {
     // w1 sech(bt)^(1 + i mu): Mz = tanh(p+) tanh(p-) + cos(pi sqrt((w1/b)^2 - mu^2)) sech(p+) sech(p-), p+- =
     // pi (offset / b +- mu) / 2. Silver, Joseph & Hoult, Phys. Rev. A 31 (1985) 2753.
     const double b = 1000.0;
-    Waveform pulse(8000, 5e-6);
+    ShapedPulse pulse(8000, 5e-6);
     for (const double mu : {1.0, 3.0}) {
         for (const double strength : {1.1 * mu, 2.0 * mu}) {
             pulse.fill([&](double t) {
                 const double s = sech(b * t);
                 const double phase = mu * std::log(s);
-                return Eigen::Vector3d(strength * b * s * std::cos(phase), strength * b * s * std::sin(phase),
-                                       0.0);
+                return Vector(strength * b * s * std::cos(phase), strength * b * s * std::sin(phase), 0.0);
             });
             for (const double offset : {0.0, 500.0, -2000.0, 5000.0}) {
-                const double plus = 0.5 * kPi * (offset / b + mu);
-                const double minus = 0.5 * kPi * (offset / b - mu);
+                const double plus = 0.5 * PI * (offset / b + mu);
+                const double minus = 0.5 * PI * (offset / b - mu);
                 const double expected =
                     std::tanh(plus) * std::tanh(minus) +
-                    std::cos(kPi * std::sqrt(strength * strength - mu * mu)) * sech(plus) * sech(minus);
+                    std::cos(PI * std::sqrt(strength * strength - mu * mu)) * sech(plus) * sech(minus);
                 EXPECT_NEAR(pulse.magnetisation(offset).z(), expected, 5e-5)
                     << mu << ' ' << strength << ' ' << offset;
             }
@@ -112,9 +109,9 @@ TEST(LinearSweep, CrossesAsLandauAndZenerFound) {
     for (const double speed : {0.5, 1.0, 3.0, 20.0}) { // R / w1^2
         const double rate = speed * field * field;
         const double time = 2.0 * reach / rate;
-        Waveform sweep(8000, time / 8000);
-        sweep.fill([&](double t) { return Eigen::Vector3d(field, 0.0, rate * t); });
-        const double expected = 2.0 * std::exp(-0.5 * kPi / speed) - 1.0;
+        ShapedPulse sweep(8000, time / 8000);
+        sweep.fill([&](double t) { return Vector(field, 0.0, rate * t); });
+        const double expected = 2.0 * std::exp(-0.5 * PI / speed) - 1.0;
         EXPECT_NEAR(sweep.magnetisation(0.0).z(), expected, 0.01) << speed;
     }
 }
@@ -123,11 +120,11 @@ TEST(AdiabaticPassage, InvertsWithinItsBandAndLeavesTheRest) {
     // The sech-tanh pulse far above its threshold: Mz = tanh tanh, -1 inside |offset| < mu b, +1 outside.
     const double b = 1000.0;
     const double mu = 5.0;
-    Waveform pulse(8192, 5e-6);
+    ShapedPulse pulse(8192, 5e-6);
     pulse.fill([&](double t) {
         const double s = sech(b * t);
-        return Eigen::Vector3d(3.0 * mu * b * s * std::cos(mu * std::log(s)),
-                               3.0 * mu * b * s * std::sin(mu * std::log(s)), 0.0);
+        return Vector(3.0 * mu * b * s * std::cos(mu * std::log(s)),
+                      3.0 * mu * b * s * std::sin(mu * std::log(s)), 0.0);
     });
     for (const double inside : {0.0, 0.3, -0.6}) {
         EXPECT_NEAR(pulse.magnetisation(inside * mu * b).z(), -1.0, 1e-2) << inside;
@@ -158,11 +155,11 @@ TEST(SmallTipProfile, OfARectangularPulseIsASinc) {
     // |Mxy| = a |sin(x) / x|, x = offset T / 2, up to a^3. Hoult, J. Magn. Reson. 35 (1979) 69.
     const double a = 0.01;
     const double time = 2e-3;
-    Waveform pulse(64, time / 64);
-    pulse.fill([&](double) { return Eigen::Vector3d(a / time, 0.0, 0.0); });
-    for (const double offset : {0.0, 500.0, 2.0 * kPi / time, 4000.0, -9000.0}) {
+    ShapedPulse pulse(64, time / 64);
+    pulse.fill([&](double) { return Vector(a / time, 0.0, 0.0); });
+    for (const double offset : {0.0, 500.0, 2.0 * PI / time, 4000.0, -9000.0}) {
         const double x = 0.5 * offset * time;
-        const Eigen::Vector3d m = pulse.magnetisation(offset);
+        const Vector m = pulse.magnetisation(offset);
         const double expected = x == 0.0 ? a : a * std::fabs(std::sin(x) / x);
         EXPECT_NEAR(std::hypot(m.x(), m.y()), expected, a * a * a) << offset;
     }
@@ -172,12 +169,12 @@ TEST(SmallTipProfile, OfAGaussianPulseIsAGaussian) {
     // exp(-t^2 / 2 s^2), area a: |Mxy| = a exp(-(offset s)^2 / 2). Cut at 6 s (1e-8 of the peak).
     const double a = 0.01;
     const double s = 1e-3;
-    Waveform pulse(1200, 1e-5);
+    ShapedPulse pulse(1200, 1e-5);
     pulse.fill([&](double t) {
-        return Eigen::Vector3d(a / (s * std::sqrt(2.0 * kPi)) * std::exp(-0.5 * t * t / (s * s)), 0.0, 0.0);
+        return Vector(a / (s * std::sqrt(2.0 * PI)) * std::exp(-0.5 * t * t / (s * s)), 0.0, 0.0);
     });
     for (const double offset : {0.0, 400.0, -1000.0, 2500.0, 4000.0}) {
-        const Eigen::Vector3d m = pulse.magnetisation(offset);
+        const Vector m = pulse.magnetisation(offset);
         EXPECT_NEAR(std::hypot(m.x(), m.y()), a * std::exp(-0.5 * std::pow(offset * s, 2)), a * a * a)
             << offset;
     }
@@ -186,15 +183,15 @@ TEST(SmallTipProfile, OfAGaussianPulseIsAGaussian) {
 TEST(SmallTipProfile, OfTheSincGaussPulseIsItsFourierTransform) {
     // Pauly, Nishimura & Macovski, J. Magn. Reson. 81 (1989) 43, for a phase and an asymmetric shape as well.
     const double a = 0.02;
-    Waveform pulse(400, 1e-5);
+    ShapedPulse pulse(400, 1e-5);
     for (const double phase : {0.0, 1.0}) {
         pulse.fill([&](double t) {
-            const double shape = std::sin(2.0 * kPi * 1500.0 * (t - 2e-4)) / (kPi * (t - 2e-4)) *
+            const double shape = std::sin(2.0 * PI * 1500.0 * (t - 2e-4)) / (PI * (t - 2e-4)) *
                                  std::exp(-1e6 * (t - 2e-4) * (t - 2e-4));
-            return Eigen::Vector3d(a * shape * std::cos(phase), a * shape * std::sin(phase), 0.0);
+            return Vector(a * shape * std::cos(phase), a * shape * std::sin(phase), 0.0);
         });
         for (double offset = -2e4; offset <= 2e4; offset += 1250.0) {
-            const Eigen::Vector3d m = pulse.magnetisation(offset);
+            const Vector m = pulse.magnetisation(offset);
             EXPECT_LE(std::abs(Complex(m.x(), m.y()) - small_tip(pulse.xb(), pulse.yb(), 1e-5, offset)),
                       a * a * a)
                 << offset;
@@ -204,10 +201,10 @@ TEST(SmallTipProfile, OfTheSincGaussPulseIsItsFourierTransform) {
 
 TEST(SmallTipProfile, DiffersFromTheTransformByTheThirdPowerOfTheFlipAngle) {
     // The stated tolerance is the next order itself: eight times smaller for half the angle.
-    Waveform pulse(100, 2e-5);
+    ShapedPulse pulse(100, 2e-5);
     const auto gap = [&](double a) {
-        pulse.fill([&](double t) { return Eigen::Vector3d(a * 1000.0 * std::exp(-2e6 * t * t), 0.0, 0.0); });
-        const Eigen::Vector3d m = pulse.magnetisation(600.0);
+        pulse.fill([&](double t) { return Vector(a * 1000.0 * std::exp(-2e6 * t * t), 0.0, 0.0); });
+        const Vector m = pulse.magnetisation(600.0);
         return std::abs(Complex(m.x(), m.y()) - small_tip(pulse.xb(), pulse.yb(), 2e-5, 600.0));
     };
     EXPECT_NEAR(gap(0.1) / gap(0.05), 8.0, 0.2);
@@ -215,11 +212,11 @@ TEST(SmallTipProfile, DiffersFromTheTransformByTheThirdPowerOfTheFlipAngle) {
 
 TEST(SelectivePulse, SelfRefocusesAtHalfItsLengthForSmallAngles) {
     // A symmetric small-tip pulse leaves a phase that is linear in the offset: that of half its length.
-    Waveform pulse(200, 1e-5);
-    pulse.fill([&](double t) { return Eigen::Vector3d(0.02 * 1500.0 * std::exp(-4e6 * t * t), 0.0, 0.0); });
-    const Eigen::Vector3d centre = pulse.magnetisation(0.0);
+    ShapedPulse pulse(200, 1e-5);
+    pulse.fill([&](double t) { return Vector(0.02 * 1500.0 * std::exp(-4e6 * t * t), 0.0, 0.0); });
+    const Vector centre = pulse.magnetisation(0.0);
     for (const double offset : {-900.0, -200.0, 450.0, 1300.0}) {
-        const Eigen::Vector3d m = pulse.magnetisation(offset);
+        const Vector m = pulse.magnetisation(offset);
         const Complex refocused = Complex(m.x(), m.y()) * std::polar(1.0, offset * 1e-3);
         EXPECT_NEAR(std::arg(refocused), std::arg(Complex(centre.x(), centre.y())), 1e-3) << offset;
     }

@@ -1,6 +1,8 @@
 // One spin in closed form. The simulator's sense: rho(t) = exp(+iHt) rho exp(-iHt), so the magnetisation
 // turns about a field by minus the angle that it would turn by under exp(-iHt) rho exp(+iHt):
 // Iz -> +Iy about x, Iz -> -Ix about y, Ix -> -Iy about z.
+#include "physics/magnetisation.h"
+#include "support/constants.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
@@ -11,16 +13,8 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-using Vector = Eigen::Vector3d;
-
 Dense state_of(Laboratory& lab, const Vector& m) {
     return m.x() * lab.total(Axis::x) + m.y() * lab.total(Axis::y) + m.z() * lab.total(Axis::z);
-}
-
-Vector magnetisation(Laboratory& lab, const Dense& rho) {
-    return {coefficient(lab.total(Axis::x), rho), coefficient(lab.total(Axis::y), rho),
-            coefficient(lab.total(Axis::z), rho)};
 }
 
 /// Rodrigues' formula for the turn by -angle about the unit vector u.
@@ -30,17 +24,13 @@ Vector turned(const Vector& u, double angle, const Vector& m) {
 
 const std::vector<std::vector<int>> kSpins = {{1}, {2}, {3}, {1, 2}};
 
-void expect_vector(const Vector& actual, const Vector& expected, double tolerance) {
-    EXPECT_LE((actual - expected).norm(), tolerance) << actual.transpose() << " for " << expected.transpose();
-}
-
 } // namespace
 
 TEST(Pulse, QuarterTurnAboutXTakesIzToPlusIy) {
     Laboratory lab({1});
     const int samples = 25;
     const double h = 4e-6;
-    const double field = kPi / (2.0 * samples * h);
+    const double field = PI / (2.0 * samples * h);
     const Dense rho = lab.after({samples, h, field, 0.0, 0.0, 0.0, 0.0, 0.0}, lab.total(Axis::z));
     Dense expected(2, 2);
     expected << 0.0, Complex(0.0, -0.5), Complex(0.0, 0.5), 0.0;
@@ -49,7 +39,7 @@ TEST(Pulse, QuarterTurnAboutXTakesIzToPlusIy) {
 
 TEST(Pulse, QuarterTurnAboutYTakesIzToMinusIx) {
     Laboratory lab({1});
-    const Dense rho = lab.after_ideal_pulse(Axis::y, kPi / 2.0, lab.total(Axis::z));
+    const Dense rho = lab.after_ideal_pulse(Axis::y, PI / 2.0, lab.total(Axis::z));
     EXPECT_LE(distance(rho, -lab.total(Axis::x)), 1e-14);
 }
 
@@ -57,7 +47,7 @@ TEST(Pulse, HalfTurnInvertsIz) {
     for (const std::vector<int>& spins : kSpins) {
         Laboratory lab(spins);
         for (const Axis axis : {Axis::x, Axis::y}) {
-            const Dense rho = lab.after_ideal_pulse(axis, kPi, lab.total(Axis::z));
+            const Dense rho = lab.after_ideal_pulse(axis, PI, lab.total(Axis::z));
             EXPECT_LE(distance(rho, -lab.total(Axis::z)), 1e-13);
         }
     }
@@ -69,7 +59,7 @@ TEST(Pulse, OfAnyAngleTurnsEveryAxisAboutEveryAxis) {
         Laboratory lab(spins);
         for (int about = 0; about < 3; ++about) {
             for (const Vector& m : axes) {
-                for (const double angle : {0.3, 1.0, kPi / 2.0, 2.5, -0.7, 7.0}) {
+                for (const double angle : {0.3, 1.0, PI / 2.0, 2.5, -0.7, 7.0}) {
                     const Axis axis = about == 0 ? Axis::x : about == 1 ? Axis::y : Axis::z;
                     const Dense rho = lab.after_ideal_pulse(axis, angle, state_of(lab, m));
                     EXPECT_LE(distance(rho, state_of(lab, turned(axes[about], angle, m))), 1e-13);
@@ -109,8 +99,8 @@ TEST(Pulse, OfTwoQuartersInQuadratureActsInTheOrderOfTime) {
     // Iz -> -Ix, which the pulse about x leaves alone.
     Laboratory lab({1});
     const Dense Iz = lab.total(Axis::z);
-    const Dense xy = lab.after_ideal_pulse(Axis::y, kPi / 2, lab.after_ideal_pulse(Axis::x, kPi / 2, Iz));
-    const Dense yx = lab.after_ideal_pulse(Axis::x, kPi / 2, lab.after_ideal_pulse(Axis::y, kPi / 2, Iz));
+    const Dense xy = lab.after_ideal_pulse(Axis::y, PI / 2, lab.after_ideal_pulse(Axis::x, PI / 2, Iz));
+    const Dense yx = lab.after_ideal_pulse(Axis::x, PI / 2, lab.after_ideal_pulse(Axis::y, PI / 2, Iz));
     EXPECT_LE(distance(xy, lab.total(Axis::y)), 1e-14);
     EXPECT_LE(distance(yx, -lab.total(Axis::x)), 1e-14);
 }
@@ -126,8 +116,8 @@ TEST(Pulse, SamplesOfOneSectorActInTheOrderOfTime) {
     const kor::CMatrix& fx = Fx;
     const kor::CMatrix& fy = Fy;
     const kor::CMatrix& fz = Fz;
-    const double xb[2] = {kPi / 2, 0.0};
-    const double yb[2] = {0.0, kPi / 2};
+    const double xb[2] = {PI / 2, 0.0};
+    const double yb[2] = {0.0, PI / 2};
     kor::EngineOpenSector({{2, &h0, &fz, &fx, &fy},
                            {2, 1.0, xb, yb, nullptr, nullptr, nullptr, 0.0},
                            {1, 1, 1, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0}});
@@ -141,7 +131,7 @@ TEST(Pulse, SamplesOfOneSectorActInTheOrderOfTime) {
 TEST(Precession, TakesIxTowardsMinusIyForAPositiveOffset) {
     for (const std::vector<int>& spins : kSpins) {
         Laboratory lab(spins);
-        const double w = 2.0 * kPi * 80.0;
+        const double w = 2.0 * PI * 80.0;
         lab.set_hamiltonian(w * lab.total(Axis::z));
         for (const double t : {0.0, 1e-3, 5e-3, 0.2}) {
             const Vector m = magnetisation(lab, lab.after_delay(t, lab.total(Axis::x)));
@@ -189,7 +179,7 @@ TEST(OffResonancePulse, InvertsLeastWhereTheFieldIsTilted) {
     Laboratory lab({1});
     const double field = 1000.0;
     const double offset = 1000.0; // theta = 45 degrees
-    const double half_turn = kPi / std::hypot(field, offset);
+    const double half_turn = PI / std::hypot(field, offset);
     const Dense rho = lab.after({1, half_turn, field, 0.0, offset, 0.0, 0.0, 0.0}, lab.total(Axis::z));
     expect_vector(magnetisation(lab, rho), Vector::UnitX(), 1e-13);
 }
@@ -198,7 +188,7 @@ TEST(Rotation, OfASpinOneHasTheReducedWignerElements) {
     // d(beta) = exp(-i beta Iy); Varshalovich, Moskalev & Khersonskii, Quantum Theory of Angular Momentum,
     // table 4.4.
     Laboratory lab({2});
-    for (const double beta : {0.3, 1.1, kPi / 2, 2.9, -0.8}) {
+    for (const double beta : {0.3, 1.1, PI / 2, 2.9, -0.8}) {
         const double c = std::cos(beta);
         const double s = std::sin(beta) / std::sqrt(2.0);
         Dense d(3, 3);
@@ -210,7 +200,7 @@ TEST(Rotation, OfASpinOneHasTheReducedWignerElements) {
 TEST(Rotation, OfASpinThreeHalvesHasTheReducedWignerElements) {
     // The same book, table 4.5.
     Laboratory lab({3});
-    for (const double beta : {0.3, 1.1, kPi / 2, 2.9, -0.8}) {
+    for (const double beta : {0.3, 1.1, PI / 2, 2.9, -0.8}) {
         const double c = std::cos(beta / 2);
         const double s = std::sin(beta / 2);
         const double root3 = std::sqrt(3.0);
@@ -228,7 +218,7 @@ TEST(Rotation, OfASpinThreeHalvesHasTheReducedWignerElements) {
 TEST(Rotation, ByAFullTurnChangesTheSignOfHalfIntegerSpinsOnly) {
     for (const int twice_spin : {1, 2, 3, 4}) {
         Laboratory lab({twice_spin});
-        const Dense r = lab.propagator({8, 0.125, 2.0 * kPi, 0.0, 0.0, 0.0, 0.0, 0.0});
+        const Dense r = lab.propagator({8, 0.125, 2.0 * PI, 0.0, 0.0, 0.0, 0.0, 0.0});
         const double sign = twice_spin % 2 ? -1.0 : 1.0;
         EXPECT_LE(distance(r, sign * Dense::Identity(r.rows(), r.cols())), 1e-13) << twice_spin;
     }

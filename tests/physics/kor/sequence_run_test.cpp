@@ -4,6 +4,7 @@
 #include "kor/sequence_driver.h"
 
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/run_models.h"
 #include "support/signal_files.h"
 #include "support/temp_tree.h"
@@ -22,10 +23,10 @@ using kor_test::DenseSystem;
 using kor_test::Matrix;
 using kor_test::Sector;
 using kor_test::TempTree;
+using kor_test::TWO_PI;
 
 using Doubles = std::vector<double>;
 
-const double two_pi = 2.0 * std::acos(-1.0);
 constexpr double tolerance = 1e-12;
 
 Doubles random_values(std::mt19937& random, std::size_t count, double scale) {
@@ -38,13 +39,13 @@ Doubles random_values(std::mt19937& random, std::size_t count, double scale) {
 }
 
 /// A waveform sector and its samples.
-struct Waveform {
+struct SectorWaveform {
     Sector sector;
     Doubles xb, yb, gx, gy, gz;
 };
 
-Waveform random_waveform(std::mt19937& random, const std::string& file, int samples) {
-    Waveform wave;
+SectorWaveform random_sector_waveform(std::mt19937& random, const std::string& file, int samples) {
+    SectorWaveform wave;
     wave.sector.file = file;
     wave.sector.samples = samples;
     wave.sector.duration_s = 1e-3;
@@ -59,10 +60,10 @@ Waveform random_waveform(std::mt19937& random, const std::string& file, int samp
 }
 
 /// The state behind a sector at a position, each sample taking rho to exp(+i H dt) rho exp(-i H dt).
-Matrix behind(const DenseSystem& system, const Waveform& wave, double dt, double x, double y, double z,
+Matrix behind(const DenseSystem& system, const SectorWaveform& wave, double dt, double x, double y, double z,
               Matrix rho) {
     for (std::size_t j = 0; j < wave.xb.size(); ++j) {
-        const double w = wave.gx[j] * x + wave.gy[j] * y + wave.gz[j] * z + two_pi * wave.sector.offset_hz;
+        const double w = wave.gx[j] * x + wave.gy[j] * y + wave.gz[j] * z + TWO_PI * wave.sector.offset_hz;
         const Matrix step = kor_test::step_propagator(
             system.h0 + w * system.fz + wave.xb[j] * system.fx + wave.yb[j] * system.fy, dt);
         rho = step.adjoint() * rho * step;
@@ -77,8 +78,9 @@ TEST(SpatialRun, EveryVoxelAgreesWithTheIndependentComputation) {
         const TempTree folder;
         const bool weak = seed % 2 == 0;
         const DenseSystem system = kor_test::dense_system({1, 1}, {1.0, 0.6}, {120.0, -75.0}, {11.0}, weak);
-        std::vector<Waveform> waves{random_waveform(random, "w1", 7), random_waveform(random, "w2", 3)};
-        for (const Waveform& wave : waves) {
+        std::vector<SectorWaveform> waves{random_sector_waveform(random, "w1", 7),
+                                          random_sector_waveform(random, "w2", 3)};
+        for (const SectorWaveform& wave : waves) {
             folder.write(wave.sector.file, bytes_of(wave.xb) + bytes_of(wave.yb) + bytes_of(wave.gx) +
                                                bytes_of(wave.gy) + bytes_of(wave.gz));
         }
@@ -97,7 +99,7 @@ TEST(SpatialRun, EveryVoxelAgreesWithTheIndependentComputation) {
             for (int iy = 0; iy < 2; ++iy) {
                 for (int iz = 0; iz < 2; ++iz) {
                     Matrix rho = system.equilibrium;
-                    for (const Waveform& wave : waves) {
+                    for (const SectorWaveform& wave : waves) {
                         rho = behind(system, wave, wave.sector.duration_s / wave.sector.samples,
                                      -0.5 + 0.4 * ix, 0.25 - 0.75 * iy, 1.0 + 0.125 * iz, rho);
                     }
@@ -115,11 +117,12 @@ TEST(NmrRun, EveryEvolutionRowAgreesWithTheIndependentComputation) {
         const TempTree folder;
         const bool weak = seed % 2 == 0;
         const DenseSystem system = kor_test::dense_system({1, 2}, {1.0, 0.6}, {120.0, -75.0}, {11.0}, weak);
-        std::vector<Waveform> waves{random_waveform(random, "w1", 5), random_waveform(random, "w2", 4),
-                                    random_waveform(random, "w3", 2)};
+        std::vector<SectorWaveform> waves{random_sector_waveform(random, "w1", 5),
+                                          random_sector_waveform(random, "w2", 4),
+                                          random_sector_waveform(random, "w3", 2)};
         waves[1].sector.type = 2;
         waves[1].sector.rows = waves[2].sector.rows = 5;
-        for (Waveform& wave : waves) {
+        for (SectorWaveform& wave : waves) {
             folder.write(wave.sector.file, bytes_of(wave.xb) + bytes_of(wave.yb));
         }
         kor_test::forget_model();
@@ -149,7 +152,7 @@ kor_test::Row receiver_signal(const DenseSystem& system, double offset_hz, int p
         fy += system.iy[s] / system.iy[s].norm();
     }
     const Matrix step =
-        kor_test::step_propagator(system.h0 + two_pi * offset_hz * system.fz, acquisition_s / points);
+        kor_test::step_propagator(system.h0 + TWO_PI * offset_hz * system.fz, acquisition_s / points);
     kor_test::Row signal;
     for (int k = 0; k < points; ++k) {
         signal.emplace_back((fx * rho).trace().real(), (fy * rho).trace().real());
@@ -166,12 +169,13 @@ TEST(NmrRun, TwoDimensionalSpectrumAgreesWithTheIndependentComputation) {
     std::mt19937 random(seed);
     const TempTree folder;
     const DenseSystem system = kor_test::dense_system({1, 1}, {1.0, 0.6}, {120.0, -75.0}, {11.0}, false);
-    std::vector<Waveform> waves{random_waveform(random, "w1", 5), random_waveform(random, "w2", 1),
-                                random_waveform(random, "w3", 2)};
+    std::vector<SectorWaveform> waves{random_sector_waveform(random, "w1", 5),
+                                      random_sector_waveform(random, "w2", 1),
+                                      random_sector_waveform(random, "w3", 2)};
     waves[1].xb = waves[1].yb = {0.0};
     waves[1].sector.type = 2;
     waves[1].sector.rows = waves[2].sector.rows = rows;
-    for (const Waveform& wave : waves) {
+    for (const SectorWaveform& wave : waves) {
         folder.write(wave.sector.file, bytes_of(wave.xb) + bytes_of(wave.yb));
     }
     kor_test::forget_model();
@@ -202,7 +206,7 @@ TEST(SpatialRun, KeepsTracePurityAndHermiticityOfEveryVoxel) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const TempTree folder;
-    const Waveform wave = random_waveform(random, "w", 50);
+    const SectorWaveform wave = random_sector_waveform(random, "w", 50);
     folder.write("w", bytes_of(wave.xb) + bytes_of(wave.yb) + bytes_of(wave.gx) + bytes_of(wave.gy) +
                           bytes_of(wave.gz));
     kor_test::forget_model();
