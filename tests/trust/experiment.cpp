@@ -4,6 +4,7 @@
 #include "kor/sequence_driver.h"
 #include "kor/smoke_check_mode.h"
 #include "kor/spin_system.h"
+#include "support/constants.h"
 #include "support/marked_matrix.h"
 #include "support/run_models.h"
 
@@ -15,8 +16,6 @@
 namespace kor_test {
 
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 void define(const Spins& spins) {
     std::vector<double> pairs;
@@ -30,7 +29,7 @@ void define(const Spins& spins) {
 }
 
 double offset_at(const Train& train, const Place& place, std::size_t j) {
-    return train.gx[j] * place.x + train.gy[j] * place.y + train.gz[j] * place.z + kTwoPi * train.offset_hz;
+    return train.gx[j] * place.x + train.gy[j] * place.y + train.gz[j] * place.z + TWO_PI * train.offset_hz;
 }
 
 } // namespace
@@ -60,7 +59,7 @@ Length length_of(const Spins& spins, const std::vector<Train>& trains, const Pla
     double coupling = 0.0;
     for (std::size_t i = 0; i < spins.count(); ++i) {
         for (std::size_t j = i + 1; j < spins.count(); ++j) {
-            coupling += kTwoPi * std::fabs(spins.coupling_hz[i][j]) * spins.twice_spins[i] *
+            coupling += TWO_PI * std::fabs(spins.coupling_hz[i][j]) * spins.twice_spins[i] *
                         spins.twice_spins[j] / 4.0;
         }
     }
@@ -69,7 +68,7 @@ Length length_of(const Spins& spins, const std::vector<Train>& trains, const Pla
         for (std::size_t j = 0; j < train.samples(); ++j) {
             double energy = coupling;
             for (std::size_t s = 0; s < spins.count(); ++s) {
-                const double offset = offset_at(train, place, j) + kTwoPi * spins.shift_hz[s];
+                const double offset = offset_at(train, place, j) + TWO_PI * spins.shift_hz[s];
                 energy += 0.5 * spins.twice_spins[s] * std::hypot(train.xb[j], train.yb[j], offset);
             }
             length.samples += 1.0;
@@ -123,7 +122,7 @@ Dense Bench::propagator(const Train& train, const Place& place, double sign) con
     kor::CMatRMultAdd(s.n, s.Izee, sign, s.Icoup, sign, H0);
     kor::EngineOpenSector({{s.n, &H0, &s.Izgrad, &s.Ixtot, &s.Iytot},
                            {static_cast<int>(train.samples()), train.dt, train.xb.data(), train.yb.data(),
-                            train.gx.data(), train.gy.data(), train.gz.data(), kTwoPi * train.offset_hz},
+                            train.gx.data(), train.gy.data(), train.gz.data(), TWO_PI * train.offset_hz},
                            {1, 1, 1, place.x, place.y, place.z, 0.0, 0.0, 0.0}});
     kor::EngineSectorPropagator(1, 1, 1, r);
     return to_dense(s.n, r);

@@ -1,6 +1,7 @@
 #include "trust/molecules.h"
 
 #include "support/build_paths.h"
+#include "support/constants.h"
 
 #include <bit>
 #include <fstream>
@@ -11,7 +12,6 @@ namespace kor_test {
 
 namespace {
 
-constexpr double kTwoPi = 6.283185307179586;
 constexpr double kCarrierPpm = 3.0;
 
 std::vector<std::string> fields_of(const std::string& line) {
@@ -131,7 +131,7 @@ std::vector<std::complex<double>> signal_of(const std::vector<Line>& lines, int 
     std::vector<std::complex<double>> signal(static_cast<std::size_t>(points));
     for (const Line& line : lines) {
         for (std::size_t k = 0; k < signal.size(); ++k) {
-            signal[k] += std::polar(line.share, kTwoPi * line.hz * dwell * static_cast<double>(k));
+            signal[k] += std::polar(line.share, TWO_PI * line.hz * dwell * static_cast<double>(k));
         }
     }
     return signal;

@@ -2,6 +2,7 @@
 // line lists come from an eigensolver of 60 rotations, which is enough for three strongly coupled spins.
 #include "kor/runtime_state.h"
 #include "observablespectrumcalculator/signals.h"
+#include "support/constants.h"
 #include "support/run_options.h"
 #include "support/worst.h"
 #include "trust/molecules.h"
@@ -13,12 +14,11 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kTwoPi = 6.283185307179586;
 constexpr double kAcquisition = 2.048; // s
 /// What rounding may leave of a signal that starts at 1: 1e-15 of the angle that the levels span.
 double signal_tolerance(const Spectrum& spectrum) {
     const double span = spectrum.levels_hz.maxCoeff() - spectrum.levels_hz.minCoeff();
-    return 1e-13 + 1e-15 * kTwoPi * kAcquisition * span;
+    return 1e-13 + 1e-15 * TWO_PI * kAcquisition * span;
 }
 
 std::vector<double> fields_mhz() {
@@ -77,7 +77,7 @@ double level_gap(const Spectrum& spectrum) {
     kor::hermit(s.n, H, vectors, levels);
     double worst = 0.0;
     for (int k = 0; k < s.n; ++k) {
-        worst = std::max(worst, std::fabs(levels[k + 1] / kTwoPi - spectrum.levels_hz(k)));
+        worst = std::max(worst, std::fabs(levels[k + 1] / TWO_PI - spectrum.levels_hz(k)));
     }
     return worst;
 }

@@ -1,12 +1,11 @@
 #include "trust/random_experiment.h"
+#include "support/constants.h"
 
 #include <cmath>
 
 namespace kor_test {
 
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 /// Makes the last spin of a system the like of the first where both are spins 1/2.
 void make_alike(Spins& spins) {
@@ -23,7 +22,7 @@ void make_alike(Spins& spins) {
 enum class Kind { shaped, hard, along_x, gradient, delay };
 enum class Gradients { none, one_direction, all };
 
-constexpr double kMostGradient = kTwoPi * 2000.0; // rad/s per cm
+constexpr double kMostGradient = TWO_PI * 2000.0; // rad/s per cm
 
 Place random_gradient(Random& random) {
     return {random.uniform(-kMostGradient, kMostGradient), random.uniform(-kMostGradient, kMostGradient),
@@ -32,8 +31,8 @@ Place random_gradient(Random& random) {
 
 void add_random_sample(Random& random, Kind kind, Gradients gradients, const Place& direction, Train& train) {
     const bool field = kind == Kind::shaped || kind == Kind::along_x;
-    const double bx = field ? kTwoPi * random.uniform(-500.0, 500.0) : 0.0;
-    const double by = kind == Kind::shaped ? kTwoPi * random.uniform(-500.0, 500.0) : 0.0;
+    const double bx = field ? TWO_PI * random.uniform(-500.0, 500.0) : 0.0;
+    const double by = kind == Kind::shaped ? TWO_PI * random.uniform(-500.0, 500.0) : 0.0;
     Place g = {0.0, 0.0, 0.0};
     if (gradients == Gradients::one_direction) {
         const double size = random.uniform(-1.0, 1.0);
@@ -47,8 +46,8 @@ void add_random_sample(Random& random, Kind kind, Gradients gradients, const Pla
 Train hard_pulse(Random& random) {
     Train train;
     train.dt = 1e-5;
-    const double phase = random.uniform(0.0, kTwoPi);
-    const double field = random.uniform(0.1, 1.0) * kTwoPi * 50000.0;
+    const double phase = random.uniform(0.0, TWO_PI);
+    const double field = random.uniform(0.1, 1.0) * TWO_PI * 50000.0;
     train.add_sample(field * std::cos(phase), field * std::sin(phase), 0.0, 0.0, 0.0);
     return train;
 }
@@ -58,7 +57,7 @@ Train slice_pulse(Random& random) {
     Train train;
     train.dt = random.uniform(2e-5, 1e-4);
     while (train.samples() < 40) {
-        train.add_sample(kTwoPi * random.uniform(-500.0, 500.0), kTwoPi * random.uniform(-500.0, 500.0), 0.0,
+        train.add_sample(TWO_PI * random.uniform(-500.0, 500.0), TWO_PI * random.uniform(-500.0, 500.0), 0.0,
                          0.0, kMostGradient);
     }
     return train;

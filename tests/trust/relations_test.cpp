@@ -1,5 +1,6 @@
 // Relations between the results of two experiments, over random ones: what must not change a result, and
 // what must change it in a known way.
+#include "support/constants.h"
 #include "support/run_options.h"
 #include "support/worst.h"
 #include "trust/random_experiment.h"
@@ -14,8 +15,6 @@ using namespace kor_test;
 namespace {
 
 using States = std::vector<Dense>;
-
-constexpr double kTwoPi = 6.283185307179586;
 
 /// Checks every voxel of `actual` against `expected`, in units of what rounding may leave.
 void check_voxels(const Experiment& experiment, const States& actual, const States& expected, Worst& worst) {
@@ -149,7 +148,7 @@ TEST(Relations, TheInverseSequenceLeadsBack) {
 TEST(Relations, AShiftOfAllPhasesTurnsTheStateAboutZ) {
     over_random_experiments(1104, "shift all phases",
                             [](const Bench& bench, Random& random, const Experiment& plain, Worst& worst) {
-                                const double phase = random.uniform(0.0, kTwoPi);
+                                const double phase = random.uniform(0.0, TWO_PI);
                                 Experiment turned = plain;
                                 for (Train& train : turned.trains) {
                                     for (std::size_t j = 0; j < train.samples(); ++j) {
