@@ -1,4 +1,5 @@
 #include "endtoend/example_oracle.h"
+#include "support/constants.h"
 
 #include <cmath>
 
@@ -6,7 +7,8 @@ namespace example_oracle {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using kor_test::PI;
+
 constexpr Complex I_UNIT(0, 1);
 
 Complex weak_factor(const Molecule& molecule, int spin, int partner, double t) {

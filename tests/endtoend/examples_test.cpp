@@ -1,6 +1,7 @@
 #include "endtoend/example_oracle.h"
 #include "endtoend/example_set.h"
 #include "support/build_paths.h"
+#include "support/constants.h"
 #include "support/run_program.h"
 
 #include <gtest/gtest.h>
@@ -12,10 +13,10 @@
 namespace {
 
 using namespace example_oracle;
+using kor_test::PI;
 using kor_test::read_file;
 namespace fs = std::filesystem;
 
-constexpr double PI = 3.14159265358979323846;
 /// The example waveforms are rounded to 2^-16 rad/s.
 double rounded(double field) {
     return std::nearbyint(field * 65536) / 65536;

@@ -1,5 +1,6 @@
 // Whole runs through the built executable: what it prints, which files it leaves and whether their numbers
 // are those of the closed forms.
+#include "support/constants.h"
 #include "support/model_fixtures.h"
 #include "support/program_tree.h"
 #include "support/temp_tree.h"
@@ -16,8 +17,6 @@ using namespace kor_test;
 namespace fs = std::filesystem;
 
 namespace {
-
-const double pi = 3.141592653589793;
 
 using Vector = std::array<double, 3>;
 using Signal = std::vector<std::complex<double>>;
@@ -42,7 +41,7 @@ Vector precess(const Vector& m, const Vector& field, double time_s) {
 SectorText ideal_pulse() {
     SectorText pulse;
     pulse.duration_s = 1e-15;
-    pulse.blocks = {{0.5 * pi / pulse.duration_s}, {0.0}};
+    pulse.blocks = {{0.5 * PI / pulse.duration_s}, {0.0}};
     pulse.remark = "excitation";
     return pulse;
 }
@@ -102,7 +101,7 @@ Vector magnetisation_at_acquisition(const ModelText& model, int point) {
         if (sector.remark == "ADC")
             break;
         for (std::size_t l = 0; l < static_cast<std::size_t>(sector.points); ++l) {
-            double offset = 2.0 * pi * (model.offsets_hz[0] + sector.offset_hz);
+            double offset = 2.0 * PI * (model.offsets_hz[0] + sector.offset_hz);
             for (std::size_t axis = 0; axis < 3; ++axis)
                 offset += sector.blocks[2 + axis][l] * position[axis];
             m = precess(m, {sector.blocks[0][l], sector.blocks[1][l], offset},
@@ -336,7 +335,7 @@ TEST(VoxelSignal, AVoxelPrecessesFromItsMagnetisationAtAcquisition) {
         Signal expected;
         for (int k = 0; k < 32; ++k)
             expected.push_back(std::complex<double>(m[0], m[1]) *
-                               std::polar(1.0, -2.0 * pi * (35.0 - 12.5) * 0.064 / 32 * k));
+                               std::polar(1.0, -2.0 * PI * (35.0 - 12.5) * 0.064 / 32 * k));
         expect_signal_file(output, 32, 1, expected, 1e-12);
     }
 }
@@ -399,9 +398,9 @@ TEST(RunModel, APulseAcquireRunRecordsTheDoubletsOfTwoCoupledSpins) {
     Signal expected;
     for (int k = 0; k < 64; ++k) {
         const double t = 0.128 / 64 * k;
-        const std::complex<double> start(0.0, std::cos(pi * 12.0 * t));
+        const std::complex<double> start(0.0, std::cos(PI * 12.0 * t));
         expected.push_back(
-            start * (std::polar(1.0, -2.0 * pi * 107.0 * t) + 0.5 * std::polar(1.0, 2.0 * pi * 33.0 * t)));
+            start * (std::polar(1.0, -2.0 * PI * 107.0 * t) + 0.5 * std::polar(1.0, 2.0 * PI * 33.0 * t)));
     }
     // During the pulse of 1e-15 s the offsets turn the spins by about 1e-12.
     expect_signal_file(tree.result("fid"), 64, 1, expected, 1e-10);
@@ -431,7 +430,7 @@ TEST(RunModel, ATwoDimensionalRunRecordsOneSignalPerEvolutionTime) {
     for (int row = 0; row < 5; ++row)
         for (int k = 0; k < 16; ++k)
             expected.push_back(std::complex<double>(0.0, 1.0) *
-                               std::polar(1.0, -2.0 * pi * 30.0 * (4e-3 * row + 0.08 / 16 * k)));
+                               std::polar(1.0, -2.0 * PI * 30.0 * (4e-3 * row + 0.08 / 16 * k)));
     expect_signal_file(tree.result("rows"), 16, 5, expected, 1e-10);
 }
 
