@@ -1,7 +1,9 @@
 #include "fieldgradient_dialogues.h"
 
 #include "fieldgradientlib.h"
+#include "support/composer_texts.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 
 #include <gtest/gtest.h>
 
@@ -13,19 +15,10 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double TWO_PI = 6.283185307179586;
-
-const std::string menu = "Possible gradient modulation types:\n"
-                         "   1.  Constant gradient \n"
-                         "   2.  cosine spiral (2D excitation)\n"
-                         "   3.  sine spiral   (2D excitation)\n"
-                         "Your choice [1..3] : ";
 const std::string cosine_text = "g(t) = -(A/T)*(2*pi*n*(1-(t/T))*((sin(2*pi*n*t/T)+f(t))\n"
                                 "f(t) = cos(2*pi*n*t/T)\n";
 const std::string sine_text = "g(t) = (A/T)*(2*pi*n*(1-(t/T))*((cos(2*pi*n*t/T)+f(t))\n"
                               "f(t) = -sin(2*pi*n*t/T)\n";
-
-constexpr double UNTOUCHED = -77.5;
 
 struct Gradient {
     std::string out, unread;
@@ -44,7 +37,7 @@ Gradient choose(const std::string& answers, int count, double step) {
 
 TEST(CalcGrad, OneAsksForAConstantGradient) {
     const Gradient g = choose("1\n-250.5\nnext\n", 5, 1e-3);
-    EXPECT_EQ(g.out, menu + " Constant gradient strength [Hz/cm] : \n");
+    EXPECT_EQ(g.out, GRADIENT_MENU + " Constant gradient strength [Hz/cm] : \n");
     EXPECT_EQ(fieldgrad_last_status, FIELDGRAD_OK);
     for (int k = 0; k < 5; ++k)
         EXPECT_DOUBLE_EQ(g.samples[k], TWO_PI * -250.5);
@@ -56,7 +49,7 @@ TEST(CalcGrad, TwoAsksForACosineSpiral) {
     const int N = 7;
     const double h = 2e-4, A = 3.5, n = 4.25, T = N * h, w = TWO_PI * n;
     const Gradient g = choose("2\n3.5\n4.25\n", N, h);
-    EXPECT_EQ(g.out, menu + cosine_text + "A    : \nn    : \n");
+    EXPECT_EQ(g.out, GRADIENT_MENU + cosine_text + "A    : \nn    : \n");
     for (int k = 0; k < N; ++k) {
         const double phase = w * k / N;
         const double expected = -A * (std::cos(phase) + w * (1 - double(k) / N) * std::sin(phase)) / T;
@@ -69,7 +62,7 @@ TEST(CalcGrad, ThreeAsksForASineSpiral) {
     const int N = 9;
     const double h = 1e-4, A = 2, n = 3, T = N * h, w = TWO_PI * n;
     const Gradient g = choose("3\n2\n3\n", N, h);
-    EXPECT_EQ(g.out, menu + sine_text + "A : n : ");
+    EXPECT_EQ(g.out, GRADIENT_MENU + sine_text + "A : n : ");
     for (int k = 0; k < N; ++k) {
         const double phase = w * k / N;
         const double expected = A * (w * (1 - double(k) / N) * std::cos(phase) - std::sin(phase)) / T;
@@ -96,7 +89,7 @@ TEST(CalcGrad, AnotherNumberIsStatusThree) {
     for (const char* answers : {"0\n", "4\n", "-1\n"}) {
         const Gradient g = choose(answers, 3, 1e-3);
         EXPECT_EQ(fieldgrad_last_status, FIELDGRAD_ERR_BADARG);
-        EXPECT_EQ(g.out, menu);
+        EXPECT_EQ(g.out, GRADIENT_MENU);
         EXPECT_EQ(g.samples, std::vector<double>(4, UNTOUCHED));
     }
 }

@@ -8,6 +8,7 @@
 #include "korplatform.h"
 #include "rfwaveformfile.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/ordinary_user.h"
 #include "support/temp_tree.h"
 
@@ -29,8 +30,7 @@ using kor_test::ConsoleOutput;
 using kor_test::OrdinaryUser;
 using kor_test::play_console;
 using kor_test::TempTree;
-
-constexpr double two_pi = 2.0 * kor::KOR_PI;
+using kor_test::TWO_PI;
 
 void set_text(char* out, std::size_t size, const std::string& text) {
     std::snprintf(out, size, "%s", text.c_str());
@@ -58,7 +58,7 @@ void prepare_model(double field_hz = 62.5) {
         set_text(g_runtime.fnames[k], sizeof g_runtime.fnames[k], "pulse");
         set_text(g_runtime.remarks[k], sizeof g_runtime.remarks[k], "optimizeRf[productOperator=Iy]");
     }
-    const std::vector<double> xb(64, two_pi * field_hz), yb(64, 0.0);
+    const std::vector<double> xb(64, TWO_PI * field_hz), yb(64, 0.0);
     kor::BinArrayOut2D(64, xb.data(), yb.data(), "pulse");
 }
 
@@ -192,7 +192,7 @@ TEST(OptimizeSector, StartsFromAGeneratedPulse) {
               std::string::npos);
     EXPECT_NE(console.out.find("  actual flip angle    = 90 deg\n"), std::string::npos);
     EXPECT_EQ(after(console.out, ask_csv), ask_csv + ask_write_back);
-    const std::vector<double> unchanged(64, two_pi * 62.5);
+    const std::vector<double> unchanged(64, TWO_PI * 62.5);
     EXPECT_EQ(tree.read("pulse").substr(0, 512), kor_test::bytes_of(unchanged));
 }
 
@@ -228,7 +228,7 @@ TEST(OptimizeSector, ModePairsBeyondTheParameterArrayAreClamped) {
 void prepare_points(int points) {
     prepare_model();
     g_runtime.noti[1] = points;
-    const std::vector<double> xb(static_cast<std::size_t>(points), two_pi * 62.5), yb(xb.size(), 0.0);
+    const std::vector<double> xb(static_cast<std::size_t>(points), TWO_PI * 62.5), yb(xb.size(), 0.0);
     kor::BinArrayOut2D(points, xb.data(), yb.data(), "short");
     set_text(g_runtime.fnames[1], sizeof g_runtime.fnames[1], "short");
 }
@@ -255,10 +255,10 @@ TEST(OptimizeSector, ACountThatIsNoPowerOfTwoOptimisesSamplesInstead) {
     ASSERT_EQ(written.size(), 2u * 48u * sizeof(double));
     std::vector<double> samples(96);
     std::memcpy(samples.data(), written.data(), written.size());
-    EXPECT_NE(samples[24], two_pi * 62.5);
-    samples[24] = two_pi * 62.5;
+    EXPECT_NE(samples[24], TWO_PI * 62.5);
+    samples[24] = TWO_PI * 62.5;
     EXPECT_EQ(std::vector<double>(samples.begin(), samples.begin() + 48),
-              std::vector<double>(48, two_pi * 62.5));
+              std::vector<double>(48, TWO_PI * 62.5));
 }
 
 TEST(OptimizeSector, MorePointsThanTheArraysHoldAreRefused) {

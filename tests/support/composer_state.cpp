@@ -58,6 +58,11 @@ void fresh_state_with_spins() {
     rt.systemset = 1;
 }
 
+void fresh_state_with_short_name() {
+    fresh_state_with_spins();
+    kor::set_current_model_short_name("lac");
+}
+
 std::vector<std::vector<double>> waveform_blocks(const TempTree& tree, const std::string& name, int N,
                                                  int blocks) {
     const std::string bytes = tree.read(name);

@@ -14,6 +14,9 @@ void fresh_state();
 /// The same with two spins 1/2, weakly coupled by 7.3 Hz.
 void fresh_state_with_spins();
 
+/// The same and the model's short name "lac".
+void fresh_state_with_short_name();
+
 /// A waveform file: blocks of N doubles, xb, yb (and gx, gy, gz). Fails the test when its size is another.
 std::vector<std::vector<double>> waveform_blocks(const TempTree& tree, const std::string& name, int N,
                                                  int blocks);

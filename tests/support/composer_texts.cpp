@@ -38,6 +38,11 @@ std::string file_name_question(const std::string& contents, const std::string& l
            leaf + "\nFile name : ";
 }
 
+std::string spatial_file_dialogue(const std::string& leaf, const std::string& path) {
+    return file_name_question("RF and gradient", leaf) + "Sector waveform file written to : " + path +
+           "\nSector note (optional): ";
+}
+
 std::string sector_header(const std::string& family, int k) {
     return "\n" + RULE + " Edit " + family + " Sequence Sector " + std::to_string(k) + "\n" + RULE + "\n";
 }

@@ -32,6 +32,8 @@ std::string constant_gradient_dialogues();
 inline const std::string NO_GRADIENTS = "1\n0\n1\n0\n1\n0\n";
 /// Naming the waveform file, up to the prompt. contents: "RF" or "RF and gradient".
 std::string file_name_question(const std::string& contents, const std::string& leaf);
+/// The same of a sector with gradients, the file written to `path`, up to the question for a note.
+std::string spatial_file_dialogue(const std::string& leaf, const std::string& path);
 std::string rf_output_folder();
 /// The title of a sector's dialogue.
 std::string sector_header(const std::string& family, int k);

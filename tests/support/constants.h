@@ -11,4 +11,7 @@ inline constexpr double TWO_PI = 2.0 * PI;
 inline constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double POSITIVE_INFINITY = std::numeric_limits<double>::infinity();
 
+/// Fills an output array beforehand, to see which elements were written.
+inline constexpr double UNTOUCHED = -77.5;
+
 } // namespace kor_test

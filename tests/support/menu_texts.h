@@ -42,6 +42,12 @@ inline const std::string NOTHING_TO_RUN = "Current model state:\n"
                                           "  pulse sequence   : <none prepared>\n"
                                           "\n";
 
+/// The formats in which a spectrum is written.
+inline constexpr char SPECTRUM_OUTPUT_MENU[] = "\nOutput format:\n"
+                                               "  1. PV-Wave/IDL (legacy)\n"
+                                               "  2. CSV (_td.csv and _fd.csv)\n"
+                                               "Your choice [1,2] : ";
+
 /// The question for the file to export to.
 std::string export_question(const std::string& models_dir);
 

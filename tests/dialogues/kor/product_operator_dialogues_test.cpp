@@ -38,13 +38,13 @@ constexpr char manual_menu[] = "************************************************
                                "  5. Use OP1 as expectation operator\n"
                                "Your choice [1..5]: ";
 
-constexpr char type_menu[] = "Operator type:\n"
-                             "  1. I+\n"
-                             "  2. I-\n"
-                             "  3. Ix\n"
-                             "  4. Iy\n"
-                             "  5. Iz\n"
-                             "Your choice [1..5]: ";
+constexpr char operator_type_menu[] = "Operator type:\n"
+                                      "  1. I+\n"
+                                      "  2. I-\n"
+                                      "  3. Ix\n"
+                                      "  4. Iy\n"
+                                      "  5. Iz\n"
+                                      "Your choice [1..5]: ";
 
 constexpr char factor_prompt[] = "Multiply by factor (real): ";
 
@@ -167,8 +167,9 @@ TEST(OperatorList, ServesSpinsHalfOnly) {
 TEST(ManualOperator, AddsTwoSingleSpinOperators) {
     const std::vector<int> two_i = {1, 2};
     EXPECT_EQ(play(manual_expectation_operator, two_i, "1\n1\n3\n2.5\n2\n2\n5\n-1\n3\n5\n"),
-              std::string(manual_menu) + "Spin number [1..2]: " + type_menu + factor_prompt + manual_menu +
-                  "Spin number [1..2]: " + type_menu + factor_prompt + manual_menu + manual_menu);
+              std::string(manual_menu) + "Spin number [1..2]: " + operator_type_menu + factor_prompt +
+                  manual_menu + "Spin number [1..2]: " + operator_type_menu + factor_prompt + manual_menu +
+                  manual_menu);
     const Dense expected = 2.5 * kor_test::on_spin(two_i, 1, 'x') - kor_test::on_spin(two_i, 2, 'z');
     EXPECT_LT(distance(out, unit(expected)), 1e-15);
 }
@@ -191,22 +192,25 @@ TEST(ManualOperator, ClampsTheSpinAndTakesIzForUnknownTypes) {
 
 TEST(ManualOperator, TakesSpinOneWhereThereIsNone) {
     EXPECT_EQ(play(manual_expectation_operator, {}, "1\n3\n5\n1\n5\n"),
-              std::string(manual_menu) + "Spin number [1..0]: " + type_menu + factor_prompt + manual_menu);
+              std::string(manual_menu) + "Spin number [1..0]: " + operator_type_menu + factor_prompt +
+                  manual_menu);
     EXPECT_EQ(out[1][1][1], 0.0); // no spin, no magnetisation
 }
 
 TEST(ManualOperator, AnUnreadableFactorIsOne) {
     const std::vector<int> two_i = {1};
     EXPECT_EQ(play(manual_expectation_operator, two_i, "1\n1\n3\nplenty\n5\n"),
-              std::string(manual_menu) + "Spin number [1..1]: " + type_menu + factor_prompt + manual_menu);
+              std::string(manual_menu) + "Spin number [1..1]: " + operator_type_menu + factor_prompt +
+                  manual_menu);
     EXPECT_LT(distance(out, unit(kor_test::single_spin(1, 'x'))), 1e-15);
 }
 
 TEST(ManualOperator, AnUnreadableSpinOrTypeChangesNothing) {
     const std::vector<int> two_i = {1};
     EXPECT_EQ(play(manual_expectation_operator, two_i, "1\n1\n3\n1\n1\nfirst\n1\n1\nIz\n5\n"),
-              std::string(manual_menu) + "Spin number [1..1]: " + type_menu + factor_prompt + manual_menu +
-                  "Spin number [1..1]: " + manual_menu + "Spin number [1..1]: " + type_menu + manual_menu);
+              std::string(manual_menu) + "Spin number [1..1]: " + operator_type_menu + factor_prompt +
+                  manual_menu + "Spin number [1..1]: " + manual_menu +
+                  "Spin number [1..1]: " + operator_type_menu + manual_menu);
     EXPECT_LT(distance(out, unit(kor_test::single_spin(1, 'x'))), 1e-15);
 }
 
@@ -218,7 +222,8 @@ TEST(ManualOperator, OtherChoicesShowTheMenuAgain) {
 
 TEST(ManualOperator, EndOfInputUsesWhatOp1Holds) {
     EXPECT_EQ(play(manual_expectation_operator, {1}, "1\n1\n4\n3\n"),
-              std::string(manual_menu) + "Spin number [1..1]: " + type_menu + factor_prompt + manual_menu);
+              std::string(manual_menu) + "Spin number [1..1]: " + operator_type_menu + factor_prompt +
+                  manual_menu);
     EXPECT_LT(distance(out, unit(kor_test::single_spin(1, 'y'))), 1e-15);
     play(manual_expectation_operator, {1}, "");
     EXPECT_LT(distance(out, Dense(Dense::Zero(2, 2))), 1e-300);

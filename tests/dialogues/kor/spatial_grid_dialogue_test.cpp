@@ -11,17 +11,17 @@ using namespace kor_test;
 
 namespace {
 
-const std::string banner = "\n           *******************************************\n"
-                           "           ***  SPATIAL SIMULATION DOMAIN SETUP   ***\n"
-                           "           *******************************************\n";
+const std::string grid_banner = "\n           *******************************************\n"
+                                "           ***  SPATIAL SIMULATION DOMAIN SETUP   ***\n"
+                                "           *******************************************\n";
 const std::string question =
-    banner + "\nDefine the spatial simulation grid for later spatially resolved sequence calculations.\n"
-             "Gradient waveforms are defined in the sequence sectors, not here.\n\n"
-             "Use a symmetric simulation volume around a center point? [1=yes, 0=no] : ";
+    grid_banner + "\nDefine the spatial simulation grid for later spatially resolved sequence calculations.\n"
+                  "Gradient waveforms are defined in the sequence sectors, not here.\n\n"
+                  "Use a symmetric simulation volume around a center point? [1=yes, 0=no] : ";
 const std::string closing = "  Used by     : spatially resolved pulse sequences\n"
                             "  Sequence type is chosen later in the pulse-sequence menu.\n";
 
-void start() {
+void start_without_grid() {
     init();
     g_runtime.spinsystemdefined = 1;
     g_runtime.offsetset = g_runtime.offsetsdefined = 0;
@@ -32,15 +32,15 @@ void start() {
 } // namespace
 
 TEST(DefineSpatialSimulationDomain, NeedsASpinSystem) {
-    start();
+    start_without_grid();
     g_runtime.spinsystemdefined = 0;
     const ConsoleOutput printed = play_console("1\n", DefineSpatialSimulationDomain);
-    EXPECT_EQ(printed.out, banner + ">>>> No spin system is defined. Define spins first. <<<<\n");
+    EXPECT_EQ(printed.out, grid_banner + ">>>> No spin system is defined. Define spins first. <<<<\n");
     EXPECT_EQ(unread_answers(), "1\n");
 }
 
 TEST(DefineSpatialSimulationDomain, SymmetricVolumeSpreadsPointsAroundItsCenter) {
-    start();
+    start_without_grid();
     const ConsoleOutput printed =
         play_console("1\n0\n0.5\n-1\n5\n1\n3\n4\n7\n0.1\nleft\n", DefineSpatialSimulationDomain);
     EXPECT_EQ(printed.out, question +
@@ -65,7 +65,7 @@ TEST(DefineSpatialSimulationDomain, SymmetricVolumeSpreadsPointsAroundItsCenter)
 }
 
 TEST(DefineSpatialSimulationDomain, ManualGridDropsTheStepOfASinglePoint) {
-    start();
+    start_without_grid();
     const ConsoleOutput printed =
         play_console("0\n1\n300\n0\n-1\n-2\n-3\n0.5\n0.25\n0.125\n", DefineSpatialSimulationDomain);
     EXPECT_EQ(printed.out, question +
@@ -87,14 +87,14 @@ TEST(DefineSpatialSimulationDomain, ManualGridDropsTheStepOfASinglePoint) {
 }
 
 TEST(DefineSpatialSimulationDomain, AnyNonzeroAnswerMeansYes) {
-    start();
+    start_without_grid();
     play_console("-7\n1\n2\n3\n1\n1\n1\n1\n1\n1\n", DefineSpatialSimulationDomain);
     EXPECT_EQ(g_runtime.x0, 1);
     EXPECT_EQ(g_runtime.z0, 3);
 }
 
 TEST(DefineSpatialSimulationDomain, AnUnreadableAnswerKeepsWhatWasRead) {
-    start();
+    start_without_grid();
     play_console("1\n1\n2\n3\n4\n-5\nmany\nleft\n", DefineSpatialSimulationDomain);
     EXPECT_EQ(g_runtime.ndx, 4);
     EXPECT_EQ(g_runtime.ndy, 1);
@@ -109,7 +109,7 @@ TEST(DefineSpatialSimulationDomain, EveryQuestionMayBeTheLast) {
     for (const std::string first : {"1\n", "0\n"}) {
         std::string answers = first;
         for (int question_number = 0; question_number < 10; ++question_number) {
-            start();
+            start_without_grid();
             const std::string shown = question_number == 0 ? "" : answers;
             EXPECT_EQ(play_console(shown, DefineSpatialSimulationDomain).out.find("defined."),
                       std::string::npos);
@@ -120,7 +120,7 @@ TEST(DefineSpatialSimulationDomain, EveryQuestionMayBeTheLast) {
             if (question_number > 0)
                 answers += "2\n";
         }
-        start();
+        start_without_grid();
         play_console(answers, DefineSpatialSimulationDomain);
         EXPECT_EQ(g_runtime.offsetset, 1);
     }

@@ -2,6 +2,7 @@
 
 #include "kor/runtime_state.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/dense_reference.h"
 
 #include <gtest/gtest.h>
@@ -13,8 +14,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-constexpr double TWO_PI = 6.283185307179586;
 
 const std::string number_prompt = "\nNumber of Spins (1..8) = ";
 const std::string coupling_heading = "*************************************\n"

@@ -3,6 +3,7 @@
 #include "observablespectrumcalculator/spectrum_files.h"
 #include "support/console_script.h"
 #include "support/fake_gnuplot.h"
+#include "support/menu_texts.h"
 #include "support/signal_files.h"
 
 #include <gtest/gtest.h>
@@ -12,12 +13,9 @@ namespace {
 
 using kor_test::ConsoleOutput;
 using kor_test::play_console;
+using kor_test::SPECTRUM_OUTPUT_MENU;
 using kor_test::TempTree;
 
-constexpr char menu[] = "\nOutput format:\n"
-                        "  1. PV-Wave/IDL (legacy)\n"
-                        "  2. CSV (_td.csv and _fd.csv)\n"
-                        "Your choice [1,2] : ";
 constexpr char base_prompt[] = "Base file name (without extension): ";
 constexpr char plot_prompt[] = "Open spectrum in gnuplot now? [y/n] : ";
 
@@ -30,7 +28,7 @@ void write_signal() {
                          kor_test::header_bytes(1, 2, 1) + kor_test::complex_bytes({1.0, 3.0}));
 }
 
-const std::string csv_transcript = std::string(menu) + base_prompt +
+const std::string csv_transcript = std::string(SPECTRUM_OUTPUT_MENU) + base_prompt +
                                    "Wrote run7_td.csv and run7_fd.csv\n"
                                    "Frequency-domain CSV: run7_fd.csv\n"
                                    "Wrote gnuplot script: run7_fd.csv.gp\n" +
@@ -68,7 +66,8 @@ TEST(SpectrumOutputMenu, SaysWhenGnuplotIsNotInstalled) {
 TEST(SpectrumOutputMenu, OneWritesThePvWaveFile) {
     const TempTree folder;
     write_signal();
-    EXPECT_EQ(play_menu("1\nwave.dat\n").out, std::string(menu) + "File name PV-Wave file : ");
+    EXPECT_EQ(play_menu("1\nwave.dat\n").out,
+              std::string(SPECTRUM_OUTPUT_MENU) + "File name PV-Wave file : ");
     EXPECT_EQ(folder.read("wave.dat").size(), 1024U + 32U);
 }
 
@@ -76,7 +75,7 @@ TEST(SpectrumOutputMenu, OtherAnswersReturn) {
     const TempTree folder;
     write_signal();
     for (const char* answer : {"3\n", "0\n", "csv\n", ""}) {
-        EXPECT_EQ(play_menu(answer).out, menu) << answer;
+        EXPECT_EQ(play_menu(answer).out, SPECTRUM_OUTPUT_MENU) << answer;
         EXPECT_EQ(kor_test::unread_answers(), "");
     }
     EXPECT_EQ(folder.names(), std::vector<std::string>{"korsign.bin"});
@@ -85,7 +84,7 @@ TEST(SpectrumOutputMenu, OtherAnswersReturn) {
 TEST(SpectrumOutputMenu, StopsWhereATableFails) {
     const TempTree folder;
     const ConsoleOutput printed = play_menu("2\nrun7\ny\n");
-    EXPECT_EQ(printed.out, std::string(menu) + base_prompt);
+    EXPECT_EQ(printed.out, std::string(SPECTRUM_OUTPUT_MENU) + base_prompt);
     EXPECT_EQ(printed.err, "fopen(korsign.bin): No such file or directory\n");
     EXPECT_EQ(kor_test::unread_answers(), "y\n");
 }
@@ -95,7 +94,7 @@ TEST(SpectrumOutputMenu, StopsWhereTheScriptFails) {
     write_signal();
     folder.make_folder("run7_fd.csv.gp");
     const ConsoleOutput printed = play_menu("2\nrun7\ny\n");
-    EXPECT_EQ(printed.out, std::string(menu) + base_prompt +
+    EXPECT_EQ(printed.out, std::string(SPECTRUM_OUTPUT_MENU) + base_prompt +
                                "Wrote run7_td.csv and run7_fd.csv\nFrequency-domain CSV: run7_fd.csv\n");
     EXPECT_EQ(printed.err, "run7_fd.csv.gp: Is a directory\n");
 }

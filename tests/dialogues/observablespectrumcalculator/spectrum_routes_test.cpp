@@ -2,6 +2,8 @@
 
 #include "kor/smoke_check_mode.h"
 #include "support/console_script.h"
+#include "support/constants.h"
+#include "support/menu_texts.h"
 #include "support/signal_files.h"
 
 #include <gtest/gtest.h>
@@ -18,10 +20,10 @@ using kor_test::on_spin;
 using kor_test::play_console;
 using kor_test::read_signal_file;
 using kor_test::SignalFile;
+using kor_test::SPECTRUM_OUTPUT_MENU;
 using kor_test::TempTree;
+using kor_test::TWO_PI;
 using kor_test::write_density_file;
-
-constexpr double two_pi = 2.0 * KOR_PI;
 
 constexpr char separate_banner[] = "----------------------------------------------------------\n"
                                    "-    Calculation spectra of density matrix / matrices    -\n"
@@ -34,10 +36,6 @@ constexpr char average_banner[] = "*********************************************
 constexpr char receiver_prompts[] = "How many time-points (power of 2): "
                                     "\nAcquisition time [seconds] : "
                                     "\nOffset frequency [Hz] = ";
-constexpr char output_menu[] = "\nOutput format:\n"
-                               "  1. PV-Wave/IDL (legacy)\n"
-                               "  2. CSV (_td.csv and _fd.csv)\n"
-                               "Your choice [1,2] : ";
 constexpr char question_2d[] = "\nDo 2D FFT? (1=no, 2=yes)\nYour choice [1,2] : ";
 
 using Route = void (*)(const int*, int*, CMatrix&, const CMatrix&, const CMatrix&, const CMatrix&,
@@ -83,7 +81,7 @@ SpinKet Sample::ket;
 SpinIList Sample::Ilist;
 
 Sample one_spin(double hz) {
-    return {{1}, two_pi * hz * kor_test::single_spin(1, 'z')};
+    return {{1}, TWO_PI * hz * kor_test::single_spin(1, 'z')};
 }
 
 constexpr double ax_hz[] = {62.0, -31.0};
@@ -91,15 +89,15 @@ constexpr double ax_j = 7.5;
 
 Sample ax() {
     const std::vector<int> two_i = {1, 1};
-    return {two_i, two_pi * (ax_hz[0] * on_spin(two_i, 1, 'z') + ax_hz[1] * on_spin(two_i, 2, 'z') +
+    return {two_i, TWO_PI * (ax_hz[0] * on_spin(two_i, 1, 'z') + ax_hz[1] * on_spin(two_i, 2, 'z') +
                              ax_j * kor_test::product_of(two_i, "zz"))};
 }
 
 /// Receiver signal of an AX pair after a pulse, dephasing left out; a receiver offset adds to both spins.
 std::complex<double> ax_signal(double t, double offset_hz = 0.0) {
     const double split = std::cos(KOR_PI * ax_j * t);
-    return split * (std::polar(1.0, -two_pi * (ax_hz[0] + offset_hz) * t) +
-                    std::polar(1.0, -two_pi * (ax_hz[1] + offset_hz) * t));
+    return split * (std::polar(1.0, -TWO_PI * (ax_hz[0] + offset_hz) * t) +
+                    std::polar(1.0, -TWO_PI * (ax_hz[1] + offset_hz) * t));
 }
 
 constexpr double ab_centre = 40.0, ab_shift = 11.0, ab_j = 9.0;
@@ -110,15 +108,15 @@ Sample ab() {
               (ab_centre - ab_shift / 2) * on_spin(two_i, 2, 'z');
     for (const char* component : {"xx", "yy", "zz"})
         H += ab_j * kor_test::product_of(two_i, component);
-    return {two_i, two_pi * H};
+    return {two_i, TWO_PI * H};
 }
 
 /// Inner lines (C - J) / 2 from the centre, weight (1 + J/C) / 2; outer ones (C + J) / 2, (1 - J/C) / 2.
 std::complex<double> ab_signal(double t) {
     const double C = std::hypot(ab_shift, ab_j);
-    const double inner = (1.0 + ab_j / C) * std::cos(two_pi * t * (C - ab_j) / 2);
-    const double outer = (1.0 - ab_j / C) * std::cos(two_pi * t * (C + ab_j) / 2);
-    return (inner + outer) * std::polar(1.0, -two_pi * ab_centre * t);
+    const double inner = (1.0 + ab_j / C) * std::cos(TWO_PI * t * (C - ab_j) / 2);
+    const double outer = (1.0 - ab_j / C) * std::cos(TWO_PI * t * (C + ab_j) / 2);
+    return (inner + outer) * std::polar(1.0, -TWO_PI * ab_centre * t);
 }
 
 constexpr double ax3_a = 80.0, ax3_x = 25.0, ax3_j = 7.0;
@@ -128,14 +126,14 @@ Sample ax3() {
     Dense H = ax3_a * on_spin(two_i, 1, 'z');
     for (int s = 2; s <= 4; ++s)
         H += ax3_x * on_spin(two_i, s, 'z') + ax3_j * on_spin(two_i, 1, 'z') * on_spin(two_i, s, 'z');
-    return {two_i, two_pi * H};
+    return {two_i, TWO_PI * H};
 }
 
 /// A quartet and a doublet of three spins; trace(Ix Ix) = 4 for each spin.
 std::complex<double> ax3_signal(double t) {
     const double split = std::cos(KOR_PI * ax3_j * t);
-    return 4.0 * (split * split * split * std::polar(1.0, -two_pi * ax3_a * t) +
-                  3.0 * split * std::polar(1.0, -two_pi * ax3_x * t));
+    return 4.0 * (split * split * split * std::polar(1.0, -TWO_PI * ax3_a * t) +
+                  3.0 * split * std::polar(1.0, -TWO_PI * ax3_x * t));
 }
 
 TEST(SeparateSpectra, AxPairGivesItsDoublets) {
@@ -143,7 +141,7 @@ TEST(SeparateSpectra, AxPairGivesItsDoublets) {
     Sample sample = ax();
     write_density_file(0, 4, 2, {sample.x(), -2.0 * sample.x()});
     const ConsoleOutput printed = sample.play(SeparateSpectra, "128\n0.9\n10\n0\n");
-    EXPECT_EQ(printed.out, std::string(separate_banner) + receiver_prompts + output_menu);
+    EXPECT_EQ(printed.out, std::string(separate_banner) + receiver_prompts + SPECTRUM_OUTPUT_MENU);
     EXPECT_EQ(sample.ap, 128);
     const SignalFile file = read_signal_file("korsign.bin");
     for (int k = 0; k < 128; ++k) {
@@ -204,7 +202,7 @@ TEST(GenerateSignal, AsksNothingInTheQuietMode) {
     EXPECT_EQ(acq_time, 0.001);
     const SignalFile file = read_signal_file("korsign.bin");
     ASSERT_EQ(file.samples.size(), 16U);
-    EXPECT_LT(std::abs(file.at(0, 15) - std::polar(0.5, -two_pi * 50.0 * 0.001 * 15 / 16)), 1e-13);
+    EXPECT_LT(std::abs(file.at(0, 15) - std::polar(0.5, -TWO_PI * 50.0 * 0.001 * 15 / 16)), 1e-13);
     sample.ap = -3;
     sample.generate();
     EXPECT_EQ(sample.ap, 1);
@@ -238,7 +236,7 @@ void expect_average_signal(Sample sample, const std::vector<Dense>& states, doub
     write_density_file(0, sample.n, static_cast<int>(states.size()), states);
     const ConsoleOutput printed =
         sample.play(AverageSpectrum, "65\n0.8\n" + std::to_string(offset_hz) + "\n0\n");
-    EXPECT_EQ(printed.out, std::string(average_banner) + receiver_prompts + output_menu);
+    EXPECT_EQ(printed.out, std::string(average_banner) + receiver_prompts + SPECTRUM_OUTPUT_MENU);
     EXPECT_EQ(sample.ap, 65);
     const SignalFile file = read_signal_file("korsign.bin");
     EXPECT_EQ(file.header[0], 1);
@@ -302,7 +300,7 @@ TEST(AverageSpectrum, AsksInTheQuietModeToo) {
         AverageSpectrum(&sample.n, &sample.ap, Sample::densmat, Sample::Istat, Sample::Ixtot, Sample::Iytot,
                         Sample::Iztot, Sample::ket, Sample::Ilist);
     });
-    EXPECT_EQ(printed.out, std::string(average_banner) + receiver_prompts + output_menu);
+    EXPECT_EQ(printed.out, std::string(average_banner) + receiver_prompts + SPECTRUM_OUTPUT_MENU);
 }
 
 TEST(AverageSpectrum, ReportsWhatIsWrongWithTheMatrices) {
@@ -349,10 +347,11 @@ TEST(Determine2DSpectrum, TransformsOnRequest) {
     Sample sample = one_spin(16.0);
     std::vector<Dense> rows;
     for (int r = 0; r < 8; ++r)
-        rows.push_back(std::cos(two_pi * 2.0 * r / 8) * sample.x());
+        rows.push_back(std::cos(TWO_PI * 2.0 * r / 8) * sample.x());
     write_density_file(0, 2, 8, rows);
     const ConsoleOutput printed = sample.play(Determine2DSpectrum, "32\n1\n0\n2\n0\n");
-    EXPECT_EQ(printed.out, std::string(separate_banner) + receiver_prompts + question_2d + output_menu);
+    EXPECT_EQ(printed.out,
+              std::string(separate_banner) + receiver_prompts + question_2d + SPECTRUM_OUTPUT_MENU);
     const SignalFile spectrum = read_signal_file("sort.bin");
     EXPECT_EQ(spectrum.header[1], 32);
     EXPECT_EQ(spectrum.header[2], 8);
@@ -371,7 +370,7 @@ TEST(Determine2DSpectrum, LeavesTheSignalsAloneOtherwise) {
         Sample sample = one_spin(5.0);
         write_density_file(0, 2, 2, {sample.x(), sample.x()});
         EXPECT_EQ(sample.play(Determine2DSpectrum, std::string("4\n1\n0\n") + answer + "0\n").out,
-                  std::string(separate_banner) + receiver_prompts + question_2d + output_menu);
+                  std::string(separate_banner) + receiver_prompts + question_2d + SPECTRUM_OUTPUT_MENU);
         EXPECT_FALSE(folder.exists("sort.bin"));
     }
 }

@@ -12,10 +12,10 @@ using namespace kor_test;
 
 namespace {
 
-const std::string banner = "*****************************************************\n"
-                           "*** Prepare / Edit Current Pulse Sequence         ***\n"
-                           "***              current model workflow           ***\n"
-                           "*****************************************************\n\n";
+const std::string family_banner = "*****************************************************\n"
+                                  "*** Prepare / Edit Current Pulse Sequence         ***\n"
+                                  "***              current model workflow           ***\n"
+                                  "*****************************************************\n\n";
 const std::string family_question = "\nChoose the sequence family first.\n\n"
                                     "    1. Spatially resolved pulse sequence\n"
                                     "    2. 1D or 2D NMR pulse sequence\n"
@@ -23,7 +23,8 @@ const std::string family_question = "\nChoose the sequence family first.\n\n"
                                     "Your choice [1..3] : ";
 
 std::string round_text(int sectors) {
-    return banner + "Current loaded/prepared spin system:\n  Nspins = 2\n  Current sequence sectors = " +
+    return family_banner +
+           "Current loaded/prepared spin system:\n  Nspins = 2\n  Current sequence sectors = " +
            std::to_string(sectors) + "\n" + family_question;
 }
 
@@ -66,7 +67,8 @@ TEST(ComposePulseSequence, ThreeGoesBack) {
 
 TEST(ComposePulseSequence, SaysWhenThereIsNoSpinSystem) {
     fresh_state();
-    EXPECT_EQ(compose("3\n").out, banner + "No spin system is currently prepared.\n" + family_question);
+    EXPECT_EQ(compose("3\n").out,
+              family_banner + "No spin system is currently prepared.\n" + family_question);
 }
 
 TEST(ComposePulseSequence, AnUnknownFamilyIsToldAboveTheNextMenu) {

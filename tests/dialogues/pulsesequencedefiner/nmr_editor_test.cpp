@@ -15,23 +15,23 @@ namespace {
 
 using Blocks = std::vector<std::vector<double>>;
 
-const std::string menu = "    1. Define / edit a sequence sector\n"
-                         "    2. Define / redefine spin system\n"
-                         "    3. Define result file name\n"
-                         "    4. Save current model now (.kormodel)\n"
-                         "    5. Return to previous menu\n\n"
-                         "Your choice is [1..5] : ";
-const std::string type_menu = "    1. Normal sector\n    2. Evolution sector\nYour choice [1,2] : ";
+const std::string nmr_editor_menu = "    1. Define / edit a sequence sector\n"
+                                    "    2. Define / redefine spin system\n"
+                                    "    3. Define result file name\n"
+                                    "    4. Save current model now (.kormodel)\n"
+                                    "    5. Return to previous menu\n\n"
+                                    "Your choice is [1..5] : ";
+const std::string sector_type_menu = "    1. Normal sector\n    2. Evolution sector\nYour choice [1,2] : ";
 std::string header(int k) {
-    return sector_header("1D / 2D", k) + type_menu;
+    return sector_header("1D / 2D", k) + sector_type_menu;
 }
 
-std::string file_dialogue(const std::string& leaf, const std::string& path) {
+std::string nmr_file_dialogue(const std::string& leaf, const std::string& path) {
     return file_name_question("RF", leaf) + "Sector waveform file written to : " + path +
            "\nStatic offset frequency [Hz] : Sector note (optional): ";
 }
 
-std::string state_text(int nos, const std::string& next_step, const std::string& overview) {
+std::string nmr_state_text(int nos, const std::string& next_step, const std::string& overview) {
     return editor_title_and_spins("1D / 2D") +
            "  sequence family       : 1D or 2D NMR (2)\n"
            "  sequence sectors      : " +
@@ -41,27 +41,22 @@ std::string state_text(int nos, const std::string& next_step, const std::string&
            next_step + "\n\nSector overview:\n" + overview + "\n";
 }
 
-ConsoleOutput edit(const std::string& answers) {
+ConsoleOutput edit_nmr_sequence(const std::string& answers) {
     return play_console(answers, Edit2DPulseSequence);
 }
 
-ConsoleOutput define_sector(const std::string& answers, int k = 1) {
+ConsoleOutput define_nmr_sector(const std::string& answers, int k = 1) {
     return play_console(answers, [k] { EXPECT_EQ(Define2DSeqSector(k), 1); });
-}
-
-void start() {
-    fresh_state_with_spins();
-    set_current_model_short_name("lac");
 }
 
 } // namespace
 
 TEST(Define2DSeqSector, HardPulse) {
     TempTree tree;
-    start();
-    const ConsoleOutput printed = define_sector("1\n1\n2\n./a.bin\n-40\nadc start\nleft\n", 2);
+    fresh_state_with_short_name();
+    const ConsoleOutput printed = define_nmr_sector("1\n1\n2\n./a.bin\n-40\nadc start\nleft\n", 2);
     EXPECT_EQ(printed.out,
-              header(2) + CONTENT_MENU + HARD_PULSE_MENU + file_dialogue("lac_2d_s02.bin", "./a.bin"));
+              header(2) + CONTENT_MENU + HARD_PULSE_MENU + nmr_file_dialogue("lac_2d_s02.bin", "./a.bin"));
     EXPECT_EQ(g_runtime.sectype[2], 1);
     EXPECT_EQ(g_runtime.noti[2], 1);
     EXPECT_EQ(g_runtime.nevo[2], 1);
@@ -93,8 +88,8 @@ TEST(Define2DSeqSector, EveryShapeReachesTheFile) {
     };
     for (const auto& shape : shapes) {
         TempTree tree;
-        start();
-        define_sector("1\n" + shape.answers + "./a.bin\n0\n\n");
+        fresh_state_with_short_name();
+        define_nmr_sector("1\n" + shape.answers + "./a.bin\n0\n\n");
         EXPECT_EQ(g_runtime.noti[1], N);
         EXPECT_DOUBLE_EQ(g_runtime.sectdur[1], T);
         expect_waveform(waveform_blocks(tree, "a.bin", N, 2), shape.expected);
@@ -103,15 +98,15 @@ TEST(Define2DSeqSector, EveryShapeReachesTheFile) {
 
 TEST(Define2DSeqSector, FourPointsAreSixtyFourBytes) {
     TempTree tree;
-    start();
-    define_sector("1\n2\n4\n1\n1\n0\n100\n./a.bin\n0\n\n");
+    fresh_state_with_short_name();
+    define_nmr_sector("1\n2\n4\n1\n1\n0\n100\n./a.bin\n0\n\n");
     EXPECT_EQ(tree.read("a.bin").size(), 64u);
 }
 
 TEST(Define2DSeqSector, AReceiverMaySampleMoreOftenThanAFileHolds) {
     TempTree tree;
-    start();
-    const ConsoleOutput printed = define_sector("1\n2\n16384\n2000\n1\n0\n0\n./a.bin\n0\nadc\n");
+    fresh_state_with_short_name();
+    const ConsoleOutput printed = define_nmr_sector("1\n2\n16384\n2000\n1\n0\n0\n./a.bin\n0\nadc\n");
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(g_runtime.noti[1], 16384);
     EXPECT_EQ(g_runtime.sectdur[1], 2);
@@ -120,20 +115,20 @@ TEST(Define2DSeqSector, AReceiverMaySampleMoreOftenThanAFileHolds) {
 
 TEST(Define2DSeqSector, WaitingTime) {
     TempTree tree;
-    start();
-    define_sector("1\n5\n3.5\n./a.bin\n0\n\n");
+    fresh_state_with_short_name();
+    define_nmr_sector("1\n5\n3.5\n./a.bin\n0\n\n");
     EXPECT_EQ(g_runtime.sectdur[1], 0.0035);
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 1, 2), Blocks(2, {0.0}));
 }
 
 TEST(Define2DSeqSector, EvolutionSectorSetsTheSteps) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.xb[0] = 5;
-    const ConsoleOutput printed = define_sector("2\n0.5\n64\n./a.bin\n0\nt1\n", 3);
+    const ConsoleOutput printed = define_nmr_sector("2\n0.5\n64\n./a.bin\n0\nt1\n", 3);
     EXPECT_EQ(printed.out, header(3) +
                                "Basic evolution-sector time [ms] : Number of evolution steps        : " +
-                               file_dialogue("lac_2d_s03.bin", "./a.bin"));
+                               nmr_file_dialogue("lac_2d_s03.bin", "./a.bin"));
     EXPECT_EQ(g_runtime.sectype[3], 2);
     EXPECT_EQ(g_runtime.noti[3], 1);
     EXPECT_EQ(g_runtime.nevo[3], 64);
@@ -143,36 +138,36 @@ TEST(Define2DSeqSector, EvolutionSectorSetsTheSteps) {
 
 TEST(Define2DSeqSector, SectorsBehindAnEvolutionSectorInheritItsSteps) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     const std::string wait = "1\n5\n1\n./a.bin\n0\n\n";
-    define_sector(wait, 1);
+    define_nmr_sector(wait, 1);
     EXPECT_EQ(g_runtime.nevo[1], 1);
-    define_sector("2\n0.5\n64\n./a.bin\n0\n\n", 2);
-    define_sector(wait, 3);
-    define_sector(wait, 4);
+    define_nmr_sector("2\n0.5\n64\n./a.bin\n0\n\n", 2);
+    define_nmr_sector(wait, 3);
+    define_nmr_sector(wait, 4);
     EXPECT_EQ(g_runtime.nevo[3], 64);
     EXPECT_EQ(g_runtime.nevo[4], 64);
 }
 
 TEST(Define2DSeqSector, ASecondEvolutionSectorIsRefused) {
     TempTree tree;
-    start();
-    define_sector("2\n0.5\n64\n./a.bin\n0\n\n", 1);
+    fresh_state_with_short_name();
+    define_nmr_sector("2\n0.5\n64\n./a.bin\n0\n\n", 1);
     for (int k : {2, 3}) {
-        const ConsoleOutput printed = define_sector("2\n\nleft\n", k);
+        const ConsoleOutput printed = define_nmr_sector("2\n\nleft\n", k);
         EXPECT_EQ(printed.out, header(k) + "A 3D experiment is not allowed.\nPress <enter> to continue");
         EXPECT_EQ(g_runtime.sectype[k], 0);
         EXPECT_EQ(unread_answers(), "left\n");
-        define_sector("1\n5\n1\n./a.bin\n0\n\n", k);
+        define_nmr_sector("1\n5\n1\n./a.bin\n0\n\n", k);
     }
 }
 
 TEST(Define2DSeqSector, ARefusedSectorStaysWhatItWas) {
     TempTree tree;
-    start();
-    define_sector("2\n0.5\n64\n./a.bin\n0\n\n", 1);
-    define_sector("1\n5\n1\n./a.bin\n0\nwait\n", 2);
-    define_sector("2\n\n", 2);
+    fresh_state_with_short_name();
+    define_nmr_sector("2\n0.5\n64\n./a.bin\n0\n\n", 1);
+    define_nmr_sector("1\n5\n1\n./a.bin\n0\nwait\n", 2);
+    define_nmr_sector("2\n\n", 2);
     EXPECT_EQ(g_runtime.sectype[2], 1);
     EXPECT_EQ(g_runtime.sectdur[2], 0.001);
     EXPECT_STREQ(g_runtime.remarks[2], "wait");
@@ -180,41 +175,41 @@ TEST(Define2DSeqSector, ARefusedSectorStaysWhatItWas) {
 
 TEST(Define2DSeqSector, AnEvolutionSectorMayBeEditedAgain) {
     TempTree tree;
-    start();
-    define_sector("2\n0.5\n64\n./a.bin\n0\n\n", 1);
-    define_sector("2\n0.25\n128\n./a.bin\n0\n\n", 1);
+    fresh_state_with_short_name();
+    define_nmr_sector("2\n0.5\n64\n./a.bin\n0\n\n", 1);
+    define_nmr_sector("2\n0.25\n128\n./a.bin\n0\n\n", 1);
     EXPECT_EQ(g_runtime.nevo[1], 128);
 }
 
 TEST(Define2DSeqSector, UnknownTypesAndContentsChangeNothing) {
-    start();
-    EXPECT_EQ(define_sector("3\n").out, header(1) + "Unknown sector type.\n");
-    EXPECT_EQ(define_sector("1\n6\n").out, header(1) + CONTENT_MENU + "Unknown sector type.\n");
+    fresh_state_with_short_name();
+    EXPECT_EQ(define_nmr_sector("3\n").out, header(1) + "Unknown sector type.\n");
+    EXPECT_EQ(define_nmr_sector("1\n6\n").out, header(1) + CONTENT_MENU + "Unknown sector type.\n");
     EXPECT_EQ(g_runtime.sectype[1], 0);
 }
 
 TEST(Edit2DPulseSequence, ShowsStateGuidanceAndSectors) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.nevo[0] = 7;
-    const ConsoleOutput printed = edit("1\n2\n2\n0.5\n64\n./a.bin\n12.5\nt1\n6\n5\nleft\n");
+    const ConsoleOutput printed = edit_nmr_sequence("1\n2\n2\n0.5\n64\n./a.bin\n12.5\nt1\n6\n5\nleft\n");
     const std::string after =
-        state_text(2, "Define the next sector, save the current model, or run it from the main menu.",
-                   "Defined sectors : 2\nMissing sectors : 1\nNext suggested sector number : 1\n"
-                   "Sector 2\n"
-                   "   type             : 2  evolution sector\n"
-                   "   time intervals   : 1\n"
-                   "   duration [ms]    : 5.000E-01\n"
-                   "   evolution steps  : 64\n"
-                   "   pulse file       : ./a.bin\n"
-                   "   offset [Hz]      : 1.250000000000E+01\n"
-                   "   remark           : t1\n") +
-        menu;
-    EXPECT_EQ(printed.out, state_text(0, "Define sector 1 first.",
-                                      "Defined sectors : <none>\nNext suggested sector number : 1\n") +
-                               menu + "Sector number to define / edit = " + header(2) +
+        nmr_state_text(2, "Define the next sector, save the current model, or run it from the main menu.",
+                       "Defined sectors : 2\nMissing sectors : 1\nNext suggested sector number : 1\n"
+                       "Sector 2\n"
+                       "   type             : 2  evolution sector\n"
+                       "   time intervals   : 1\n"
+                       "   duration [ms]    : 5.000E-01\n"
+                       "   evolution steps  : 64\n"
+                       "   pulse file       : ./a.bin\n"
+                       "   offset [Hz]      : 1.250000000000E+01\n"
+                       "   remark           : t1\n") +
+        nmr_editor_menu;
+    EXPECT_EQ(printed.out, nmr_state_text(0, "Define sector 1 first.",
+                                          "Defined sectors : <none>\nNext suggested sector number : 1\n") +
+                               nmr_editor_menu + "Sector number to define / edit = " + header(2) +
                                "Basic evolution-sector time [ms] : Number of evolution steps        : " +
-                               file_dialogue("lac_2d_s02.bin", "./a.bin") + after + "Unknown choice.\n" +
+                               nmr_file_dialogue("lac_2d_s02.bin", "./a.bin") + after + "Unknown choice.\n" +
                                after);
     EXPECT_EQ(g_runtime.nevo[0], 1);
     EXPECT_EQ(unread_answers(), "left\n");
@@ -222,11 +217,11 @@ TEST(Edit2DPulseSequence, ShowsStateGuidanceAndSectors) {
 
 TEST(Edit2DPulseSequence, SpinsAndResultFileAreTheSameDialogues) {
     fresh_state();
-    edit("2\n1\n1\n1\n0\n3\nfid 1.bin\n5\n");
+    edit_nmr_sequence("2\n1\n1\n1\n0\n3\nfid 1.bin\n5\n");
     EXPECT_EQ(g_runtime.Nspins, 1);
     EXPECT_EQ(g_runtime.systemset, 1);
     EXPECT_STREQ(g_runtime.resultflnm, "fid 1.bin");
-    edit("3\n\n5\n");
+    edit_nmr_sequence("3\n\n5\n");
     EXPECT_STREQ(g_runtime.resultflnm, "");
 }
 
@@ -238,14 +233,14 @@ TEST(Edit2DPulseSequence, AnEndedInputLeavesTheEditorAtEveryQuestion) {
     std::string answers;
     for (const std::string& answer : session) {
         TempTree tree;
-        start();
-        edit(answers);
+        fresh_state_with_short_name();
+        edit_nmr_sequence(answers);
         EXPECT_EQ(unread_answers(), "");
         answers += answer + "\n";
     }
     TempTree tree;
-    start();
-    edit(answers + "5\nleft\n");
+    fresh_state_with_short_name();
+    edit_nmr_sequence(answers + "5\nleft\n");
     EXPECT_EQ(unread_answers(), "left\n");
     EXPECT_STREQ(g_runtime.remarks[3], "note");
     EXPECT_EQ(g_runtime.nevo[3], 8);

@@ -13,17 +13,13 @@ using namespace kor_test;
 
 namespace {
 
-const std::string menu = "    1. Define / edit a sequence sector\n"
-                         "    2. Define / redefine spin system\n"
-                         "    3. Define / redefine spatial grid\n"
-                         "    4. Define result file name\n"
-                         "    5. Save current model now (.kormodel)\n"
-                         "    6. Return to previous menu\n\n"
-                         "Your choice is [1..6] : ";
-std::string file_dialogue(const std::string& leaf, const std::string& path) {
-    return file_name_question("RF and gradient", leaf) + "Sector waveform file written to : " + path +
-           "\nSector note (optional): ";
-}
+const std::string spatial_editor_menu = "    1. Define / edit a sequence sector\n"
+                                        "    2. Define / redefine spin system\n"
+                                        "    3. Define / redefine spatial grid\n"
+                                        "    4. Define result file name\n"
+                                        "    5. Save current model now (.kormodel)\n"
+                                        "    6. Return to previous menu\n\n"
+                                        "Your choice is [1..6] : ";
 
 /// What the editor shows of fresh_state_with_spins() before its menu.
 struct Shown {
@@ -36,7 +32,7 @@ struct Shown {
     std::string overview;
 };
 
-std::string state_text(const Shown& shown) {
+std::string spatial_state_text(const Shown& shown) {
     return editor_title_and_spins("Spatially Resolved") + shown.grid +
            "  sequence family       : spatially resolved (1)\n" +
            "  sequence sectors      : " + std::to_string(shown.nos) + "\n" +
@@ -51,26 +47,22 @@ const std::string go_on_advice =
     "Define the next sector, save the current model, or run it from the main menu.";
 const std::string nothing_defined = "Defined sectors : <none>\nNext suggested sector number : 1\n";
 
-ConsoleOutput edit(const std::string& answers) {
+ConsoleOutput edit_spatial_sequence(const std::string& answers) {
     return play_console(answers, EditPulseSequence);
-}
-
-void start() {
-    fresh_state_with_spins();
-    set_current_model_short_name("lac");
 }
 
 } // namespace
 
 TEST(EditPulseSequence, GuidesFromGridToSectorToRun) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     const std::string sector = "1\n1\n5\n2\n0\n" + NO_GRADIENTS + "./a.bin\nwait\n";
-    const ConsoleOutput printed = edit("3\n2\n-0.5\n1\n0\n0\n0\n300\n0.25\n0.125\n" + sector + "6\nleft\n");
+    const ConsoleOutput printed =
+        edit_spatial_sequence("3\n2\n-0.5\n1\n0\n0\n0\n300\n0.25\n0.125\n" + sector + "6\nleft\n");
     Shown shown;
     shown.next_step = grid_advice;
     shown.overview = nothing_defined;
-    std::string expected = state_text(shown) + menu;
+    std::string expected = spatial_state_text(shown) + spatial_editor_menu;
     for (const char* axis : {"x", "y", "z"})
         expected += "Number of " + std::string(axis) + "-grid points   : " + axis +
                     "-offset coordinate [cm]  : " + axis + "-step size         [cm]  : ";
@@ -78,10 +70,10 @@ TEST(EditPulseSequence, GuidesFromGridToSectorToRun) {
                  "  grid origin [cm]      : (-0.5, 0, 0.25)\n"
                  "  grid delta  [cm]      : (1, 0, 0.125)\n";
     shown.next_step = first_advice;
-    expected += state_text(shown) + menu + "Sector number to define / edit = " + sector_header("Spatial", 1) +
-                CONTENT_MENU +
+    expected += spatial_state_text(shown) + spatial_editor_menu +
+                "Sector number to define / edit = " + sector_header("Spatial", 1) + CONTENT_MENU +
                 "Waiting time [ms] : Static offset frequency [Hz] : " + constant_gradient_dialogues() +
-                file_dialogue("lac_s01.bin", "./a.bin");
+                spatial_file_dialogue("lac_s01.bin", "./a.bin");
     shown.nos = 1;
     shown.next_step = go_on_advice;
     shown.overview = "Defined sectors : 1\nMissing sectors : <none>\nNext suggested sector number : 2\n"
@@ -91,7 +83,7 @@ TEST(EditPulseSequence, GuidesFromGridToSectorToRun) {
                      "   RF/gradient file : ./a.bin\n"
                      "   offset [Hz]      : 0.000E+00\n"
                      "   remark           : wait\n";
-    expected += state_text(shown) + menu;
+    expected += spatial_state_text(shown) + spatial_editor_menu;
     EXPECT_EQ(printed.out, expected);
     EXPECT_EQ(g_runtime.offsetset, 1);
     EXPECT_EQ(g_runtime.sectorset, 1);
@@ -102,9 +94,9 @@ TEST(EditPulseSequence, GuidesFromGridToSectorToRun) {
 
 TEST(EditPulseSequence, SectorThreeFirstLeavesTwoMissing) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.offsetset = 1;
-    const ConsoleOutput printed = edit("1\n3\n1\n1\n0\n" + NO_GRADIENTS + "./a.bin\n\n6\n");
+    const ConsoleOutput printed = edit_spatial_sequence("1\n3\n1\n1\n0\n" + NO_GRADIENTS + "./a.bin\n\n6\n");
     EXPECT_EQ(g_runtime.nos, 3);
     EXPECT_NE(
         printed.out.find("Defined sectors : 3\nMissing sectors : 1, 2\nNext suggested sector number : 1\n"
@@ -115,9 +107,9 @@ TEST(EditPulseSequence, SectorThreeFirstLeavesTwoMissing) {
 }
 
 TEST(EditPulseSequence, ASectorOfUnknownContentIsCountedAndMissing) {
-    start();
+    fresh_state_with_short_name();
     g_runtime.offsetset = 1;
-    const ConsoleOutput printed = edit("1\n4\n6\n6\n");
+    const ConsoleOutput printed = edit_spatial_sequence("1\n4\n6\n6\n");
     EXPECT_EQ(g_runtime.nos, 4);
     EXPECT_EQ(g_runtime.sectorset, 1);
     EXPECT_NE(printed.out.find("Unknown sector type.\n"), std::string::npos);
@@ -127,7 +119,7 @@ TEST(EditPulseSequence, ASectorOfUnknownContentIsCountedAndMissing) {
 
 TEST(EditPulseSequence, SpinsComeFirst) {
     fresh_state();
-    const ConsoleOutput printed = edit("2\n1\n1\n1\n0\n6\n");
+    const ConsoleOutput printed = edit_spatial_sequence("2\n1\n1\n1\n0\n6\n");
     EXPECT_NE(printed.out.find("  number of spins       : 0\n"
                                "  quantum numbers (2I)  : <none>\n"
                                "  relative intensities  : <none>\n"
@@ -143,23 +135,23 @@ TEST(EditPulseSequence, SpinsComeFirst) {
 }
 
 TEST(EditPulseSequence, SpinsThatAreNotCompleteComeFirstToo) {
-    start();
+    fresh_state_with_short_name();
     g_runtime.systemset = 0;
     g_runtime.offsetset = 1;
     Shown shown;
     shown.next_step = "Define or review the spin system first.";
     shown.overview = nothing_defined;
-    EXPECT_EQ(edit("6\n").out, state_text(shown) + menu);
+    EXPECT_EQ(edit_spatial_sequence("6\n").out, spatial_state_text(shown) + spatial_editor_menu);
 }
 
 TEST(EditPulseSequence, ASectorNumberOutsideOneToTwentyIsRefused) {
-    start();
+    fresh_state_with_short_name();
     g_runtime.offsetset = 1;
-    const ConsoleOutput printed = edit("1\n0\n1\n21\n6\n");
+    const ConsoleOutput printed = edit_spatial_sequence("1\n0\n1\n21\n6\n");
     Shown shown;
     shown.next_step = first_advice;
     shown.overview = nothing_defined;
-    const std::string round = state_text(shown) + menu;
+    const std::string round = spatial_state_text(shown) + spatial_editor_menu;
     const std::string refused =
         "Sector number to define / edit = Invalid sector number. Allowed range is 1..20.\n";
     EXPECT_EQ(printed.out, round + refused + round + refused + round);
@@ -167,30 +159,31 @@ TEST(EditPulseSequence, ASectorNumberOutsideOneToTwentyIsRefused) {
 }
 
 TEST(EditPulseSequence, TheResultFileIsOneLineAndMayBeEmpty) {
-    start();
-    const ConsoleOutput printed = edit("4\n  my result.bin \n4\n\n6\n");
+    fresh_state_with_short_name();
+    const ConsoleOutput printed = edit_spatial_sequence("4\n  my result.bin \n4\n\n6\n");
     EXPECT_NE(printed.out.find("File name to store results in : \n===="), std::string::npos);
     EXPECT_NE(printed.out.find("  result file           : my result.bin\n"), std::string::npos);
     EXPECT_STREQ(g_runtime.resultflnm, "");
-    edit("4\n" + std::string(400, 'r') + "\n6\n");
+    edit_spatial_sequence("4\n" + std::string(400, 'r') + "\n6\n");
     EXPECT_EQ(g_runtime.resultflnm, std::string(255, 'r'));
 }
 
 TEST(EditPulseSequence, AnUnknownChoiceIsToldAndTheMenuComesAgain) {
-    start();
+    fresh_state_with_short_name();
     Shown shown;
     shown.next_step = grid_advice;
     shown.overview = nothing_defined;
-    const std::string round = state_text(shown) + menu;
-    EXPECT_EQ(edit("7\n0\n6\n").out, round + "Unknown choice.\n" + round + "Unknown choice.\n" + round);
+    const std::string round = spatial_state_text(shown) + spatial_editor_menu;
+    EXPECT_EQ(edit_spatial_sequence("7\n0\n6\n").out,
+              round + "Unknown choice.\n" + round + "Unknown choice.\n" + round);
 }
 
 TEST(EditPulseSequence, AllTwentySectorsSuggestTheLast) {
-    start();
+    fresh_state_with_short_name();
     for (int k = 1; k <= 20; ++k)
         g_runtime.noti[k] = 1;
     g_runtime.nos = 20;
-    const ConsoleOutput printed = edit("6\n");
+    const ConsoleOutput printed = edit_spatial_sequence("6\n");
     EXPECT_NE(printed.out.find("Defined sectors : 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, "
                                "18, 19, 20\nMissing sectors : <none>\nNext suggested sector number : 20\n"),
               std::string::npos);
@@ -205,21 +198,21 @@ TEST(EditPulseSequence, AnEndedInputLeavesTheEditorAtEveryQuestion) {
     std::string answers;
     for (const std::string& answer : session) {
         TempTree tree;
-        start();
-        edit(answers);
+        fresh_state_with_short_name();
+        edit_spatial_sequence(answers);
         EXPECT_EQ(unread_answers(), "");
         answers += answer + "\n";
     }
     TempTree tree;
-    start();
-    edit(answers + "6\nleft\n");
+    fresh_state_with_short_name();
+    edit_spatial_sequence(answers + "6\nleft\n");
     EXPECT_EQ(unread_answers(), "left\n");
     EXPECT_STREQ(g_runtime.remarks[1], "note");
 }
 
 TEST(EditPulseSequence, AnAbandonedSectorDoesNotCount) {
     TempTree tree;
-    start();
-    edit("1\n4\n5\n2\n");
+    fresh_state_with_short_name();
+    edit_spatial_sequence("1\n4\n5\n2\n");
     EXPECT_EQ(g_runtime.nos, 0);
 }

@@ -15,31 +15,21 @@ namespace {
 
 using Blocks = std::vector<std::vector<double>>;
 
-std::string file_dialogue(const std::string& leaf, const std::string& path) {
-    return file_name_question("RF and gradient", leaf) + "Sector waveform file written to : " + path +
-           "\nSector note (optional): ";
-}
-
 /// Defines sector 1 and returns what was printed.
-ConsoleOutput define_sector(const std::string& answers, int k = 1) {
+ConsoleOutput define_spatial_sector(const std::string& answers, int k = 1) {
     return play_console(answers, [k] { EXPECT_EQ(DefineSeqSector(k), 1); });
-}
-
-void start() {
-    fresh_state_with_spins();
-    set_current_model_short_name("lac");
 }
 
 } // namespace
 
 TEST(DefineSeqSector, HardPulseWithConstantGradients) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     const ConsoleOutput printed =
-        define_sector("1\n6\n-12.5\n1\n2000\n1\n-1\n1\n0.5\n./a.bin\n  refocus, 180 y \nleft\n", 3);
+        define_spatial_sector("1\n6\n-12.5\n1\n2000\n1\n-1\n1\n0.5\n./a.bin\n  refocus, 180 y \nleft\n", 3);
     EXPECT_EQ(printed.out, sector_header("Spatial", 3) + CONTENT_MENU + HARD_PULSE_MENU +
                                "Static offset frequency [Hz] : " + constant_gradient_dialogues() +
-                               file_dialogue("lac_s03.bin", "./a.bin"));
+                               spatial_file_dialogue("lac_s03.bin", "./a.bin"));
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(g_runtime.noti[3], 1);
     EXPECT_EQ(g_runtime.sectdur[3], 1e-5);
@@ -58,8 +48,8 @@ TEST(DefineSeqSector, HardPulseWithConstantGradients) {
 
 TEST(DefineSeqSector, NinetyXHardPulseWithATwoKilohertzGradientIsFiveNumbers) {
     TempTree tree;
-    start();
-    define_sector("1\n1\n0\n1\n2000\n1\n0\n1\n0\n./a.bin\n\n");
+    fresh_state_with_short_name();
+    define_spatial_sector("1\n1\n0\n1\n2000\n1\n0\n1\n0\n./a.bin\n\n");
     const Blocks blocks = waveform_blocks(tree, "a.bin", 1, 5);
     EXPECT_DOUBLE_EQ(blocks[0][0], TWO_PI / 4 / 1e-5);
     EXPECT_EQ(blocks[1][0], 0);
@@ -70,9 +60,9 @@ TEST(DefineSeqSector, NinetyXHardPulseWithATwoKilohertzGradientIsFiveNumbers) {
 
 TEST(DefineSeqSector, AnUnknownHardPulseIsNoPulse) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.xb[0] = g_runtime.yb[0] = 5;
-    define_sector("1\n9\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+    define_spatial_sector("1\n9\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 1, 5), Blocks(5, {0.0}));
     EXPECT_EQ(g_runtime.noti[1], 1);
     EXPECT_EQ(g_runtime.sectdur[1], 1e-5);
@@ -80,12 +70,13 @@ TEST(DefineSeqSector, AnUnknownHardPulseIsNoPulse) {
 
 TEST(DefineSeqSector, WaitingTimeIsOneSampleWithoutField) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.xb[0] = 5;
-    const ConsoleOutput printed = define_sector("5\n12.5\n3\n" + NO_GRADIENTS + "./a.bin\nTE/2\n");
-    EXPECT_EQ(printed.out, sector_header("Spatial", 1) + CONTENT_MENU +
-                               "Waiting time [ms] : Static offset frequency [Hz] : " +
-                               constant_gradient_dialogues() + file_dialogue("lac_s01.bin", "./a.bin"));
+    const ConsoleOutput printed = define_spatial_sector("5\n12.5\n3\n" + NO_GRADIENTS + "./a.bin\nTE/2\n");
+    EXPECT_EQ(printed.out,
+              sector_header("Spatial", 1) + CONTENT_MENU +
+                  "Waiting time [ms] : Static offset frequency [Hz] : " + constant_gradient_dialogues() +
+                  spatial_file_dialogue("lac_s01.bin", "./a.bin"));
     EXPECT_EQ(g_runtime.noti[1], 1);
     EXPECT_EQ(g_runtime.sectdur[1], 0.0125);
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 1, 5), Blocks(5, {0.0}));
@@ -105,8 +96,8 @@ TEST(DefineSeqSector, EveryAmplitudeModulatedShapeReachesTheFile) {
     };
     for (const auto& shape : shapes) {
         TempTree tree;
-        start();
-        define_sector("2\n65\n6.5\n" + shape.answers + "0\n" + NO_GRADIENTS + "./a.bin\n\n");
+        fresh_state_with_short_name();
+        define_spatial_sector("2\n65\n6.5\n" + shape.answers + "0\n" + NO_GRADIENTS + "./a.bin\n\n");
         EXPECT_EQ(g_runtime.noti[1], N);
         EXPECT_DOUBLE_EQ(g_runtime.sectdur[1], T);
         expect_waveform(waveform_blocks(tree, "a.bin", N, 5), shape.expected);
@@ -131,11 +122,11 @@ TEST(DefineSeqSector, EveryGeneralShapeReachesTheFile) {
             {"6\npulses.txt\n", off_centre},
         };
         for (const auto& shape : shapes) {
-            start();
+            fresh_state_with_short_name();
             // What an earlier sector left behind does not show through an odd sample.
             g_runtime.xb[N - 1] = 1e6;
-            define_sector("3\n" + std::to_string(N) + "\n4\n" + shape.answers + "0\n" + NO_GRADIENTS +
-                          "./a.bin\n\n");
+            define_spatial_sector("3\n" + std::to_string(N) + "\n4\n" + shape.answers + "0\n" + NO_GRADIENTS +
+                                  "./a.bin\n\n");
             expect_waveform(waveform_blocks(tree, "a.bin", N, 5), shape.expected);
         }
     }
@@ -145,9 +136,9 @@ TEST(DefineSeqSector, EveryGradientReachesTheFile) {
     const int N = 32;
     const double T = 3.2e-3, w = TWO_PI * 4;
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     const ConsoleOutput printed =
-        define_sector("2\n32\n3.2\n1\n0\n0\n0\n1\n-150\n2\n0.5\n4\n3\n0.25\n4\n./a.bin\n\n");
+        define_spatial_sector("2\n32\n3.2\n1\n0\n0\n0\n1\n-150\n2\n0.5\n4\n3\n0.25\n4\n./a.bin\n\n");
     EXPECT_NE(printed.out.find("f(t) = cos(2*pi*n*t/T)\nA    : \nn    : \nDefine Z-gradient waveform\n"),
               std::string::npos);
     const Blocks blocks = waveform_blocks(tree, "a.bin", N, 5);
@@ -161,9 +152,9 @@ TEST(DefineSeqSector, EveryGradientReachesTheFile) {
 
 TEST(DefineSeqSector, AGradientWithoutAUsableAnswerIsZeroAndTold) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.gx[0] = g_runtime.gy[0] = g_runtime.gz[0] = 4;
-    const ConsoleOutput printed = define_sector("5\n1\n0\nnone\n7\n1\nlots\n./a.bin\n\n");
+    const ConsoleOutput printed = define_spatial_sector("5\n1\n0\nnone\n7\n1\nlots\n./a.bin\n\n");
     std::string expected;
     const char* extra[] = {"", "", " Constant gradient strength [Hz/cm] : "};
     const char* axes[] = {"X", "Y", "Z"};
@@ -179,9 +170,9 @@ TEST(DefineSeqSector, PulseFromDiskIsScaled) {
     TempTree tree;
     tree.write("bx.txt", "1\n2\n3\n");
     tree.write("by.txt", "-1\n");
-    start();
+    fresh_state_with_short_name();
     const ConsoleOutput printed =
-        define_sector("4\n3\n6\n1\nbx.txt\n1\nby.txt\n10\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+        define_spatial_sector("4\n3\n6\n1\nbx.txt\n1\nby.txt\n10\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
     EXPECT_NE(
         printed.out.find("Number of time intervals : Total sector duration [ms] : \n\nFile name Bx(t)\n"),
         std::string::npos);
@@ -193,10 +184,10 @@ TEST(DefineSeqSector, PulseFromDiskIsScaled) {
 
 TEST(DefineSeqSector, MoreThan8192IntervalsAreClampedWithAWarning) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     // 8.192 ms over 8192 points: the first point of the half sweep lies at -8.192 ms.
     const ConsoleOutput printed =
-        define_sector("3\n9000\n8.192\n2\n0\n100\n300\n1\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+        define_spatial_sector("3\n9000\n8.192\n2\n0\n100\n300\n1\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
     EXPECT_EQ(printed.err, "WARNING: ap=9000 exceeds KOR_MAX_RF_POINTS=8192; clamping.\n");
     EXPECT_EQ(g_runtime.noti[1], 9000);
     expect_waveform(waveform_blocks(tree, "a.bin", 8192, 5),
@@ -206,8 +197,9 @@ TEST(DefineSeqSector, MoreThan8192IntervalsAreClampedWithAWarning) {
 TEST(DefineSeqSector, NoIntervalsMakeAnEmptyFile) {
     for (const char* intervals : {"0", "-5"}) {
         TempTree tree;
-        start();
-        define_sector(std::string("2\n") + intervals + "\n1\n1\n0\n5\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+        fresh_state_with_short_name();
+        define_spatial_sector(std::string("2\n") + intervals + "\n1\n1\n0\n5\n0\n" + NO_GRADIENTS +
+                              "./a.bin\n\n");
         EXPECT_EQ(tree.read("a.bin"), "");
         EXPECT_EQ(g_runtime.noti[1], std::stoi(intervals));
     }
@@ -215,16 +207,16 @@ TEST(DefineSeqSector, NoIntervalsMakeAnEmptyFile) {
 
 TEST(DefineSeqSector, AnAbandonedPulseIsNoPulse) {
     TempTree tree;
-    start();
+    fresh_state_with_short_name();
     g_runtime.xb[1] = g_runtime.yb[1] = 5;
-    define_sector("2\n3\n1\n1\nninety\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+    define_spatial_sector("2\n3\n1\n1\nninety\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 3, 5), Blocks(5, std::vector<double>(3, 0.0)));
 }
 
 TEST(DefineSeqSector, AnUnknownContentChangesNothing) {
-    start();
+    fresh_state_with_short_name();
     for (const char* answer : {"0\n", "6\n", "-1\n"}) {
-        EXPECT_EQ(define_sector(answer).out,
+        EXPECT_EQ(define_spatial_sector(answer).out,
                   sector_header("Spatial", 1) + CONTENT_MENU + "Unknown sector type.\n");
         EXPECT_EQ(g_runtime.sectype[1], 0);
         EXPECT_EQ(g_runtime.noti[1], 0);
@@ -233,8 +225,9 @@ TEST(DefineSeqSector, AnUnknownContentChangesNothing) {
 
 TEST(DefineSeqSector, NumberPromptsRepeatAtBadInput) {
     TempTree tree;
-    start();
-    const ConsoleOutput printed = define_sector("x\n5\nsoon\n12.5\nfar\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+    fresh_state_with_short_name();
+    const ConsoleOutput printed =
+        define_spatial_sector("x\n5\nsoon\n12.5\nfar\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
     EXPECT_NE(printed.out.find("Your choice [1..5] : Please enter a whole number.\nYour choice [1..5] : "
                                "Waiting time [ms] : Please enter a numeric value.\nWaiting time [ms] : "
                                "Static offset frequency [Hz] : Please enter a numeric value.\n"
@@ -245,8 +238,8 @@ TEST(DefineSeqSector, NumberPromptsRepeatAtBadInput) {
 
 TEST(DefineSeqSector, ALongNoteIsCutAndUsedUp) {
     TempTree tree;
-    start();
-    define_sector("5\n1\n0\n" + NO_GRADIENTS + "./a.bin\n" + std::string(700, 'n') + "\nleft\n");
+    fresh_state_with_short_name();
+    define_spatial_sector("5\n1\n0\n" + NO_GRADIENTS + "./a.bin\n" + std::string(700, 'n') + "\nleft\n");
     EXPECT_EQ(g_runtime.remarks[1], std::string(511, 'n'));
     EXPECT_EQ(unread_answers(), "left\n");
 }

@@ -1,6 +1,7 @@
 #include "rfpulselib/dialogues.h"
 
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/pulse_formulas.h"
 #include "support/temp_tree.h"
 
@@ -13,9 +14,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-constexpr double PI = TWO_PI / 2;
-constexpr double UNTOUCHED = -77.5;
 
 const std::string hard_menu = "\nStandard Hard Pulses:\n\n"
                               "   1. (pi/2) (x')            5. (pi) (x')\n"
@@ -59,7 +57,7 @@ struct Asked {
     Field operator[](int j) const { return {xb[j], yb[j]}; }
 };
 
-Asked ask(Definition definition, const std::string& answers, int ap, double ti) {
+Asked ask_pulse(Definition definition, const std::string& answers, int ap, double ti) {
     Asked asked;
     asked.xb.assign(ap + 1, UNTOUCHED);
     asked.yb.assign(ap + 1, UNTOUCHED);
@@ -127,7 +125,7 @@ TEST(AMHardPulseDefinition, TheStepMayBeMissing) {
 }
 
 TEST(AMPulseDefinition, RectangularPulse) {
-    const Asked asked = ask(AMPulseDefinition, "1\n90\n125.5\nnext\n", 5, 1e-3);
+    const Asked asked = ask_pulse(AMPulseDefinition, "1\n90\n125.5\nnext\n", 5, 1e-3);
     EXPECT_EQ(asked.out, am_menu + "\n Rectangular pulse or hard pulse\n"
                                    " pulse-phase (in degrees) : \n"
                                    " pulse amplitude [Hz]     : \n");
@@ -138,7 +136,7 @@ TEST(AMPulseDefinition, RectangularPulse) {
 TEST(AMPulseDefinition, SincGaussPulse) {
     for (int ap : {1, 2, 65, 256}) {
         const double ti = 5e-3 / ap;
-        const Asked asked = ask(AMPulseDefinition, "2\n-30\n1.5707963\n900\n350\n", ap, ti);
+        const Asked asked = ask_pulse(AMPulseDefinition, "2\n-30\n1.5707963\n900\n350\n", ap, ti);
         EXPECT_EQ(asked.out, am_menu + "\n sinc Gauss - AM-pulse shape :\n\n"
                                        " q*sin(2*pi*f*t)*exp(-(b*b*t*t))/ (pi*t)\n"
                                        " pulse-phase (in degrees) : \n"
@@ -150,12 +148,12 @@ TEST(AMPulseDefinition, SincGaussPulse) {
 }
 
 TEST(AMPulseDefinition, CentreOfAnEvenSincGaussIsTwiceQF) {
-    const Asked asked = ask(AMPulseDefinition, "2\n0\n1.5\n900\n350\n", 64, 1e-4);
+    const Asked asked = ask_pulse(AMPulseDefinition, "2\n0\n1.5\n900\n350\n", 64, 1e-4);
     EXPECT_NEAR(asked.xb[32], 2 * 1.5 * 900, 1e-6);
 }
 
 TEST(AMPulseDefinition, Gauss2DPulse) {
-    const Asked asked = ask(AMPulseDefinition, "3\n1.57\n0.8\n2.5\n8\n", 33, 2e-4);
+    const Asked asked = ask_pulse(AMPulseDefinition, "3\n1.57\n0.8\n2.5\n8\n", 33, 2e-4);
     EXPECT_EQ(asked.out, am_menu + "\nbx(t) = (a.A/T)*exp(-(B*(1-t/T))^2)*sqrt(f(t))\n"
                                    "With : f(t) = ((2*pi*n(1-(t/T))^2)+1\n\n"
                                    "a   : \nA   : \nB   : \nn   : \n");
@@ -163,7 +161,7 @@ TEST(AMPulseDefinition, Gauss2DPulse) {
 }
 
 TEST(AMPulseDefinition, Sinc2DPulse) {
-    const Asked asked = ask(AMPulseDefinition, "4\n1.57\n0.8\n6\n4\n1.5\n2\n", 40, 1e-4);
+    const Asked asked = ask_pulse(AMPulseDefinition, "4\n1.57\n0.8\n6\n4\n1.5\n2\n", 40, 1e-4);
     EXPECT_EQ(asked.out, am_menu + "\nbx(t) = (a.A/T)*sinc(kx(t).dx/2)*sinc(ky(t).dy/2).f(t)\n"
                                    "f(t)  = sqrt((2*pi*n*(1-(t/T)))^2 + 1)\n"
                                    "kx(t) = B*(1-(t/T))*cos(2*pi*n*t/T)\n"
@@ -177,7 +175,7 @@ TEST(AMPulseDefinition, Sinc2DPulse) {
 
 TEST(FMPulseDefinition, InversionPulse) {
     for (int ap : {1, 64, 101}) {
-        const Asked asked = ask(FMPulseDefinition, "1\n45\n1500\n1050.5\n0.95\n", ap, 5e-3 / ap);
+        const Asked asked = ask_pulse(FMPulseDefinition, "1\n45\n1500\n1050.5\n0.95\n", ap, 5e-3 / ap);
         EXPECT_EQ(asked.out, fm_menu + "\n 180 degree FM sech-tanh pulse (-T,T) :\n\n"
                                        " x  : w*sech(b*t)*cos(2*pi*u*ln(sech(bt)))\n"
                                        " y  : w*sech(b*t)*sin(2*pi*u*ln(sech(bt)))\n"
@@ -190,7 +188,7 @@ TEST(FMPulseDefinition, InversionPulse) {
 }
 
 TEST(FMPulseDefinition, HalfSweepEndsOneStepBeforeItsCentre) {
-    const Asked asked = ask(FMPulseDefinition, "2\n0\n1500\n1050\n0.9\n", 51, 1e-4);
+    const Asked asked = ask_pulse(FMPulseDefinition, "2\n0\n1500\n1050\n0.9\n", 51, 1e-4);
     EXPECT_EQ(asked.out, fm_menu + "\n 90 degree FM sech-tanh pulse (-T,0) :\n\n"
                                    " x : w*sech(b*t)*cos(2*pi*u*ln(sech(bt)))\n"
                                    " y : w*sech(b*t)*sin(2*pi*u*ln(sech(bt)))\n"
@@ -204,7 +202,7 @@ TEST(FMPulseDefinition, HalfSweepEndsOneStepBeforeItsCentre) {
 
 TEST(FMPulseDefinition, DoubleSweepLeavesTheLastOddSample) {
     for (int ap : {1, 2, 3, 64, 65}) {
-        const Asked asked = ask(FMPulseDefinition, "3\n10\n800\n600\n1.1\n", ap, 1e-4);
+        const Asked asked = ask_pulse(FMPulseDefinition, "3\n10\n800\n600\n1.1\n", ap, 1e-4);
         EXPECT_EQ(asked.out, fm_menu + "\n 360 degree FM sech-tanh pulse 2*(-T,T) :\n\n"
                                        " x  : w*sech(b*t)*cos(2*pi*u*ln(sech(bt)))\n"
                                        " y  : w*sech(b*t)*sin(2*pi*u*ln(sech(bt)))\n\n"
@@ -217,23 +215,23 @@ TEST(FMPulseDefinition, DoubleSweepLeavesTheLastOddSample) {
 }
 
 TEST(FMPulseDefinition, OffCentreSinc2DPulse) {
-    const Asked asked = ask(FMPulseDefinition, "4\n1.5\n0.5\n9\n6\n1\n0.8\n0.4\n-0.7\n", 50, 1e-4);
+    const Asked asked = ask_pulse(FMPulseDefinition, "4\n1.5\n0.5\n9\n6\n1\n0.8\n0.4\n-0.7\n", 50, 1e-4);
     EXPECT_EQ(asked.out, fm_menu + "\n" + sinc_2d_banner + sinc_2d_prompts);
     expect_pulse(asked, sinc_2d(50, 5e-3, 1.5, 0.5, 9, 6, 1, 0.8, 0.4, -0.7));
 }
 
 TEST(FMPulseDefinition, NoKSpaceExtentReplacesBothComponents) {
-    const Asked asked = ask(FMPulseDefinition, "4\n1\n1\n0\n2\n1\n1\n3\n5\n", 4, 1e-3);
+    const Asked asked = ask_pulse(FMPulseDefinition, "4\n1\n1\n0\n2\n1\n1\n3\n5\n", 4, 1e-3);
     const double f0 = std::hypot(TWO_PI * 2, 1.0) / 4e-3;
     EXPECT_NEAR(asked.xb[0], f0 * std::cos(8e-5), 1e-9 * f0);
     EXPECT_NEAR(asked.yb[0], f0 * std::sin(8e-5), 1e-9 * f0);
 }
 
 TEST(FMPulseDefinition, SumOfTwoPulses) {
-    const Asked asked = ask(FMPulseDefinition,
-                            "5\n1\n1.5\n0.5\n9\n6\n1\n0.8\n0.4\n-0.7\n"
-                            "1\n0.7\n1\n5\n6\n2\n2\n-1\n0\n2\nnext\n",
-                            20, 1e-4);
+    const Asked asked = ask_pulse(FMPulseDefinition,
+                                  "5\n1\n1.5\n0.5\n9\n6\n1\n0.8\n0.4\n-0.7\n"
+                                  "1\n0.7\n1\n5\n6\n2\n2\n-1\n0\n2\nnext\n",
+                                  20, 1e-4);
     const std::string one_pulse = "\n" + sinc_2d_banner + sinc_2d_prompts;
     EXPECT_EQ(asked.out, fm_menu + "\n" + sum_banner + rule + "\n" + add_menu + one_pulse + add_menu +
                              one_pulse + add_menu + "\n");
@@ -247,7 +245,7 @@ TEST(FMPulseDefinition, SumOfTwoPulses) {
 
 TEST(FMPulseDefinition, AnAdditionThatFailsPartWayAddsTheLastPulseAgain) {
     const Asked asked =
-        ask(FMPulseDefinition, "5\n1\n1.5\n0.5\n9\n6\n1\n0.8\n0.4\n-0.7\n1\n2\n2\nfour\n2\n", 20, 1e-4);
+        ask_pulse(FMPulseDefinition, "5\n1\n1.5\n0.5\n9\n6\n1\n0.8\n0.4\n-0.7\n1\n2\n2\nfour\n2\n", 20, 1e-4);
     Pulse expected = sinc_2d(20, 2e-3, 1.5, 0.5, 9, 6, 1, 0.8, 0.4, -0.7);
     for (Field& sample : expected)
         sample *= 2;
@@ -256,7 +254,7 @@ TEST(FMPulseDefinition, AnAdditionThatFailsPartWayAddsTheLastPulseAgain) {
 
 TEST(FMPulseDefinition, ASumOfNothingIsZero) {
     for (const char* answers : {"5\n2\n", "5\n7\n", "5\nx\n", "5\n", "6\n", "5\n1\nx\n2\n"}) {
-        const Asked asked = ask(FMPulseDefinition, answers, 8, 1e-4);
+        const Asked asked = ask_pulse(FMPulseDefinition, answers, 8, 1e-4);
         expect_pulse(asked, Pulse(8, 0.0));
     }
 }
@@ -267,7 +265,7 @@ TEST(FMPulseDefinition, SumFromAParameterFile) {
                              "  0.7\t1 5 6 2 2 -1 0 trailing\n"
                              "0 1 5 6 2 2 -1 0\n"
                              "9 9 9 9 9 9 9 9\n");
-    const Asked asked = ask(FMPulseDefinition, "6\npulses.txt\nnext\n", 20, 1e-4);
+    const Asked asked = ask_pulse(FMPulseDefinition, "6\npulses.txt\nnext\n", 20, 1e-4);
     EXPECT_EQ(asked.out, fm_menu + "\n" + sum_banner +
                              "** using pulse parameters read from a text file             **\n" + rule +
                              "\nPulse parameter file name: \n");
@@ -282,28 +280,28 @@ TEST(FMPulseDefinition, SumFromAParameterFile) {
 TEST(FMPulseDefinition, ALineWithoutEightNumbersEndsTheParameterFile) {
     TempTree tree;
     tree.write("pulses.txt", "1.5 0.5 9 6 1 0.8 0.4 -0.7\n1 2 3 4 5 6 7\n0.7 1 5 6 2 2 -1 0\n");
-    const Asked asked = ask(FMPulseDefinition, "6\npulses.txt\n", 12, 1e-4);
+    const Asked asked = ask_pulse(FMPulseDefinition, "6\npulses.txt\n", 12, 1e-4);
     expect_pulse(asked, sinc_2d(12, 12e-4, 1.5, 0.5, 9, 6, 1, 0.8, 0.4, -0.7));
 }
 
 TEST(FMPulseDefinition, AFirstPulseOfZeroAngleLeavesZero) {
     TempTree tree;
     tree.write("pulses.txt", "0 1 2 3 4 5 6 7\n1 1 1 1 1 1 1 1\n");
-    expect_pulse(ask(FMPulseDefinition, "6\npulses.txt\n", 6, 1e-4), Pulse(6, 0.0));
+    expect_pulse(ask_pulse(FMPulseDefinition, "6\npulses.txt\n", 6, 1e-4), Pulse(6, 0.0));
 }
 
 TEST(FMPulseDefinition, AMissingParameterFileIsReported) {
     TempTree tree;
-    const Asked asked = ask(FMPulseDefinition, "6\nnowhere.txt\n", 6, 1e-4);
+    const Asked asked = ask_pulse(FMPulseDefinition, "6\nnowhere.txt\n", 6, 1e-4);
     EXPECT_EQ(asked.err, "fopen(parameter file): No such file or directory\n");
     expect_pulse(asked, Pulse(6, 0.0));
 }
 
 TEST(PulseMenus, OtherChoicesLeaveTheArrays) {
     for (const char* answer : {"0\n", "5\n", "-2\n", "x\n", ""})
-        expect_untouched(ask(AMPulseDefinition, answer, 3, 1e-3));
+        expect_untouched(ask_pulse(AMPulseDefinition, answer, 3, 1e-3));
     for (const char* answer : {"0\n", "7\n", "-2\n", "x\n", ""})
-        expect_untouched(ask(FMPulseDefinition, answer, 3, 1e-3));
+        expect_untouched(ask_pulse(FMPulseDefinition, answer, 3, 1e-3));
 }
 
 TEST(PulseMenus, AnyUnreadableParameterLeavesTheArraysAndIsUsedUp) {
@@ -319,8 +317,8 @@ TEST(PulseMenus, AnyUnreadableParameterLeavesTheArraysAndIsUsedUp) {
             std::string answers = std::string(shape.choice) + "\n";
             for (int i = 0; i < bad; ++i)
                 answers += "1\n";
-            expect_untouched(ask(shape.definition, answers, 3, 1e-3));
-            const Asked asked = ask(shape.definition, answers + "one\nleft\n", 3, 1e-3);
+            expect_untouched(ask_pulse(shape.definition, answers, 3, 1e-3));
+            const Asked asked = ask_pulse(shape.definition, answers + "one\nleft\n", 3, 1e-3);
             expect_untouched(asked);
             EXPECT_EQ(asked.unread, "left\n");
         }
