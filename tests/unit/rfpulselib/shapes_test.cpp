@@ -1,6 +1,7 @@
 #include "rfpulselib/shapes.h"
 
 #include "korlimits.h"
+#include "support/constants.h"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,9 @@
 namespace {
 
 using namespace kor;
+using kor_test::PI;
 using Field = std::complex<double>; // xb + i yb, rad/s
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double UNTOUCHED = -77.5;
 
 struct Waveform {
