@@ -1,10 +1,12 @@
 #include "kormodel/text_lines.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 namespace kor {
@@ -51,13 +53,13 @@ int parse_list(int (*scan)(const char**, Number*), const char* text, int count, 
 } // namespace
 
 ModelLine read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number) {
+    // What fgets leaves alone is no zero: the last zero is its terminator, an earlier one is of the file.
+    std::memset(line, '\n', sizeof line);
     if (!std::fgets(line, KOR_LINE_SIZE, file))
         return ModelLine::end;
     ++*line_number;
-    const std::size_t length = std::strlen(line);
-    const bool full = length + 1 == KOR_LINE_SIZE;
-    const bool ended = length > 0 && line[length - 1] == '\n';
-    const bool cut_by_zero = !full && !ended && !std::feof(file) && !std::ferror(file);
+    const bool cut_by_zero =
+        std::find(std::rbegin(line), std::rend(line), '\0').base() - 1 != line + std::strlen(line);
     if (char* comment = std::strchr(line, '#'))
         *comment = '\0';
     *text = trim(line);

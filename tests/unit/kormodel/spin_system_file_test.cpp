@@ -230,6 +230,14 @@ TEST(SpinSystemFile, AZeroByteIsNoText) {
     EXPECT_EQ(load_text("format_version: 1\nnspins: 2\0\n"s),
               parse_error("line 2: holds a zero byte: no text file"));
     EXPECT_EQ(load_text("\0\nformat_version: 1\n"s), parse_error("line 1: holds a zero byte: no text file"));
+    EXPECT_EQ(load_text("\0\0\0"s), parse_error("line 1: holds a zero byte: no text file"));
+}
+
+TEST(SpinSystemFile, AZeroByteInALastLineWithoutAnEndIsNoTextEither) {
+    using namespace std::string_literals;
+    for (const std::string& end : {"\0"s, "\0 9"s, "7\0"s, "# \0"s})
+        EXPECT_EQ(load_text(valid_spin_text + end), parse_error("line 10: holds a zero byte: no text file"));
+    EXPECT_EQ(load_text(valid_spin_text + "# no line end"), ok);
 }
 
 TEST(SpinSystemFile, ADeviceWithoutAnEndIsRefused) {
