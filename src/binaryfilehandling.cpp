@@ -27,6 +27,7 @@ bool row_length_is_valid(int n) {
 }
 
 bool read_number(std::FILE* file, int* value, const char* context) {
+    errno = 0; // a file that ends too early has no error of the system, and an earlier one is not its reason
     if (std::fread(value, sizeof *value, 1, file) == 1) {
         return true;
     }

@@ -1,20 +1,15 @@
+#include "binaryfilehandling.h"
 #include "kordatafileio.h"
-
 #include "korplatform.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 namespace kor {
 
 dataio_status dataio_last_status = DATAIO_OK;
 
 namespace {
-
-void print_io_error(const char* context) {
-    std::fprintf(stderr, "%s: %s\n", context ? context : "I/O error", std::strerror(errno));
-}
 
 /// Opens the file and calls write_line(file, i), which returns the count of fprintf, for i = 0..N-1.
 template <typename WriteLine>
@@ -47,8 +42,10 @@ dataio_status read_items(unsigned N, const double* values, const char* path, Rea
         return DATAIO_ERR_IO;
     }
     bool complete = true;
-    for (unsigned i = 0; i < N && complete; ++i)
+    for (unsigned i = 0; i < N && complete; ++i) {
+        errno = 0; // an item that is missing has no error of the system, and an earlier one is not its reason
         complete = read_item(file, i);
+    }
     if (!complete)
         print_io_error("fscanf");
     std::fclose(file);

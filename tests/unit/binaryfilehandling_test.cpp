@@ -74,7 +74,7 @@ TEST(BinFileHeader, ShortFileNamesTheMissingNumberAndLeavesTheOutputs) {
         int type = 7, num1 = 8, num2 = 9;
         binfh_status status = BINFH_OK;
         const auto printed = play_console("", [&] {
-            errno = 0;
+            errno = EEXIST; // of an earlier call
             status = ReadBinFileHeader_status(file.get(), &type, &num1, &num2);
         });
         EXPECT_EQ(status, BINFH_ERR_IO);
