@@ -154,6 +154,12 @@ TEST(SetRoot, FailsWithoutAPath) {
     EXPECT_EQ(kor_set_root_folder(nullptr, out, sizeof out), 0);
 }
 
+TEST(SetRoot, NoFolderLiesAboveADrive) {
+    EXPECT_EQ(root_of("C:/x/../x.kormodel"), "<failed>");
+    EXPECT_EQ(root_of("C:/../x.kormodel"), "<failed>");
+    EXPECT_EQ(root_of("C:\\y\\x\\..\\x.kormodel"), "C:");
+}
+
 TEST(AbsolutePath, IsADriveWithSeparatorOrTwoLeadingSeparators) {
     for (const char* path : {"C:\\x", "z:/x", "\\\\server\\x", "//server/x"})
         EXPECT_EQ(kor_path_is_absolute(path), 1) << path;
