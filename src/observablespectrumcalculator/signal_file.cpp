@@ -35,16 +35,19 @@ struct Receiver {
     const SpinIList& Ilist;
 };
 
-enum class Outcome { done, input_ended, failed };
+enum class Outcome { done, input_ended, no_memory, unwritten };
+
+Outcome report_no_memory() {
+    std::perror("signal buffer");
+    return Outcome::no_memory;
+}
 
 /// The signal of the only matrix of `in`, with its listings.
 Outcome write_single_signal(std::FILE* in, std::FILE* out, const Receiver& receiver, CMatrix& densmat) {
     const DoubleBuffer re = allocate_doubles(static_cast<std::size_t>(receiver.points));
     const DoubleBuffer im = allocate_doubles(static_cast<std::size_t>(receiver.points));
-    if (!re || !im) {
-        std::perror("signal buffer");
-        return Outcome::failed;
-    }
+    if (!re || !im)
+        return report_no_memory();
     if (!read_density_matrix(in, receiver.n, receiver.n, densmat)) {
         std::puts(read_error);
         return Outcome::input_ended;
@@ -53,7 +56,8 @@ Outcome write_single_signal(std::FILE* in, std::FILE* out, const Receiver& recei
         print_adc_start_expectations(receiver.n, densmat, receiver.ket, receiver.Ilist);
     build_legacy_separate_spectra_signal(receiver.n, receiver.points, receiver.acquisition_time_s, densmat,
                                          store, receiver.Ixtot, receiver.Iytot, re.get(), im.get(), true);
-    return write_signal_samples(out, receiver.points, re.get(), im.get()) ? Outcome::done : Outcome::failed;
+    return write_signal_samples(out, receiver.points, re.get(), im.get()) ? Outcome::done
+                                                                          : Outcome::unwritten;
 }
 
 /// One signal per matrix of `in`, in order, several at a time.
@@ -64,10 +68,8 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
     const auto together = static_cast<int>(std::max<std::size_t>(1, block_doubles / std::max(signal, state)));
     const DoubleBuffer states = allocate_doubles(state * static_cast<std::size_t>(together));
     const DoubleBuffer signals = allocate_doubles(signal * static_cast<std::size_t>(together));
-    if (!states || !signals) {
-        std::perror("signal buffer");
-        return Outcome::failed;
-    }
+    if (!states || !signals)
+        return report_no_memory();
     const double dt = receiver.acquisition_time_s / receiver.points;
     for (int done = 0; done < count;) {
         const int wanted = std::min(together, count - done);
@@ -76,7 +78,7 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
                            receiver.Iytot, signals.get());
         const std::size_t doubles = signal * static_cast<std::size_t>(got);
         if (std::fwrite(signals.get(), sizeof(double), doubles, out) != doubles)
-            return Outcome::failed;
+            return Outcome::unwritten;
         if (got > 0)
             CMatFromPairs(receiver.n, states.get() + state * static_cast<std::size_t>(got - 1), densmat);
         if (got < wanted) {
@@ -104,18 +106,22 @@ Outcome write_signal_file(std::FILE* in, int count, const char* name, const Rece
                           CMatrix& densmat) {
     if (platform_same_file(name, "dm.bin")) {
         std::fprintf(stderr, "%s: a signal cannot replace the states that it is calculated from\n", name);
-        return Outcome::failed;
+        return Outcome::unwritten;
     }
     WholeFile out;
     if (!open_whole_file(name, "wb", out)) {
         std::perror("fopen(signal output)");
-        return Outcome::failed;
+        return Outcome::unwritten;
     }
-    Outcome outcome = Outcome::failed;
+    Outcome outcome = Outcome::unwritten;
     if (WriteBinFileHeader_status(out.file, signal_file_type, receiver.points, count) == BINFH_OK)
         outcome = count == 1 ? write_single_signal(in, out.file, receiver, densmat)
                              : write_signals(in, out.file, count, receiver, densmat);
-    return keep_signals(out, outcome != Outcome::failed) ? outcome : Outcome::failed;
+    if (outcome == Outcome::no_memory) {
+        drop_whole_file(out);
+        return outcome;
+    }
+    return keep_signals(out, outcome != Outcome::unwritten) ? outcome : Outcome::unwritten;
 }
 
 /// Samples of one channel from the line list of its observable.
@@ -218,7 +224,7 @@ double SeparateSpectra_GenerateSignalWithParams(const int* n, int signal_points,
     const Outcome outcome =
         write_signal_file(in, count, named ? output_filename : KOR_SIGNAL_FILE, receiver, densmat);
     std::fclose(in);
-    return outcome == Outcome::failed ? 0.0 : acquisition_time_s;
+    return outcome == Outcome::done || outcome == Outcome::input_ended ? acquisition_time_s : 0.0;
 }
 
 } // namespace kor
