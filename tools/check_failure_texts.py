@@ -4,15 +4,24 @@
 usage: tools/check_failure_texts.py [ROOT]            check the list, name what is wrong, exit status 1 if anything is
        tools/check_failure_texts.py --update [ROOT]   rewrite the list: entries that hold stay, texts that are new get
                                                       the first test whose own literals contain them
+       tools/check_failure_texts.py --run BUILD [ROOT]  run each named test alone in a build with counters (preset
+                                                      coverage) and ask whether the line of its text ran
 
 The list is tests/failure_texts.tsv: source file, text as the source spells it, test, reason. A failure text is a string
 literal of src/ that is handed to a function that reports failures or goes to standard error, or that speaks like one.
 The test must exist and must contain the text: every part of it between the conversions, in string literals of the
 test's body, of its file's helpers or of tests/support. A text that no test can provoke has "-" for its test and a
-reason; there may be only a few. "verdict" marks what the built-in reference checks print of a wrong program alone.
+reason; there may be only a few. "verdict" marks what the built-in reference checks print of a wrong program alone, or
+look for in a refusal.
+--run passes over the tests of faults: the program under test fails to write its counters too.
 """
+import bisect
+import json
+import os
 import re
+import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 MOST_UNREACHABLE = 10
@@ -24,9 +33,10 @@ SPEAKS = re.compile(
     r"not found|not available|not supported|no current|no valid|no prepared|out of (range|supported)|outside|"
     r"too (many|few|long|large|small)|\bmust (be|lie|appear)|unsupported|truncated|incompatible|not allowed|unable|"
     r"warning|duplicate|malformed|required key|not written|not generated|does not exist|not opened|power of two|"
-    r"unexpectedly|No spin system|Please enter|Allowed range|NO RF-PULSE", re.IGNORECASE)
+    r"unexpectedly|No (spin system|sequence|pulse|\.kormodel|%c)|not (selected|fully)|only supports|supports only|skipped|"
+    r"clamping|\bincomplete\b|has nevo|serve dimensions|Please enter|Allowed range|NO RF-PULSE", re.IGNORECASE)
 # Words of menus, prompts and names of files that are no failures.
-HARMLESS = re.compile(r"How many time-points|\(power of 2\)|Missing sectors : |\.bin$|^format_version: |^spin_system_file: ")
+HARMLESS = re.compile(r"How many time-points|\(power of 2\)|Missing sectors : |^\S+\.bin$|^format_version: |^spin_system_file: ")
 # A FAIL line of the reference checks says that the program itself is wrong.
 VERDICTS = "src/kormodel_refcheck/"
 VERDICT = "verdict"
@@ -91,6 +101,26 @@ def failure_texts(source):
     return texts
 
 
+def places_of(source):
+    """Every string literal of a file (adjacent ones joined) with the first and last line of each place it stands at."""
+    text = source.read_text(encoding="utf-8")
+    ends = [m.start() for m in re.finditer("\n", text)]
+    places, last = {}, None
+    for match in TOKEN.finditer("\n" + text):
+        if match[0].startswith(("//", "/*", "\n")):
+            continue
+        value = match[2] if match[2] is not None else match[1]
+        if value is None:
+            if last:
+                places.setdefault(last[0], []).append(last[1:])
+            last = None
+            continue
+        first_line = bisect.bisect_left(ends, match.start() - 1) + 1
+        last_line = bisect.bisect_left(ends, match.end() - 2) + 1
+        last = (last[0] + value, last[1], last_line) if last else (value, first_line, last_line)
+    return places
+
+
 def parts_of(text):
     """What of a text stands between its conversions and line ends."""
     parts = [p.strip() for p in re.split(CONVERSION.pattern + "|\n", decoded(text))]
@@ -127,6 +157,10 @@ class Tests:
         for name in names:
             self.helpers[name] = "\0".join(outside)
             self.paths[name] = str(path)
+
+    def kind(self, name):
+        """The folder of tests/ that the test lies in."""
+        return self.paths[name].split("/tests/")[-1].split("/")[0]
 
     def contains(self, name, text):
         everywhere = self.bodies[name] + "\0" + self.helpers[name] + "\0" + self.support
@@ -180,9 +214,81 @@ def problems_of(texts, entries, tests):
     return problems
 
 
+class Counters:
+    """Where the tests of a build with counters leave them: a folder that ordinary users may write in too."""
+
+    def __init__(self, build, folder):
+        self.build = build
+        self.folder = Path(folder)
+        objects = build / "CMakeFiles/korlib.dir"
+        self.objects = Path(folder + str(objects))
+        for notes in objects.rglob("*.gcno"):
+            link = self.objects / notes.relative_to(objects)
+            link.parent.mkdir(parents=True, exist_ok=True)
+            link.symlink_to(notes)
+        for place in [self.folder, *self.folder.rglob("*")]:
+            if not place.is_symlink():
+                place.chmod(0o777)
+
+    def run(self, program, name):
+        """Runs one test alone, with fresh counters."""
+        for file in self.objects.rglob("*.gcda"):
+            file.unlink()
+        subprocess.run([str(program), f"--gtest_filter={name}:*/{name}/*"], cwd=program.parent, timeout=600, check=False,
+                       env={**os.environ, "GCOV_PREFIX": str(self.folder)}, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def of(self, source):
+        """How often each line of a source ran: line -> count."""
+        file = self.objects / f"{source}.gcda"
+        # A header has its counters where it is included: beside it.
+        files = [file] if source.endswith(".cpp") else file.parent.glob("*.gcda")
+        counts = {}
+        for file in files:
+            if not file.exists():
+                continue
+            report = subprocess.run(["gcov", "--json-format", "--stdout", str(file)], capture_output=True, check=True)
+            for part in json.loads(report.stdout)["files"]:
+                if part["file"].endswith(source):
+                    for line in part["lines"]:
+                        number = line["line_number"]
+                        counts[number] = max(counts.get(number, 0), line["count"])
+        return counts
+
+
+def ran(counts, places):
+    """Whether a literal's line ran at one of its places; the compiler may count it with a line above. A constant has
+    no line that runs."""
+    for first, last in places:
+        above = [n for n in range(first - 1, first - 4, -1) if n in counts][:1]
+        lines = [n for n in range(first, last + 1) if n in counts] or above
+        if any(counts[n] for n in lines) or (counts and not lines):
+            return True
+    return False
+
+
+def unprovoked(entries, tests, root, build):
+    """What --run finds: entries whose test leaves the line of their text alone."""
+    named = {}
+    for (source, text), (test, _) in entries.items():
+        if test in tests.bodies and tests.kind(test) != "faults":
+            named.setdefault(test, []).append((source, text))
+    found = []
+    with tempfile.TemporaryDirectory() as folder:
+        counters = Counters(build, folder)
+        for test, texts in named.items():
+            counters.run(build / f"tests/kor_{tests.kind(test)}_tests", test)
+            counts = {source: counters.of(source) for source in {source for source, _ in texts}}
+            found += [f"{source}: {test} does not provoke: {text}" for source, text in texts
+                      if not ran(counts[source], places_of(root / source).get(text, []))]
+    return found
+
+
 def main(argv):
     update = "--update" in argv
     rest = [a for a in argv[1:] if a != "--update"]
+    build = Path(rest[1]).resolve() if rest[:1] == ["--run"] else None
+    rest = rest[2:] if build else rest
     root = Path(rest[0] if rest else ".").resolve()
     tests = Tests(root)
     texts = [(str(source.relative_to(root)), text)
@@ -198,6 +304,8 @@ def main(argv):
         entries = {key: entry(key) for key in texts}
         write_list(root / LIST, entries)
     problems = problems_of(texts, entries, tests)
+    if build:
+        problems += unprovoked(entries, tests, root, build)
     for problem in problems:
         print(problem)
     if problems and not update:

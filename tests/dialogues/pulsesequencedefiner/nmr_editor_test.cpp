@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 using namespace kor;
 using namespace kor_test;
 
@@ -213,6 +215,17 @@ TEST(Edit2DPulseSequence, ShowsStateGuidanceAndSectors) {
                                after);
     EXPECT_EQ(g_runtime.nevo[0], 1);
     EXPECT_EQ(unread_answers(), "left\n");
+}
+
+TEST(Edit2DPulseSequence, ShowsASectorOfAnUnknownType) {
+    start();
+    g_runtime.sectype[1] = 3;
+    g_runtime.noti[1] = 1;
+    g_runtime.sectdur[1] = 1e-3;
+    std::strcpy(g_runtime.fnames[1], "a.bin");
+    const ConsoleOutput printed = edit("5\n");
+    EXPECT_NE(printed.out.find("Sector 1\n   type             : 3  <unknown>\n"), std::string::npos)
+        << printed.out;
 }
 
 TEST(Edit2DPulseSequence, SpinsAndResultFileAreTheSameDialogues) {
