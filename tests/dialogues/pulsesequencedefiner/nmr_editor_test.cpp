@@ -218,12 +218,12 @@ TEST(Edit2DPulseSequence, ShowsStateGuidanceAndSectors) {
 }
 
 TEST(Edit2DPulseSequence, ShowsASectorOfAnUnknownType) {
-    start();
+    fresh_state_with_short_name();
     g_runtime.sectype[1] = 3;
     g_runtime.noti[1] = 1;
     g_runtime.sectdur[1] = 1e-3;
     std::strcpy(g_runtime.fnames[1], "a.bin");
-    const ConsoleOutput printed = edit("5\n");
+    const ConsoleOutput printed = edit_nmr_sequence("5\n");
     EXPECT_NE(printed.out.find("Sector 1\n   type             : 3  <unknown>\n"), std::string::npos)
         << printed.out;
 }
