@@ -22,14 +22,16 @@ public:
     FakeGnuplot(const FakeGnuplot&) = delete;
     FakeGnuplot& operator=(const FakeGnuplot&) = delete;
 
-    /// It writes its arguments, one per line, and whatever it can read from standard input.
+    /// It writes its arguments, one per line, and whatever it can read from standard input into the file
+    /// "called", and makes the file "done" when that one is closed.
     void install() const;
 
-    /// What it noted, waiting for it; empty when it was not called within 10 s.
+    /// What it noted, waiting for it; empty when it was not called within a minute (four programs start one
+    /// another until then, on Windows, and a busy machine takes seconds for each).
     std::string noted() const {
-        for (int wait = 0; wait < 1000 && !folder_.exists("called"); ++wait)
+        for (int wait = 0; wait < 6000 && !folder_.exists("done"); ++wait)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return folder_.exists("called") ? with_plain_line_ends(folder_.read("called")) : "";
+        return folder_.exists("done") ? with_plain_line_ends(folder_.read("called")) : "";
     }
 
 private:

@@ -321,6 +321,32 @@ TEST(KORWriteExpectationProfile, AMatrixThatIsNotHermitianHasAnImaginaryPart) {
     EXPECT_NEAR(im, 7.0 / std::sqrt(2.0), 1e-14);
 }
 
+TEST(KORWriteExpectationProfile, DoesNotReplaceTheStatesItReads) {
+    TempTree tree;
+    define_spins({0.0});
+    grid(1, 1, 1);
+    const std::string states = density_file(0, 2, 1, {bloch_matrix(1, 0, 0)});
+    write_file("in.bin", states);
+    const Outcome outcome = profile("in.bin", "I1x", "./in.bin");
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "Expectation profile: the output file ./in.bin is the input density file.\n");
+    EXPECT_EQ(read_file("in.bin"), states);
+}
+
+TEST(KORWriteVoxelSignal, DoesNotReplaceTheStatesItReads) {
+    TempTree tree;
+    define_spins({0.0});
+    acquisition_sector(8, 0.1, 0.0);
+    const std::string states = density_file(0, 2, 1, {bloch_matrix(1, 0, 0)});
+    write_file("in.bin", states);
+    const Outcome outcome = voxel_signal("in.bin", 1, "./in.bin");
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "Voxel signal: the output file ./in.bin is the input density file.\n");
+    EXPECT_EQ(read_file("in.bin"), states);
+}
+
 TEST(KORWriteVoxelSignal, NeedsASpinSystem) {
     TempTree tree;
     define_spins({0.0});

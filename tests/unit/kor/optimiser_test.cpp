@@ -170,6 +170,92 @@ TEST(Mnbrak, BracketsAMinimumDownhill) {
     }
 }
 
+/// A place on a line and its objective.
+struct Place {
+    double x, f;
+};
+
+/// Where the parabola through three places has its extremum, by Newton's divided differences.
+double parabola_extremum(const Place& a, const Place& b, const Place& c) {
+    const double first = (b.f - a.f) / (b.x - a.x);
+    const double second = ((c.f - b.f) / (c.x - b.x) - first) / (c.x - a.x);
+    return 0.5 * (a.x + b.x - first / second);
+}
+
+Place on_sine(double start, double x) {
+    return {x, -0.5 * std::sin(start + x)};
+}
+
+// From 0 and b downhill by the golden ratio to c; where the parabola's extremum lies between b and c and
+// below both, it is the middle of the bracket.
+TEST(Mnbrak, TakesTheExtremumOfTheParabolaBetweenItsLastTwoPlaces) {
+    const struct {
+        double start, b;
+    } lines[] = {{0.97, 0.3}, {0.5, 0.5}, {1.2, 0.2}, {0.75, 0.4}, {0.1, 0.8}};
+    for (const auto& [start, b] : lines) {
+        prepare_sine_line(start);
+        const double c = b + 1.618034 * b;
+        const double vertex = parabola_extremum(on_sine(start, 0.0), on_sine(start, b), on_sine(start, c));
+        ASSERT_TRUE(b < vertex && vertex < c);
+        double ax = 0.0, bx = b, cx = 0.0, fa = 0.0, fb = 0.0, fc = 0.0;
+        play_console("", [&] { kor::mnbrak(&ax, &bx, &cx, &fa, &fb, &fc); });
+        EXPECT_EQ(ax, b);
+        EXPECT_NEAR(bx, vertex, 1e-12) << start;
+        EXPECT_NEAR(cx, c, 1e-15);
+    }
+}
+
+/// The objectives in the order of their evaluation, as the log has them.
+std::vector<double> objectives(const std::string& log) {
+    const std::string label = "Objective used by optimizer  : ";
+    std::vector<double> values;
+    for (std::size_t at = log.find(label); at != std::string::npos; at = log.find(label, at + 1))
+        values.push_back(std::stod(log.substr(at + label.size())));
+    return values;
+}
+
+/// The objectives of a search on the sine line from 0.
+std::vector<double> brent_objectives(double ax, double bx, double cx, double tolerance) {
+    prepare_sine_line(0.0);
+    double xmin = 0.0;
+    return objectives(play_console("", [&] { kor::brent(ax, bx, cx, tolerance, &xmin); }).out);
+}
+
+TEST(Brent, StepsFirstIntoTheLargerPartByTheGoldenSection) {
+    const double golden = (3.0 - std::sqrt(5.0)) / 2.0;
+    const struct {
+        double middle, second;
+    } searches[] = {{1.0, 1.0 + golden * 3.0}, {3.0, 3.0 - golden * 3.0}, {0.5, 0.5 + golden * 3.5}};
+    for (const auto& [middle, second] : searches) {
+        const auto values = brent_objectives(0.0, middle, 4.0, 1e-6);
+        ASSERT_GE(values.size(), 2U);
+        EXPECT_NEAR(values[0], on_sine(0.0, middle).f, 1e-12);
+        EXPECT_NEAR(values[1], on_sine(0.0, second).f, 2e-7) << middle;
+    }
+}
+
+// Golden sections alone would need forty evaluations for eight digits.
+TEST(Brent, ConvergesFasterThanByGoldenSections) {
+    for (const double low : {0.0, 0.3, 0.9})
+        for (const double middle : {1.2, 1.4, 1.9})
+            for (const double high : {2.4, 3.0, 4.0})
+                EXPECT_LE(brent_objectives(low, middle, high, 1e-8).size(), 12U)
+                    << low << " " << middle << " " << high;
+}
+
+// The objective falls from one end to the other: the parabola points beyond that end.
+TEST(Brent, StaysInsideItsBracketWithoutAMinimum) {
+    for (const double end : {0.4, 0.8, 1.2, 1.5})
+        for (const double part : {0.02, 0.1, 0.3, 0.5, 0.7, 0.9, 0.97}) {
+            for (const double f : brent_objectives(0.0, part * end, end, 1e-6))
+                EXPECT_TRUE(f >= on_sine(0.0, end).f - 1e-12 && f <= 1e-12) << end << " " << part;
+            const double far = kor::KOR_PI - end; // the mirror image at the line's minimum
+            const double middle = kor::KOR_PI - part * end;
+            for (const double f : brent_objectives(far, middle, kor::KOR_PI, 1e-6))
+                EXPECT_TRUE(f >= on_sine(0.0, far).f - 1e-12 && f <= 1e-12) << end << " " << part;
+        }
+}
+
 TEST(Brent, FindsTheMinimumInsideTheBracket) {
     prepare_sine_line(0.0);
     double xmin = 0.0, minimum = 0.0;

@@ -309,6 +309,25 @@ TEST(ComplexReceiverSignal, ListsTransitionsAndTheirSumsByFrequency) {
     EXPECT_NEAR(signal.im[0], 0.0, 1e-14);
 }
 
+TEST(ComplexReceiverSignal, ListsThePhaseOfTheMagnetisationInDegrees) {
+    KOR_SetSmokeCheckMode(0);
+    const Dense H = two_pi * 10.0 * kor_test::single_spin(1, 'z');
+    const auto phase = [&](double degrees) { // of the one transition and of its sum
+        const double angle = degrees * KOR_PI / 180.0;
+        Signal signal(1);
+        const std::string text = printed_receiver(observe({1},
+                                                          std::cos(angle) * kor_test::single_spin(1, 'x') +
+                                                              std::sin(angle) * kor_test::single_spin(1, 'y'),
+                                                          H),
+                                                  signal, 1);
+        const std::size_t line = text.find("\n   1  2   10 ") + 1;
+        const std::string listed = text.substr(line, text.find('\n', line) - line);
+        return listed.substr(listed.rfind(' ') + 1) + text.substr(text.rfind(' '));
+    };
+    EXPECT_EQ(phase(60.0), "60.000000 60.000000\n");
+    EXPECT_EQ(phase(-135.0), "-135.000000 -135.000000\n");
+}
+
 TEST(ComplexReceiverSignal, LeavesFaintTransitionsOutOfItsList) {
     KOR_SetSmokeCheckMode(0);
     Signal signal(1);

@@ -161,6 +161,26 @@ TEST(SpectrumCsv, OnePointHasNeitherTimeNorFrequencyStep) {
                                        "0,1,-1,0,-1,0,-1,0,1\n");
 }
 
+TEST(SpectrumCsv, AShortDwellTimeSpreadsTheFrequencies) {
+    const TempTree folder;
+    write_signals(2, 1, {1.0, 3.0});
+    EXPECT_EQ(said([] { return write_spectrum_csv_files("a_td.csv", "a_fd.csv", 0.0009765625); }), "1||");
+    EXPECT_EQ(folder.read("a_td.csv"), "t_s,f2_index,re,im,mag\n0,0,1,0,1\n0.0009765625,0,3,0,3\n");
+    EXPECT_EQ(folder.read("a_fd.csv"), "f1_hz,f2_hz,re,im,re_ph,im_ph,re_ph1,im_ph1,mag\n"
+                                       "-512,0,-2,0,-2,0,-2,0,2\n"
+                                       "0,0,4,0,4,0,4,0,4\n");
+}
+
+TEST(SpectrumCsv, WithoutAnAcquisitionTimeAllFrequenciesAreZero) {
+    const TempTree folder;
+    write_signals(2, 1, {1.0, 3.0});
+    EXPECT_EQ(said([] { return write_spectrum_csv_files("a_td.csv", "a_fd.csv", 0.0); }), "1||");
+    EXPECT_EQ(folder.read("a_td.csv"), "t_s,f2_index,re,im,mag\n0,0,1,0,1\n0,0,3,0,3\n");
+    EXPECT_EQ(folder.read("a_fd.csv"), "f1_hz,f2_hz,re,im,re_ph,im_ph,re_ph1,im_ph1,mag\n"
+                                       "-0,0,-2,0,-2,0,-2,0,2\n"
+                                       "0,0,4,0,4,0,4,0,4\n");
+}
+
 TEST(SpectrumCsv, NeedsASignalFile) {
     const TempTree folder;
     EXPECT_EQ(said(write_csv_files), "0||fopen(korsign.bin): No such file or directory\n");
@@ -239,6 +259,15 @@ TEST(PvWaveFile, CopiesNoMoreThanTheHeaderSays) {
     write_signals(1, 1, {1.0, 2.0, 3.0});
     EXPECT_EQ(said(write_pv_wave), "1||");
     EXPECT_EQ(folder.read("wave"), pv_wave_header(1, 1) + complex_bytes({1.0}));
+}
+
+TEST(PvWaveFile, WithoutPointsOrSignalsIsTheHeaderAlone) {
+    const TempTree folder;
+    for (const auto& [points, count] : {std::pair{0, 1}, {-2, 1}, {2, 0}, {2, -1}, {-1, -1}}) {
+        write_signals(points, count, {1.0, 2.0});
+        EXPECT_EQ(said(write_pv_wave), "1||");
+        EXPECT_EQ(folder.read("wave"), pv_wave_header(points, count)) << points << " " << count;
+    }
 }
 
 TEST(PvWaveFile, DoesNotReplaceTheSignalsItReads) {

@@ -115,11 +115,15 @@ TEST(FailedSector, FullDiskIsToldAndTheStatesKept) {
     }
     const TempTree folder;
     prepare_one_spin(1, 1e-3);
-    g_runtime.ndw = 1;
     KOR_SetSmokeCheckMode(1);
-    write_density_file("dm.bin", 2, {Matrix::Identity(2, 2)});
     std::filesystem::create_symlink("/dev/full", "store");
-    expect_failure("Rotate3D: write error to store\n", "Rotate2D: write error to store\n", 0);
+    for (const int count : {1, 40000}) { // noticed at the file's end, and on the way
+        kor_test::define_grid(1, 1, count, 0, 0, 0, 0, 0, 0);
+        g_runtime.ndw = count;
+        write_density_file("dm.bin", 2,
+                           std::vector<Matrix>(static_cast<std::size_t>(count), Matrix::Identity(2, 2)));
+        expect_failure("Rotate3D: write error to store\n", "Rotate2D: write error to store\n", 0);
+    }
 }
 
 TEST(FailedSector, UncreatableStatesGiveTheSystemText) {
