@@ -337,10 +337,10 @@ TEST(AverageSpectrum, SixSpinsAreTheMostForItsLineLists) {
     const std::vector<int> two_i(6, 1);
     Dense H = Dense::Zero(64, 64);
     for (int s = 1; s <= 6; ++s)
-        H += two_pi * 20.0 * s * on_spin(two_i, s, 'z');
+        H += TWO_PI * 20.0 * s * on_spin(two_i, s, 'z');
     // One excited spin, so that its lines find room; trace(Ix Ix) = 16.
     expect_average_signal({two_i, H}, {on_spin(two_i, 3, 'x')}, 0.0,
-                          [](double t) { return std::polar(16.0, -two_pi * 60.0 * t); });
+                          [](double t) { return std::polar(16.0, -TWO_PI * 60.0 * t); });
 }
 
 TEST(AverageSpectrum, SaysThatSevenSpinsHaveNoLineLists) {
