@@ -27,6 +27,12 @@ int platform_executable_file(char* out, std::size_t cap);
 /// separators of the same kind; on Linux also one leading '/'.
 bool platform_path_is_absolute(const char* path);
 
+/// Whether files and folders can have the name (of its folders every one). On Windows not with one of
+/// `<>:"|?*` or a control character, not with bytes that are no UTF-8, not with a dot or a blank at the end,
+/// and not the name of a device such as CON or COM1, with or without an extension: the system would write
+/// somewhere else. On Linux always.
+bool platform_takes_name(const char* name);
+
 /// Opening, deleting and renaming wait up to two seconds on Windows while somebody else has the file open in
 /// a way that forbids it: another process that writes the same result, or a virus scanner. Then they fail
 /// with EACCES.

@@ -13,7 +13,7 @@ The test must exist and must contain the text: every part of it between the conv
 test's body, of its file's helpers or of tests/support. A text that no test can provoke has "-" for its test and a
 reason; there may be only a few. "verdict" marks what the built-in reference checks print of a wrong program alone, or
 look for in a refusal.
---run passes over the tests of faults: the program under test fails to write its counters too.
+--run passes over the tests of faults (the program under test fails to write its counters too) and of Windows.
 """
 import bisect
 import json
@@ -271,7 +271,7 @@ def unprovoked(entries, tests, root, build):
     """What --run finds: entries whose test leaves the line of their text alone."""
     named = {}
     for (source, text), (test, _) in entries.items():
-        if test in tests.bodies and tests.kind(test) != "faults":
+        if test in tests.bodies and tests.kind(test) != "faults" and "_windows" not in tests.paths[test]:
             named.setdefault(test, []).append((source, text))
     found = []
     with tempfile.TemporaryDirectory() as folder:

@@ -15,7 +15,8 @@ namespace kor {
 /// and result paths are made portable (kormodel/paths.h).
 /// KOR_MODEL_ERR_NULLPTR for a null argument and the status of KORModel_ValidateAll before anything is
 /// written; _IO when a path, a folder or a file fails, with the files before it left in place. A NAME
-/// with a folder ".." is refused so: a model's name must not say where its set is written.
+/// with a folder ".." is refused so: a model's name must not say where its set is written. So is a NAME that
+/// cannot be a file name on this system (platform_takes_name).
 KORModelStatus KORModel_SaveText(const char* filename, const KORSpinSystemDef* spin,
                                  const KORPulseSequenceDef* seq, const KORRunConfig* cfg, char* errbuf,
                                  std::size_t errbufsz);

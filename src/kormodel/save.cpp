@@ -2,6 +2,7 @@
 
 #include "kormodel/paths.h"
 #include "kormodel/text_lines.h"
+#include "korplatform.h"
 #include "wholefile.h"
 
 #include <cstdio>
@@ -78,6 +79,8 @@ KORModelStatus prepare_set(const char* filename, const KORRunConfig& cfg, SetPat
     name_set(filename, cfg, set);
     if (!derive_folders(filename, set))
         set_error(errbuf, errbufsz, "could not derive split output directories for '%s'", filename);
+    else if (!platform_takes_name(set.name))
+        set_error(errbuf, errbufsz, "model name '%s' cannot be a file name", set.name);
     else if (!kor_ensure_dir(set.spin_dir) || !kor_ensure_dir(set.sequences_dir) ||
              !kor_ensure_dir(set.sequence_dir))
         set_error(errbuf, errbufsz, "could not create split output directories");

@@ -156,6 +156,10 @@ bool platform_path_is_absolute(const char* path) {
     return path[0] == '/' || (path[0] == '\\' && path[1] == '\\');
 }
 
+bool platform_takes_name(const char*) {
+    return true;
+}
+
 std::FILE* platform_open(const char* path, const char* mode) {
     const std::string name = native(path);
     // Linux opens a folder for reading and fails only at the first read.

@@ -1,5 +1,6 @@
 #include "korplatform.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -40,6 +41,27 @@ std::string in_folder(const char* dir, const std::string& name) {
     if (!is_separator(path.back()))
         path += '\\';
     return path + name;
+}
+
+/// Whether the system takes a name for a device, whatever its extension.
+bool is_device(const std::string& component) {
+    std::string stem = component.substr(0, component.find('.'));
+    stem.erase(stem.find_last_not_of(' ') + 1);
+    for (const char* device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"})
+        if (_stricmp(stem.c_str(), device) == 0)
+            return true;
+    const bool is_port = _strnicmp(stem.c_str(), "COM", 3) == 0 || _strnicmp(stem.c_str(), "LPT", 3) == 0;
+    return is_port && stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9';
+}
+
+/// Whether a file or folder in another one can have the name.
+bool takes_component(const std::string& component) {
+    if (component.empty() || component == "." || component == "..")
+        return true;
+    const bool forbidden = std::any_of(component.begin(), component.end(), [](char c) {
+        return (c >= '\0' && c < ' ') || std::strchr("<>:\"|?*", c) != nullptr;
+    });
+    return !forbidden && component.back() != '.' && component.back() != ' ' && !is_device(component);
 }
 
 /// The system also offers names whose hidden short form matches the wildcard.
@@ -195,6 +217,19 @@ bool platform_path_is_absolute(const char* path) {
     if (letter && path[1] == ':')
         return is_separator(path[2]);
     return is_separator(path[0]) && path[1] == path[0];
+}
+
+bool platform_takes_name(const char* name) {
+    std::string rest = name ? name : "";
+    if (MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, rest.c_str(), -1, nullptr, 0) == 0)
+        return false;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find_first_of("\\/"), rest.size());
+        if (!takes_component(rest.substr(0, end)))
+            return false;
+        rest.erase(0, end + 1);
+    }
+    return true;
 }
 
 std::FILE* platform_open(const char* path, const char* mode) {

@@ -48,6 +48,11 @@ TEST(NativePath, TurnsBackslashesIntoTheSystemsSeparator) {
     EXPECT_EQ(platform_separator(), '/');
 }
 
+TEST(TakesName, TakesEveryName) {
+    for (const char* name : {"C:", "a?\x01", "a\xF0", "a.", "a ", "NUL", "com1.txt", "two/levels"})
+        EXPECT_TRUE(platform_takes_name(name)) << name;
+}
+
 TEST(NativePath, FitsToTheLastCharacterAndLeavesTheEmptyTextOtherwise) {
     char out[6];
     EXPECT_EQ(platform_native_path("a\\b\\c", out, 6), 1);

@@ -70,6 +70,20 @@ TEST(PathIsAbsolute, TakesDrivesAndDoubleSeparators) {
     EXPECT_FALSE(platform_path_is_absolute(nullptr));
 }
 
+TEST(TakesName, RefusesWhatTheSystemWritesElsewhere) {
+    for (const char* name :
+         {"C:",       "a:b",    "a<b",     "a>b",     "\"a\"",  "a|b",     "a?",     "*",
+          "a\tb",     "\x01",   "\x1F",    "a.",      "a ",     "...",     "a/b./c", "x:\\a",
+          "CON",      "con",    "Prn",     "AUX",     "nul",    "COM1",    "lpt9",   "nul.txt",
+          "com1.a.b", "nul .x", "a/nul/b", "a\\COM9", "CONIN$", "conout$", "a\xF0"})
+        EXPECT_FALSE(platform_takes_name(name)) << name;
+    for (const char* name :
+         {"a", "two/levels", "two\\levels", ".a", "a.b", " a", "a b", "..", "./a", "../a", "/a/", "console",
+          "con-1", "COM", "COM0", "COM10", "a.con", "nul_1", "(a+b)=[c];,'$%&#@!~`^{}"})
+        EXPECT_TRUE(platform_takes_name(name)) << name;
+    EXPECT_TRUE(platform_takes_name(MANY_SCRIPTS.c_str()));
+}
+
 TEST(PlatformOpen, TextFilesHaveTheSystemsLineEnds) {
     TempTree tree;
     std::FILE* file = platform_open("a.txt", "wt");

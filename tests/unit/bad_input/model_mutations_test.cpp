@@ -85,8 +85,9 @@ void expect_telling(const Outcome& outcome) {
 }
 
 std::vector<std::string> saved_texts(const fs::path& root, const std::string& name) {
-    return {read_file(root / "models/x.kormodel"), read_file(root / "spin-systems" / (name + ".korspin")),
-            read_file(root / "sequences" / name / (name + ".korseq"))};
+    return {read_file(root / "models/x.kormodel"),
+            read_file(root / "spin-systems" / file_name(name + ".korspin")),
+            read_file(root / "sequences" / file_name(name) / file_name(name + ".korseq"))};
 }
 
 /// Saves, loads and saves again: the same texts, and the records that the texts can hold.
