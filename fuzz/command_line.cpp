@@ -18,12 +18,11 @@ bool stays_in_tree(const std::string& argument) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     kor_fuzz::Input input(data, size);
     std::vector<std::string> arguments = {"kor"};
-    while (arguments.size() < 8) {
+    while (arguments.size() < 8 && !input.empty()) {
         const std::string argument = input.line();
-        if (argument.empty())
-            break;
         if (stays_in_tree(argument))
-            arguments.push_back(argument[0] == '@' ? kor_fuzz::tree() + "/" + argument.substr(1) : argument);
+            arguments.push_back(argument.substr(0, 1) == "@" ? kor_fuzz::tree() + "/" + argument.substr(1)
+                                                             : argument);
     }
     std::vector<char*> argv;
     for (std::string& argument : arguments)

@@ -16,6 +16,8 @@ class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : bytes_(reinterpret_cast<const char*>(data), size) {}
 
+    /// Whether nothing is left.
+    bool empty() const { return bytes_.empty(); }
     /// One byte, 0 at the end of the input.
     unsigned byte();
     /// A number in first..last (at most 65536 of them) from two bytes.
