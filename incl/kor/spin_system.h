@@ -30,8 +30,8 @@ void make_all_totals(int norm);
 /// value counts as 0), n, ket, all operators, and the flags spinsystemdefined, rfpulsedefined and
 /// offsetsdefined set. Couplings come from jc when any entry of it is nonzero, else from
 /// couplings[1..Jcount]; jc holds the couplings used afterwards. Jexact 1 keeps the Iz Iz terms only; one
-/// spin has no couplings. Prints the definition unless the quiet mode is on. The dimension is trusted:
-/// whoever fills the definition has checked it against KOR_MAX_STATES.
+/// spin has no couplings. Prints the definition unless the quiet mode is on. A definition of more than
+/// KOR_MAX_STATES states is refused on standard error: n and spinsystemdefined are then 0.
 void BuildSpinSystemFromPulseSequenceGlobals();
 /// The same, by the name that other modules call.
 void KOR_RebuildSpinSystemFromPulseSequenceGlobals();

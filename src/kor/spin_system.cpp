@@ -48,15 +48,21 @@ bool any_coupling(const PairTable& table) {
     return false;
 }
 
-void define_basis_size() {
+/// False, with no spin system left, when the matrices cannot hold its states: spins typed at a prompt may be
+/// too many where a negative quantum number hid it.
+bool define_basis_size() {
     RuntimeState& rt = g_runtime;
     rt.Nspins = std::clamp(rt.Nspins, 1, KOR_MAX_SPINS);
     std::fill(rt.Ilist + 1, rt.Ilist + KOR_MAX_SPINS + 1, 0);
-    rt.n = 1;
-    for (int s = 1; s <= rt.Nspins; ++s) {
+    for (int s = 1; s <= rt.Nspins; ++s)
         rt.Ilist[s] = std::max(rt.quantnum[s], 0);
-        rt.n *= rt.Ilist[s] + 1;
-    }
+    rt.n = infer_nstates(rt.Ilist, rt.Nspins);
+    rt.spinsystemdefined = rt.n > 0;
+    if (!rt.spinsystemdefined)
+        std::fprintf(stderr,
+                     "The spin system has more states than the %d that can be simulated: define it again.\n",
+                     KOR_MAX_STATES);
+    return rt.spinsystemdefined;
 }
 
 void print_definition() {
@@ -147,7 +153,8 @@ void BuildSpinSystemFromPulseSequenceGlobals() {
     RuntimeState& rt = g_runtime;
     PairTable saved_jc;
     std::memcpy(saved_jc, rt.jc, sizeof saved_jc);
-    define_basis_size();
+    if (!define_basis_size())
+        return;
     if (!KOR_GetSmokeCheckMode())
         print_definition();
     MakeKets(rt.ket, rt.Ilist);
@@ -155,7 +162,6 @@ void BuildSpinSystemFromPulseSequenceGlobals() {
     build_couplings(saved_jc, any_coupling(saved_jc));
     make_all_totals(0);
     MakeGradientOperator();
-    rt.spinsystemdefined = 1;
     rt.rfpulsedefined = 1;
     rt.offsetsdefined = 1;
 }

@@ -167,6 +167,8 @@ int KOROptimizationPrepareCurrent2DSequenceSector(int sector, int mode) {
     if (!sequence_can_be_prepared(sector))
         return 0;
     BuildSpinSystemFromPulseSequenceGlobals();
+    if (!g_runtime.spinsystemdefined)
+        return 0;
     CopyCMatrix(g_runtime.n, g_runtime.densmat, prefix);
     CopyCMatrix(g_runtime.n, g_runtime.Istat, suffix);
     if (!fold_prefix(sector, prefix) || !fold_suffix(sector, suffix))

@@ -301,6 +301,7 @@ TEST(PrepareSequenceSector, NamesEveryReasonToRefuse) {
     EXPECT_EQ(refusal(2, [] { g_runtime.nevo[2] = 2; }),
               "Sequence optimization: selected sector 2 has nevo=2.\n"
               "Stage 2 only supports optimizable sectors with nevo == 1.\n");
+    EXPECT_EQ(refusal(2, [] { g_runtime.quantnum[1] = 256; }), ""); // on standard error
     EXPECT_EQ(refusal(2, [] { g_runtime.sectype[1] = 3; }),
               "Sequence optimization: unsupported sector type 3 in sector 1\n"
               "Sequence optimization: failed while building prefix at sector 1\n");

@@ -163,7 +163,9 @@ void write_output(const Acquisition& acquisition) {
 } // namespace
 
 void SimulateLoaded2DPulseSequence() {
-    start_sequence_run();
+    if (!start_sequence_run()) {
+        return;
+    }
     inform("Number of pulse sectors to calculate    : %d\n", g_runtime.nos);
     if (kor_current_sequence_is_pulse_acquire_fid()) {
         inform("Detected sequence subtype               : pulse-acquire FID\n");

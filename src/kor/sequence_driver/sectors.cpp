@@ -29,10 +29,11 @@ void inform(const char* format, ...) {
     va_end(values);
 }
 
-void start_sequence_run() {
+bool start_sequence_run() {
     g_runtime.calc = 0;
     g_runtime.pulseflag = kPulseDefined;
     BuildSpinSystemFromPulseSequenceGlobals();
+    return g_runtime.spinsystemdefined;
 }
 
 void select_sector(int k) {

@@ -83,7 +83,9 @@ bool run_sector(int k) {
 
 void SimulateLoadedPulseSequence() {
     RuntimeState& s = g_runtime;
-    start_sequence_run();
+    if (!start_sequence_run()) {
+        return;
+    }
     s.spatial_progress_sector_count = sectors_before_acquisition();
     inform("# x-direction : %d  # y-direction : %d  # z-direction : %d\n", s.ndx, s.ndy, s.ndz);
     inform("Number of pulse sectors to calculate      : %d\n", s.nos);

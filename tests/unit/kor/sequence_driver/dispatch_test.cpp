@@ -60,6 +60,19 @@ TEST(RunCurrentPreparedModel, NamesWhatIsMissingFirst) {
     EXPECT_EQ(answer(), no_spins);
 }
 
+TEST(RunCurrentPreparedModel, DoesNotRunSpinsOfTooManyStates) {
+    for (const int family : {1, 2}) {
+        const TempTree folder;
+        ready_model(family);
+        kor_test::define_spins({40, -4, 8}, {1.0, 1.0, 1.0}, {0.0, 0.0, 0.0}, {}, true);
+        const kor_test::ConsoleOutput run = play_console("", RunCurrentPreparedModel);
+        EXPECT_EQ(run.err,
+                  "The spin system has more states than the 256 that can be simulated: define it again.\n");
+        EXPECT_EQ(run.out.find("Calculating"), std::string::npos) << run.out;
+        EXPECT_EQ(folder.names(), std::vector<std::string>{});
+    }
+}
+
 TEST(RunCurrentPreparedModel, SpatialFamilyNeedsEveryAxisAndTheFlag) {
     const TempTree folder;
     for (int* axis : {&g_runtime.ndx, &g_runtime.ndy, &g_runtime.ndz}) {
