@@ -7,7 +7,8 @@
 //
 // Where renaming another file over it would not be the same as writing it (a device, a link, a file that is
 // write-protected), or no file can be made beside it (a protected folder, a name too long for the addition),
-// the file is written in place.
+// the file is written in place. A file that takes the place of an older one takes over its owner, group and
+// access rights.
 #pragma once
 
 #include <cstdio>

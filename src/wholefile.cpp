@@ -30,8 +30,13 @@ bool open_whole_file(const char* name, const char* mode, WholeFile& out) {
     if (platform_may_replace(out.name.c_str())) {
         out.beside = out.name + "." + std::to_string(platform_process_id()) + ".new";
         out.file = platform_open(out.beside.c_str(), mode);
-        if (out.file || !folder_takes_no_file(errno))
-            return out.file != nullptr;
+        if (out.file) {
+            // Nobody may read in the new file what the older one kept from him.
+            platform_copy_rights(out.name.c_str(), out.beside.c_str());
+            return true;
+        }
+        if (!folder_takes_no_file(errno))
+            return false;
         out.beside.clear();
     }
     out.file = platform_open(out.name.c_str(), mode);

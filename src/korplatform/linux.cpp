@@ -189,8 +189,18 @@ bool platform_may_replace(const char* path) {
     const std::string name = native(path);
     if (::lstat(name.c_str(), &info) != 0)
         return errno == ENOENT && !name.empty();
-    return S_ISREG(info.st_mode) && info.st_nlink == 1 &&
+    const bool owner_stays = info.st_uid == ::geteuid() || ::geteuid() == 0;
+    return S_ISREG(info.st_mode) && info.st_nlink == 1 && owner_stays &&
            ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+void platform_copy_rights(const char* from, const char* to) {
+    struct stat info;
+    const std::string target = native(to);
+    if (::stat(native(from).c_str(), &info) != 0)
+        return;
+    const bool group_stays = ::chown(target.c_str(), info.st_uid, info.st_gid) == 0;
+    ::chmod(target.c_str(), info.st_mode & (group_stays ? 0777 : 0707));
 }
 
 bool platform_same_file(const char* a, const char* b) {

@@ -291,6 +291,8 @@ bool platform_may_replace(const char* path) {
     return error == ERROR_FILE_NOT_FOUND || may;
 }
 
+void platform_copy_rights(const char*, const char*) {}
+
 bool platform_same_file(const char* a, const char* b) {
     FileIdentity first, second;
     return identify(a, first) && identify(b, second) &&

@@ -2,6 +2,7 @@
 // replaced.
 #include "wholefile.h"
 
+#include "support/ordinary_user.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -12,12 +13,14 @@
 #include <string>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 using kor::WholeFile;
+using kor_test::OrdinaryUser;
 using kor_test::TempTree;
 using Names = std::vector<std::string>;
 
@@ -95,6 +98,66 @@ TEST(WholeFileFault, WritesDevicesAndLinksInPlace) {
     EXPECT_TRUE(fs::is_symlink("symbolic"));
     EXPECT_EQ(fs::hard_link_count("linked"), 2U);
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+mode_t rights_of(const std::string& name) {
+    struct stat info {};
+    EXPECT_EQ(stat(name.c_str(), &info), 0) << name;
+    return info.st_mode & 07777;
+}
+
+TEST(WholeFileFault, HasTheRightsOfTheOlderOneFromTheStart) {
+    const TempTree tree;
+    for (const mode_t rights : {mode_t{0600}, mode_t{0640}, mode_t{0666}, mode_t{0755}}) {
+        tree.write("result", "the older one");
+        ASSERT_EQ(chmod("result", rights), 0);
+        WholeFile out;
+        ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
+        EXPECT_EQ(rights_of(out.beside), rights);
+        write_text(out, "new");
+        EXPECT_TRUE(kor::keep_whole_file(out));
+        EXPECT_EQ(tree.read("result"), "new");
+        EXPECT_EQ(rights_of("result"), rights);
+    }
+}
+
+TEST(WholeFileFault, OfAnotherOwnerStaysHis) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only the superuser can give a file away";
+    constexpr uid_t SOMEBODY = 12345;
+    const TempTree tree;
+    tree.write("result", "the older one");
+    ASSERT_EQ(chown("result", SOMEBODY, SOMEBODY), 0);
+    WholeFile out;
+    ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
+    EXPECT_TRUE(kor::keep_whole_file(out));
+    struct stat info {};
+    ASSERT_EQ(stat("result", &info), 0);
+    EXPECT_EQ(info.st_uid, SOMEBODY);
+    EXPECT_EQ(info.st_gid, SOMEBODY);
+    EXPECT_EQ(info.st_size, 0);
+}
+
+// What an ordinary user may write in a file of somebody else he writes in place: the owner stays.
+TEST(WholeFileFault, OfAnotherOwnerIsWrittenInPlaceByAnOrdinaryUser) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only the superuser can make files of two owners";
+    const TempTree tree;
+    fs::permissions(tree.root(), fs::perms::all);
+    tree.write("result", "the older one");
+    ASSERT_EQ(chmod("result", 0666), 0);
+    {
+        const OrdinaryUser user;
+        WholeFile out;
+        ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
+        EXPECT_EQ(out.beside, "");
+        write_text(out, "new");
+        EXPECT_TRUE(kor::keep_whole_file(out));
+    }
+    EXPECT_EQ(tree.read("result"), "new");
+    struct stat info {};
+    ASSERT_EQ(stat("result", &info), 0);
+    EXPECT_EQ(info.st_uid, 0U);
 }
 
 TEST(WholeFileFault, WithANameTooLongForAnAdditionIsWrittenInPlace) {
