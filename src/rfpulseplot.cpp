@@ -47,7 +47,8 @@ int write_pulse_table(std::FILE* file, const char* filename, int ap, double h, c
                       const double* yb, PhaseAtRest at_rest) {
     std::fputs("# t[s], B1x[Hz], B1y[Hz], |B1|, phase[rad]\n", file);
     double phase = 0.0;
-    for (int i = 0; i < ap; ++i) {
+    // Up to the first line that fails: what is left of the table is its beginning, without a gap.
+    for (int i = 0; i < ap && !std::ferror(file); ++i) {
         const double magnitude = std::sqrt(xb[i] * xb[i] + yb[i] * yb[i]);
         if (at_rest == PhaseAtRest::is_that_of_the_sample || !(magnitude < kNoAmplitude)) {
             phase = phase_from_zero(xb[i], yb[i]);

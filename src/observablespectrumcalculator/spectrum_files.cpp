@@ -64,11 +64,14 @@ double magnitude(double re, double im) {
     return std::sqrt(re * re + im * im);
 }
 
+// The writers stop at the first line that fails: what is left of a table is its beginning, without a gap.
+// The error mark of the file says that it failed.
+
 void write_time_domain(std::FILE* out, const Signals& signals, double dt) {
     std::fprintf(out, "t_s,f2_index,re,im,mag\n");
     std::size_t at = 0;
     for (int s = 0; s < signals.count; ++s)
-        for (int k = 0; k < signals.points; ++k, ++at) {
+        for (int k = 0; k < signals.points && !std::ferror(out); ++k, ++at) {
             const double re = signals.re[at];
             const double im = signals.im[at];
             std::fprintf(out, "%.17g,%d,%.17g,%.17g,%.17g\n", k * dt, s, re, im, magnitude(re, im));
@@ -77,7 +80,7 @@ void write_time_domain(std::FILE* out, const Signals& signals, double dt) {
 
 /// One spectrum in centred order: zero frequency at row N / 2.
 void write_spectrum_rows(std::FILE* out, int N, double df, double f2, const double* re, const double* im) {
-    for (int j = 0; j < N; ++j) {
+    for (int j = 0; j < N && !std::ferror(out); ++j) {
         const double f1 = (j - N / 2) * df;
         const std::int64_t bin = (static_cast<std::int64_t>(j) + N / 2) % N;
         const double r = re[bin];
@@ -94,7 +97,7 @@ int write_frequency_domain(std::FILE* out, const Signals& signals, double dt) {
     const DoubleBuffer im = allocate_doubles(width);
     const double df = dt > 0.0 ? 1.0 / (N * dt) : 0.0;
     std::fprintf(out, "f1_hz,f2_hz,re,im,re_ph,im_ph,re_ph1,im_ph1,mag\n");
-    for (int s = 0; s < signals.count; ++s) {
+    for (int s = 0; s < signals.count && !std::ferror(out); ++s) {
         const std::size_t first = static_cast<std::size_t>(s) * width;
         if (!re || !im || !direct_transform(N, &signals.re[first], &signals.im[first], re.get(), im.get())) {
             std::perror("calloc");
@@ -205,12 +208,12 @@ int write_pv_wave_file(const char* name) {
         return 0;
     }
     const std::int32_t header[256] = {3, 0, 0, 2, signals.points, signals.count, 0, 0, 1, 0, 0, 0, 0, 0, 2};
-    std::fwrite(header, sizeof(header[0]), 256, out);
+    bool sound = std::fwrite(header, sizeof(header[0]), 256, out) == 256;
     const std::int64_t doubles =
         2 * static_cast<std::int64_t>(std::max(signals.points, 0)) * std::max(signals.count, 0);
     double value = 0.0;
-    for (std::int64_t k = 0; k < doubles && std::fread(&value, sizeof value, 1, in) == 1; ++k)
-        std::fwrite(&value, sizeof value, 1, out);
+    for (std::int64_t k = 0; sound && k < doubles && std::fread(&value, sizeof value, 1, in) == 1; ++k)
+        sound = std::fwrite(&value, sizeof value, 1, out) == 1;
     if (std::ferror(in))
         std::perror("korsign.bin");
     std::fclose(in);
