@@ -169,6 +169,8 @@ void fmpulseproc6(const int* ap, const double* ti, double* xb, double* yb) {
         return;
     }
     add_pulses_of_file(file, *ap, *ti, xb, yb);
+    if (std::ferror(file))
+        std::perror(name);
     std::fclose(file);
 }
 
