@@ -26,7 +26,7 @@ from pathlib import Path
 
 MOST_UNREACHABLE = 10
 LIST = "tests/failure_texts.tsv"
-REPORTERS = {"set_error", "line_error", "perror", "print_io_error", "fail", "fail_for_system_reason", "open_or_report",
+REPORTERS = {"set_error", "line_error", "perror", "print_io_error", "fail", "fail_for_system_reason", "fail_to_write", "open_or_report",
              "open_table", "read_number", "write_number", "run_pass", "refuse", "report_failure"}
 SPEAKS = re.compile(
     r"\berrors?\b|\bfail(ed|s|ure)?\b|\binvalid\b|\bcannot\b|could not|couldn't|\bunknown\b|\bbad \w|\bmissing\b|mismatch|"

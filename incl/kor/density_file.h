@@ -6,8 +6,8 @@
 // each. A sector reads "dm.bin" and writes "store" matrix by matrix, so memory does not grow with the
 // grid, and a sector that fails leaves "dm.bin" as it was.
 //
-// Failures print their message here: "Rotate3D: ..." or "Rotate2D: ..." on standard output, or the
-// system's text behind the file's name on standard error.
+// Failures print their message here: "Rotate3D: ..." or "Rotate2D: ..." on standard output, and the
+// system's text, where it has one, behind the file's name on standard error.
 #pragma once
 
 #include "matrixmathlib.h"

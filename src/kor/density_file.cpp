@@ -49,6 +49,20 @@ bool fail_for_system_reason(const char* context) {
     return false;
 }
 
+/// A write that failed, with the system's reason.
+bool fail_to_write(const DensityReport& report, const char* name, const char* what, Wait wait) {
+    std::perror(name);
+    return fail(report, what, wait);
+}
+
+/// States that could not be read, with the system's reason where the file does not simply end.
+bool fail_to_read_states(const DensityReport& report, std::FILE* in) {
+    if (std::ferror(in)) {
+        std::perror(kStates);
+    }
+    return fail(report, "read error from dm.bin", Wait::yes);
+}
+
 std::FILE* open_or_explain(const char* name, const char* mode) {
     std::FILE* file = platform_open(name, mode);
     if (!file) {
@@ -152,7 +166,7 @@ bool create_density_file(const DensityReport& report, int n, long long count, co
     }
     const bool copied = write_copies(states.file, n, static_cast<int>(count), matrix);
     if (!keep_whole_file(states) || !copied) {
-        return fail(report, "write error while initializing dm.bin", Wait::yes);
+        return fail_to_write(report, kStates, "write error while initializing dm.bin", Wait::yes);
     }
     return true;
 }
@@ -162,10 +176,10 @@ bool resize_density_file(const DensityReport& report, int n, int count, CMatrix&
     if (!open_for_resizing(n, count, &in)) {
         return true;
     }
-    const bool first_read = read_cmatrix(in, n, matrix);
+    const bool first_read = read_cmatrix(in, n, matrix) || fail_to_read_states(report, in);
     std::fclose(in);
     if (!first_read) {
-        return fail(report, "read error from dm.bin", Wait::yes);
+        return false;
     }
     std::FILE* out = open_or_explain(kNewStates, "wb");
     if (!out) {
@@ -173,7 +187,7 @@ bool resize_density_file(const DensityReport& report, int n, int count, CMatrix&
     }
     const bool written = header_is_written(out, n, count) && write_copies(out, n, count, matrix);
     if (!close_written(out) || !written) {
-        return fail(report, "write error while resizing dm.bin", Wait::yes);
+        return fail_to_write(report, kNewStates, "write error while resizing dm.bin", Wait::yes);
     }
     return rename_store();
 }
@@ -204,18 +218,19 @@ int read_next_densities(const DensityReport& report, DensityStream& stream, int 
     const int wanted = static_cast<int>(std::min<long long>(most, states_together(n)));
     const int got = read_density_states(stream.in, n, wanted, g_states);
     if (got < 1) {
-        fail(report, "read error from dm.bin", Wait::yes);
+        fail_to_read_states(report, stream.in);
     }
     return got;
 }
 
 bool write_next_densities(const DensityReport& report, const DensityStream& stream, int n, int count) {
-    return write_states(stream.out, n, count) || fail(report, "write error to store", Wait::no);
+    return write_states(stream.out, n, count) ||
+           fail_to_write(report, kNewStates, "write error to store", Wait::no);
 }
 
 bool close_density_stream(const DensityReport& report, const DensityStream& stream) {
     std::fclose(stream.in);
-    return close_written(stream.out) || fail(report, "write error to store", Wait::no);
+    return close_written(stream.out) || fail_to_write(report, kNewStates, "write error to store", Wait::no);
 }
 
 void abandon_density_stream(const DensityStream& stream) {

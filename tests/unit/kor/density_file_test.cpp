@@ -85,9 +85,11 @@ TEST(CreateDensityFile, FullDiskIsTold) {
     static CMatrix m;
     auto printed = play_console("taken\nkept\n", [] { EXPECT_FALSE(create_density_file(waiting, 2, 1, m)); });
     EXPECT_EQ(printed.out, "Rotate3D: write error while initializing dm.bin\n");
+    EXPECT_EQ(printed.err, system_line("dm.bin", ENOSPC));
     EXPECT_EQ(unread_answers(), "kept\n");
     printed = play_console("kept\n", [] { EXPECT_FALSE(create_density_file(silent, 16, 20, m)); });
     EXPECT_EQ(printed.out, "Rotate2D: write error while initializing dm.bin\n");
+    EXPECT_EQ(printed.err, system_line("dm.bin", ENOSPC));
     EXPECT_EQ(unread_answers(), "kept\n");
 }
 
@@ -207,6 +209,7 @@ TEST(DensityStream, FullDiskIsAWriteErrorWithoutWaiting) {
             EXPECT_FALSE(written);
         });
         EXPECT_EQ(printed.out, std::string(report.prefix) + ": write error to store\n");
+        EXPECT_EQ(printed.err, system_line("store", ENOSPC));
     }
     EXPECT_EQ(unread_answers(), "kept\n");
 }
@@ -258,6 +261,7 @@ TEST(ResizeDensityFile, SaysWhatFailed) {
         std::filesystem::create_symlink("/dev/full", "store");
         printed = play_console("", [] { EXPECT_FALSE(resize_density_file(silent, 2, 5, work)); });
         EXPECT_EQ(printed.out, "Rotate2D: write error while resizing dm.bin\n");
+        EXPECT_EQ(printed.err, system_line("store", ENOSPC));
         EXPECT_EQ(read_density_file("dm.bin").count, 1);
     }
 }
