@@ -8,7 +8,9 @@
 #include "kordatafileio.h"
 #include "korplatform.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace kor {
 
@@ -106,9 +108,13 @@ Answer ask_output(Output* output) {
 bool write_output(const Density& density, const CMatrix& op, const Output& output) {
     const int written =
         write_expectation_series(density.file, density.n, density.count, op, output.file, output.format);
+    if (std::ferror(density.file))
+        std::perror(density_file_name);
+    const bool failed = std::ferror(output.file) != 0;
     const bool closed = std::fclose(output.file) == 0;
-    if (written && !closed)
-        std::fprintf(stderr, "ExpValNDensMat: write error on output file %s\n", output.name);
+    if (failed || !closed)
+        std::fprintf(stderr, "ExpValNDensMat: write error on output file %s: %s\n", output.name,
+                     std::strerror(errno));
     return written && closed;
 }
 

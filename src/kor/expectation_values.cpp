@@ -10,7 +10,10 @@
 #include "observablespectrumcalculator/signal_file.h"
 #include "wholefile.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <string>
 
 namespace kor {
 
@@ -38,6 +41,12 @@ bool replaces(const char* density_path, const char* output_path, const char* mod
     return true;
 }
 
+// The reason of a read that failed; nothing where the file only ends.
+void report_failed_read(std::FILE* density, const char* path) {
+    if (std::ferror(density))
+        std::perror(path);
+}
+
 // Header of a density-matrix file; fields stay 0 when it cannot be read.
 struct DensityHeader {
     int type, n, points;
@@ -63,15 +72,23 @@ bool write_profile_line(std::FILE* out, int point, const Complex2& value) {
                         value[2]) > 0;
 }
 
+/// A density file that is read, with its name for messages.
+struct DensityInput {
+    std::FILE* file;
+    const char* path;
+};
+
 enum class ProfileResult { written, truncated_input, write_failed };
 
 // The header line and one line per matrix.
-ProfileResult write_profile_lines(std::FILE* density, int points, const CMatrix& op, std::FILE* out) {
+ProfileResult write_profile_lines(const DensityInput& density, int points, const CMatrix& op,
+                                  std::FILE* out) {
     static CMatrix rho;
     if (std::fputs("# index,x_cm,y_cm,z_cm,expectation_re,expectation_im\n", out) < 0)
         return ProfileResult::write_failed;
     for (int point = 1; point <= points; ++point) {
-        if (!read_cmatrix(density, g_runtime.n, rho)) {
+        if (!read_cmatrix(density.file, g_runtime.n, rho)) {
+            report_failed_read(density.file, density.path);
             std::fprintf(stderr, "Expectation profile: truncated density matrix at point %d.\n", point);
             return ProfileResult::truncated_input;
         }
@@ -83,7 +100,7 @@ ProfileResult write_profile_lines(std::FILE* density, int points, const CMatrix&
     return ProfileResult::written;
 }
 
-bool write_profile_file(std::FILE* density, int points, const CMatrix& op, const char* output_path) {
+bool write_profile_file(const DensityInput& density, int points, const CMatrix& op, const char* output_path) {
     WholeFile out;
     if (!open_whole_file(output_path, "w", out)) {
         std::perror("Expectation profile: output file");
@@ -95,7 +112,8 @@ bool write_profile_file(std::FILE* density, int points, const CMatrix& op, const
     if (result == ProfileResult::truncated_input)
         return false;
     if (result == ProfileResult::write_failed || !kept) {
-        std::fprintf(stderr, "Expectation profile: write error on output file %s.\n", output_path);
+        std::fprintf(stderr, "Expectation profile: write error on output file %s: %s\n", output_path,
+                     std::strerror(errno));
         return false;
     }
     return true;
@@ -124,8 +142,8 @@ bool is_usable(const Receiver& receiver) {
 }
 
 // Reads the matrices 1..point_index in order; rho keeps the last.
-bool read_voxel_matrix(std::FILE* density, int point_index, CMatrix& rho) {
-    const DensityHeader header = read_density_header(density);
+bool read_voxel_matrix(const DensityInput& density, int point_index, CMatrix& rho) {
+    const DensityHeader header = read_density_header(density.file);
     if (!holds_current_density_matrices(header) || point_index < 1 || point_index > header.points) {
         std::fprintf(stderr,
                      "Voxel signal: incompatible density file or point index (type=%d n=%d points=%d "
@@ -134,7 +152,8 @@ bool read_voxel_matrix(std::FILE* density, int point_index, CMatrix& rho) {
         return false;
     }
     for (int point = 1; point <= point_index; ++point)
-        if (!read_cmatrix(density, g_runtime.n, rho)) {
+        if (!read_cmatrix(density.file, g_runtime.n, rho)) {
+            report_failed_read(density.file, density.path);
             std::fprintf(stderr, "Voxel signal: truncated density matrix at point %d.\n", point);
             return false;
         }
@@ -145,9 +164,26 @@ bool load_voxel_matrix(const char* density_path, int point_index, CMatrix& rho) 
     std::FILE* density = open_or_report(density_path, "rb", "Voxel signal: input density file");
     if (!density)
         return false;
-    const bool loaded = read_voxel_matrix(density, point_index, rho);
+    const bool loaded = read_voxel_matrix({density, density_path}, point_index, rho);
     std::fclose(density);
     return loaded;
+}
+
+// Where the temporary file stands for a while, the density file itself may lie: it makes room. `aside` is its
+// name meanwhile, empty when it lies elsewhere.
+bool set_aside(const char* density_path, std::string& aside) {
+    if (!platform_same_file(density_path, single_voxel_file))
+        return true;
+    aside = std::string(single_voxel_file) + "." + std::to_string(platform_process_id()) + ".aside";
+    if (platform_rename(single_voxel_file, aside.c_str()) == 0)
+        return true;
+    std::perror(single_voxel_file);
+    return false;
+}
+
+void put_back(const std::string& aside) {
+    if (!aside.empty() && platform_rename(aside.c_str(), single_voxel_file) != 0)
+        std::perror(aside.c_str());
 }
 
 // The signal generator reads its matrices from "dm.bin": one with this matrix alone.
@@ -245,7 +281,7 @@ int KORWriteExpectationProfile(const char* density_path, const char* operator_ex
     const DensityHeader header = read_density_header(density);
     bool written = false;
     if (holds_current_density_matrices(header) && header.points >= 1)
-        written = write_profile_file(density, header.points, op, output_path);
+        written = write_profile_file({density, density_path}, header.points, op, output_path);
     else
         std::fprintf(stderr,
                      "Expectation profile: incompatible density header type=%d n=%d points=%d; expected "
@@ -270,10 +306,17 @@ int KORWriteVoxelSignal(const char* density_path, int point_index, const char* o
         return 0;
     }
     if (!load_voxel_matrix(density_path, point_index, rho) ||
-        replaces(density_path, output_path, "Voxel signal") || !write_single_voxel_file(rho))
+        replaces(density_path, output_path, "Voxel signal"))
         return 0;
 
-    const double acquisition_time_s = generate_signal(receiver, output_path, rho);
+    std::string aside;
+    if (!set_aside(density_path, aside))
+        return 0;
+    const bool prepared = write_single_voxel_file(rho);
+    const double acquisition_time_s = prepared ? generate_signal(receiver, output_path, rho) : 0.0;
+    put_back(aside);
+    if (!prepared)
+        return 0;
     if (!(acquisition_time_s > 0.0)) {
         std::fputs("Voxel signal: receiver signal generation failed.\n", stderr);
         return 0;

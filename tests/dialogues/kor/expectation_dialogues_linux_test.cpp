@@ -9,11 +9,17 @@
 
 using namespace kor_test;
 
+namespace {
+
+const std::string FULL = "ExpValNDensMat: write error on output file /dev/full: No space left on device\n";
+
+}
+
 TEST(ExpValNDensMat, ReportsAnOutputThatCannotBeWritten) {
     TempTree tree;
     prepare(tree, {1.0});
     const ConsoleOutput printed = ask(choose_ix + "1\n/dev/full\n\n");
-    EXPECT_EQ(printed.err, "ExpValNDensMat: write error on output file /dev/full\n");
+    EXPECT_EQ(printed.err, FULL);
     EXPECT_EQ(behind_operator(printed), create_menu + "Output text file name : " + press_enter);
 }
 
@@ -26,7 +32,7 @@ TEST(ExpValNDensMat, NamesTheValueThatCannotBeWritten) {
         const ConsoleOutput printed = ask(choose_ix + kind + "\n/dev/full\n\n");
         int dw = 0;
         ASSERT_EQ(std::sscanf(printed.err.c_str(), ">>> WRITE BINARY FILE ERROR <<< (dw=%d)", &dw), 1);
-        EXPECT_EQ(printed.err, ">>> WRITE BINARY FILE ERROR <<< (dw=" + std::to_string(dw) + ")\n");
+        EXPECT_EQ(printed.err, ">>> WRITE BINARY FILE ERROR <<< (dw=" + std::to_string(dw) + ")\n" + FULL);
         EXPECT_GE(dw, 1);
         EXPECT_LE(dw, count);
         EXPECT_EQ(printed.out.substr(printed.out.size() - press_enter.size()), press_enter);

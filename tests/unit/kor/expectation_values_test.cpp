@@ -229,7 +229,8 @@ TEST(KORWriteExpectationProfile, ReportsAFailedWrite) {
     write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
     const Outcome outcome = profile("in.bin", "Ix", "/dev/full");
     EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.err, "Expectation profile: write error on output file /dev/full.\n");
+    EXPECT_EQ(outcome.err,
+              "Expectation profile: write error on output file /dev/full: No space left on device\n");
     EXPECT_EQ(outcome.out, "");
 }
 
@@ -589,7 +590,12 @@ TEST(KORWriteVoxelSignal, TheRunsOwnDensityFileMayBeTheInput) {
     TempTree tree;
     define_spins({0.0});
     acquisition_sector(2, 1.0, 0.0);
-    write_file("dm.bin", density_file(0, 2, 2, {bloch_matrix(0, 0, 0), bloch_matrix(1, 0, 0)}));
+    const std::string states = density_file(0, 2, 2, {bloch_matrix(0, 0, 0), bloch_matrix(1, 0, 0)});
+    write_file("dm.bin", states);
     ASSERT_EQ(voxel_signal("dm.bin", 2, "out.bin").result, 1);
     EXPECT_NEAR(reals_behind_header(read_file("out.bin"))[0], 1.0 / std::sqrt(2.0), 1e-15);
+    EXPECT_EQ(read_file("dm.bin"), states);
+    EXPECT_EQ(voxel_signal("dm.bin", 1, "no-folder/out.bin").result, 0);
+    EXPECT_EQ(read_file("dm.bin"), states);
+    EXPECT_EQ(tree.names(), (std::vector<std::string>{"dm.bin", "out.bin"}));
 }
