@@ -25,8 +25,11 @@ Witness read_report(const std::string& file) {
         words >> what >> kind;
         if (what == "count")
             words >> witness.counts[kind];
-        else if (what == "fault" && std::getline(words >> std::ws, path))
+        else if (what == "fault" && std::getline(words >> std::ws, path)) {
             witness.paths.insert(path);
+            if (kind == "write")
+                witness.written.insert(path);
+        }
     }
     return witness;
 }
@@ -159,6 +162,24 @@ std::string judge_results(const Scenario& scenario, const Undisturbed& whole, co
     return wrong;
 }
 
+/// A file that is written in place and met a failed write is the beginning of the whole one: what follows a
+/// gap would stand in the wrong place. (Where another file failed before it, it may hold something else.)
+std::string judge_gaps(const Scenario& scenario, const Undisturbed& whole, const Files& after,
+                       const Witness& witness) {
+    std::string wrong;
+    if (witness.paths.size() != 1 || witness.paths != witness.written)
+        return wrong;
+    for (const ResultFile& result : scenario.results) {
+        const std::string* left = bytes_of(after, result.path);
+        const std::string* wanted = bytes_of(whole.files, result.path);
+        const bool in_place = result.contents == Contents::table || result.contents == Contents::pv_wave;
+        if (in_place && witness.written.count(fs::path(result.path).filename().string()) && left && wanted &&
+            !wanted->starts_with(*left))
+            wrong += "has a gap: " + result.path + "\n";
+    }
+    return wrong;
+}
+
 std::string judge_status(const Scenario& scenario, const ProgramResult& result, bool complete,
                          const std::string& said) {
     if (result.timed_out)
@@ -228,6 +249,7 @@ std::string judge(const Scenario& scenario, const Undisturbed& whole, const File
     std::string wrong = judge_model_set(scenario, whole, before, after);
     const std::string mistaken = judge_results(scenario, whole, before, after, &complete);
     wrong += judge_status(scenario, run.result, complete, said);
+    wrong += judge_gaps(scenario, whole, after, run.witness);
     const std::set<std::string>& paths = run.witness.paths;
     const bool named = std::any_of(paths.begin(), paths.end(),
                                    [&](const std::string& path) { return says_what_failed(said, path); });

@@ -23,6 +23,7 @@ std::string describe(const Fault& fault);
 struct Witness {
     std::map<std::string, long> counts; // operations of each kind
     std::set<std::string> paths;        // of the operations that failed, as the program spelt them
+    std::set<std::string> written;      // of the writes among them
 };
 
 struct FaultyRun {

@@ -54,6 +54,21 @@ TEST_F(Judge, SeesAPieceThatPassesForWhole) {
     EXPECT_TRUE(finds("passes for whole"));
 }
 
+TEST(JudgeOfTables, SeesAGap) {
+    const auto scenario = make_scenario("wide-profile");
+    const Files before = scenario->files();
+    const Undisturbed whole = run_undisturbed(*scenario);
+    const std::string table = scenario->path("profile.csv"), bytes = read_file(table);
+    FaultyRun run = whole.run;
+    run.result.status = 1;
+    run.result.err = "Expectation profile: write error on output file profile.csv\n";
+    run.witness.paths = run.witness.written = {"profile.csv"};
+    write_file(table, bytes.substr(0, 4096));
+    EXPECT_EQ(judge(*scenario, whole, before, run), "");
+    write_file(table, bytes.substr(0, 4096) + bytes.substr(5000));
+    EXPECT_EQ(judge(*scenario, whole, before, run).rfind("has a gap: profile.csv\n", 0), 0U);
+}
+
 TEST_F(Judge, SeesAModelThatChanged) {
     write_file(scenario_->path("spin-systems/grid.korspin"), "");
     EXPECT_TRUE(finds("changed: spin-systems/grid.korspin"));

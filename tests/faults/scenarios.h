@@ -46,6 +46,7 @@ public:
     Files files() const;
     /// "dm.bin" of the run, empty when there is none: of the first scratch folder.
     std::string scratch_file(const std::string& file) const;
+    bool has_scratch_file(const std::string& file) const;
     /// Makes the tree what it was when the scenario was built.
     void reset() const;
 
@@ -58,7 +59,8 @@ private:
     friend std::unique_ptr<Scenario> make_scenario(const std::string& name);
 };
 
-/// "spatial", "one-d", "two-d", "optimiser", "profile", "voxel-signal", "analysis" or "spectrum-2d".
+/// "spatial", "wide-spatial", "one-d", "two-d", "optimiser", "profile", "wide-profile", "voxel-signal",
+/// "analysis" or "spectrum-2d".
 std::unique_ptr<Scenario> make_scenario(const std::string& name);
 std::vector<std::string> scenario_names();
 /// The name in the letters and digits that a test may be called.

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <random>
+#include <set>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -19,6 +20,13 @@ using namespace kor_test;
 namespace fs = std::filesystem;
 
 constexpr unsigned SEED = 20260117;
+
+long number_of_operations(const Undisturbed& whole) {
+    long sum = 0;
+    for (const auto& [kind, count] : whole.run.witness.counts)
+        sum += count;
+    return sum;
+}
 
 class SuddenEnd : public testing::Test {
 protected:
@@ -37,8 +45,11 @@ protected:
     void expect_sound_files(const std::string& moment) {
         const std::string states = scenario_->scratch_file("dm.bin"),
                           store = scenario_->scratch_file("store");
-        EXPECT_TRUE(states.empty() || states.size() == states_.size() || store.size() == states_.size())
+        const bool absent = !scenario_->has_scratch_file("dm.bin");
+        EXPECT_TRUE(absent || states.size() == states_.size() || store.size() == states_.size())
             << moment << ": dm.bin has " << states.size() << " bytes, store " << store.size();
+        if (states.size() == states_.size())
+            seen_.insert(states);
         const Files after = scenario_->files();
         const auto result = after.find(RESULT);
         EXPECT_TRUE(result == after.end() || result->second == result_) << moment << ": a piece of a result";
@@ -57,12 +68,7 @@ protected:
         EXPECT_TRUE(read_file(scenario_->path(RESULT)) == result_) << moment;
     }
 
-    long operations() const {
-        long sum = 0;
-        for (const auto& [kind, count] : whole_.run.witness.counts)
-            sum += count;
-        return sum;
-    }
+    long operations() const { return number_of_operations(whole_); }
 
     /// Kills the run at its file operation number k.
     void kill_at_operation(long k) {
@@ -100,6 +106,8 @@ protected:
         for (int struck = 0; struck < times_killed && sent < 10 * times_killed; ++sent)
             struck += send_after(time(random), SIGKILL);
         EXPECT_LT(sent, 10 * times_killed) << "most runs had ended before";
+        // Those at the start and behind each of the two sectors, never a mixture.
+        EXPECT_LE(seen_.size(), 3U);
         std::printf("killed at %d random operations of %ld and at %d random times\n", operations_killed,
                     operations(), times_killed);
     }
@@ -109,6 +117,7 @@ protected:
     Undisturbed whole_;
     Files before_;
     std::string states_, result_;
+    std::set<std::string> seen_; // every "dm.bin" of the right size
     double seconds_ = 0.0;
 };
 using DeepSuddenEnd = SuddenEnd;
@@ -136,9 +145,7 @@ int kill_while_writing_back(const std::string& name, long stride) {
     const auto scenario = make_scenario(name);
     const Files before = scenario->files();
     const Undisturbed whole = run_undisturbed(*scenario);
-    long operations = 0;
-    for (const auto& [kind, count] : whole.run.witness.counts)
-        operations += count;
+    const long operations = number_of_operations(whole);
     int kills = 0;
     for (long k = 1; k <= operations; k += stride, ++kills) {
         EXPECT_EQ(run_with_fault(*scenario, {"any", k, "kill", false}).result.status, 128 + SIGKILL) << k;
@@ -160,6 +167,40 @@ TEST(SuddenEndOfASession, KilledWhileItWritesBackLeavesTheOldOrTheNewModel) {
 TEST(DeepSuddenEndOfASession, KilledWhileItWritesBackLeavesTheOldOrTheNewModel) {
     for (const char* name : {"optimiser", "analysis"})
         std::printf("%s: %d kills\n", name, kill_while_writing_back(name, 1));
+}
+
+/// The files without those that only a killed process leaves.
+Files without_remains(Files files) {
+    std::erase_if(files, [](const auto& file) { return file.first.ends_with(".new"); });
+    return files;
+}
+
+/// Kills the session at every `stride`-th of its file operations and plays it again in the same folders,
+/// among what the killed one left; the number of kills.
+int kill_and_play_again(const std::string& name, long stride) {
+    const auto scenario = make_scenario(name);
+    const Undisturbed whole = run_undisturbed(*scenario);
+    const Files wanted = without_remains(whole.files);
+    const long operations = number_of_operations(whole);
+    int kills = 0;
+    for (long k = 1; k <= operations; k += stride, ++kills) {
+        EXPECT_EQ(run_with_fault(*scenario, {"any", k, "kill", false}).result.status, 128 + SIGKILL) << k;
+        const ProgramResult again = run_program(scenario->call());
+        EXPECT_EQ(again.status, 0) << name << " at " << k;
+        EXPECT_EQ(again.out, whole.run.result.out) << name << " at " << k;
+        EXPECT_TRUE(without_remains(scenario->files()) == wanted) << name << " at " << k;
+    }
+    return kills;
+}
+
+TEST(SuddenEndOfASession, PlayedAgainGivesTheSame) {
+    kill_and_play_again("analysis", 11);
+    kill_and_play_again("spectrum-2d", 11);
+}
+
+TEST(DeepSuddenEndOfASession, PlayedAgainGivesTheSame) {
+    for (const char* name : {"analysis", "spectrum-2d"})
+        std::printf("%s again: %d kills\n", name, kill_and_play_again(name, 1));
 }
 
 /// Makes file descriptor 1 what `descriptor` is.
