@@ -1,4 +1,5 @@
 #include "fieldgradientlib.h"
+#include "support/constants.h"
 
 #include <cmath>
 #include <limits>
@@ -9,22 +10,22 @@
 namespace kor {
 namespace {
 
-const double pi = std::acos(-1.0);
-const double nan = std::numeric_limits<double>::quiet_NaN();
+using kor_test::NOT_A_NUMBER;
+using kor_test::PI;
 
 TEST(ConstantGradient, IsTwoPiTimesTheStrength) {
     std::vector<double> out(4, -1);
     EXPECT_EQ(gradproc1_compute(3, 1e-5, out.data(), 2000.0), FIELDGRAD_OK);
-    EXPECT_EQ(out, (std::vector<double>{4000 * pi, 4000 * pi, 4000 * pi, -1}));
+    EXPECT_EQ(out, (std::vector<double>{4000 * PI, 4000 * PI, 4000 * PI, -1}));
 }
 
 TEST(ConstantGradient, DoesNotLookAtTheTimeStep) {
-    for (double h : {0.0, -1.0, nan}) {
+    for (double h : {0.0, -1.0, NOT_A_NUMBER}) {
         double out = 0;
         EXPECT_EQ(gradproc1_compute(1, h, &out, 0.5), FIELDGRAD_OK);
-        EXPECT_DOUBLE_EQ(out, pi);
+        EXPECT_DOUBLE_EQ(out, PI);
         EXPECT_EQ(CalcGrad_compute(1, h, &out, 1, 0, 0, 1.5), FIELDGRAD_OK);
-        EXPECT_DOUBLE_EQ(out, 3 * pi);
+        EXPECT_DOUBLE_EQ(out, 3 * PI);
     }
 }
 
@@ -36,12 +37,12 @@ TEST(SpiralGradient, FollowsTheDerivativeOfTheSpiral) {
     std::vector<double> cosine(N), sine(N);
     EXPECT_EQ(gradproc2_compute(N, h, cosine.data(), A, n), FIELDGRAD_OK);
     EXPECT_EQ(gradproc3_compute(N, h, sine.data(), A, n), FIELDGRAD_OK);
-    const auto kx = [&](double t) { return A * (1 - t / T) * std::cos(2 * pi * n * t / T); };
-    const auto ky = [&](double t) { return A * (1 - t / T) * std::sin(2 * pi * n * t / T); };
+    const auto kx = [&](double t) { return A * (1 - t / T) * std::cos(2 * PI * n * t / T); };
+    const auto ky = [&](double t) { return A * (1 - t / T) * std::sin(2 * PI * n * t / T); };
     const double step = 1e-7;
     for (int k = 0; k < N; ++k) {
         const double t = k * h;
-        const double scale = A * 2 * pi * n / T;
+        const double scale = A * 2 * PI * n / T;
         EXPECT_NEAR(cosine[static_cast<std::size_t>(k)], (kx(t + step) - kx(t - step)) / (2 * step),
                     1e-6 * scale);
         EXPECT_NEAR(sine[static_cast<std::size_t>(k)], (ky(t + step) - ky(t - step)) / (2 * step),
@@ -65,12 +66,12 @@ TEST(SpiralGradient, FirstSamplesAreTheClosedForms) {
     std::vector<double> out(4);
     gradproc2_compute(4, 0.25, out.data(), 2.0, 1.0);
     EXPECT_DOUBLE_EQ(out[0], -2.0);
-    EXPECT_NEAR(out[1], -2.0 * 2 * pi * 0.75, 1e-13);
+    EXPECT_NEAR(out[1], -2.0 * 2 * PI * 0.75, 1e-13);
     EXPECT_NEAR(out[2], 2.0, 1e-13);
     gradproc3_compute(4, 0.25, out.data(), 2.0, 1.0);
-    EXPECT_DOUBLE_EQ(out[0], 4 * pi);
+    EXPECT_DOUBLE_EQ(out[0], 4 * PI);
     EXPECT_NEAR(out[1], -2.0, 1e-13);
-    EXPECT_NEAR(out[2], -2 * pi, 1e-13);
+    EXPECT_NEAR(out[2], -2 * PI, 1e-13);
 }
 
 TEST(GradientStatus, SpiralsTellMissingOutputFromBadNumbers) {
@@ -82,7 +83,7 @@ TEST(GradientStatus, SpiralsTellMissingOutputFromBadNumbers) {
         EXPECT_EQ(spiral(0, 1.0, &out, 1, 1), FIELDGRAD_ERR_BADARG);
         EXPECT_EQ(spiral(1, 0.0, &out, 1, 1), FIELDGRAD_ERR_BADARG);
         EXPECT_EQ(spiral(1, -1.0, &out, 1, 1), FIELDGRAD_ERR_BADARG);
-        EXPECT_EQ(spiral(1, nan, &out, 1, 1), FIELDGRAD_ERR_BADARG);
+        EXPECT_EQ(spiral(1, NOT_A_NUMBER, &out, 1, 1), FIELDGRAD_ERR_BADARG);
         EXPECT_EQ(fieldgrad_last_status, FIELDGRAD_ERR_BADARG);
         EXPECT_EQ(out, 5.0);
         EXPECT_EQ(spiral(1, 1.0, &out, 1, 0), FIELDGRAD_OK);
@@ -134,7 +135,7 @@ TEST(GradientInputs, AreValidWithSamplesStepAndOutput) {
     EXPECT_FALSE(fieldgrad_valid_inputs(0, 1.0, &out));
     EXPECT_FALSE(fieldgrad_valid_inputs(1, 0.0, &out));
     EXPECT_FALSE(fieldgrad_valid_inputs(1, -1.0, &out));
-    EXPECT_FALSE(fieldgrad_valid_inputs(1, nan, &out));
+    EXPECT_FALSE(fieldgrad_valid_inputs(1, NOT_A_NUMBER, &out));
     EXPECT_FALSE(fieldgrad_valid_inputs(1, 1.0, nullptr));
 }
 

@@ -1,4 +1,5 @@
 #include "four3.h"
+#include "support/constants.h"
 #include "support/random_systems.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +12,6 @@ using namespace kor_test;
 
 namespace {
 
-constexpr double kTwoPi = 6.283185307179586;
-
 using Sequence = std::vector<Complex>;
 
 /// X[k] = sum over j of x[j] exp(sign 2 pi i j k / n), the phase reduced before the cosine is taken.
@@ -22,7 +21,7 @@ Sequence direct_sum(const Sequence& x, double sign) {
     for (std::size_t k = 0; k < n; ++k) {
         for (std::size_t j = 0; j < n; ++j) {
             X[k] += x[j] *
-                    std::polar(1.0, sign * kTwoPi * static_cast<double>(j * k % n) / static_cast<double>(n));
+                    std::polar(1.0, sign * TWO_PI * static_cast<double>(j * k % n) / static_cast<double>(n));
         }
     }
     return X;
@@ -192,8 +191,8 @@ TEST(FftStatus, PutsANegativeFrequencyBelowTheCentre) {
         std::vector<double> real(8);
         std::vector<double> imag(8);
         for (int j = -4; j < 4; ++j) {
-            real[static_cast<std::size_t>(j + 4)] = std::cos(kTwoPi * j * k / 8.0);
-            imag[static_cast<std::size_t>(j + 4)] = -std::sin(kTwoPi * j * k / 8.0);
+            real[static_cast<std::size_t>(j + 4)] = std::cos(TWO_PI * j * k / 8.0);
+            imag[static_cast<std::size_t>(j + 4)] = -std::sin(TWO_PI * j * k / 8.0);
         }
         EXPECT_EQ(fft_status(8, real.data(), imag.data(), false), FOUR3_OK);
         for (int j = -4; j < 4; ++j) {

@@ -191,9 +191,10 @@ TEST(ScanInt, WritesThePromptAndReadsOneItem) {
     int number = 0;
     double real = 0;
     char word[256];
+    const char* const no_prompt = nullptr;
     const ConsoleOutput printed = play_console("12 -2.5e1 pulse.txt\nnext\n", [&] {
         EXPECT_EQ(scan_int("n : ", &number), 1);
-        EXPECT_EQ(scan_double(nullptr, &real), 1);
+        EXPECT_EQ(scan_double(no_prompt, &real), 1);
         EXPECT_EQ(scan_string("file : ", word, sizeof word), 1);
     });
     EXPECT_EQ(printed.out, "n : file : ");

@@ -24,12 +24,12 @@ namespace fs = std::filesystem;
 namespace {
 
 // What one check returned and printed.
-struct Outcome {
+struct CheckOutcome {
     bool ok;
     std::string out;
 };
 
-Outcome captured(const std::function<bool()>& check) {
+CheckOutcome played_check(const std::function<bool()>& check) {
     bool ok = false;
     const ConsoleOutput printed = play_console("", [&] { ok = check(); });
     return {ok, printed.out};
@@ -74,14 +74,14 @@ CMatrix& fresh_matrix() {
 
 // The result file that the spatial case computes, as bytes.
 std::string computed_spatial_result() {
-    EXPECT_TRUE(captured(check_spatial_gradient_case).ok);
+    EXPECT_TRUE(played_check(check_spatial_gradient_case).ok);
     return read_file("kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin");
 }
 
-Outcome check_result_bytes(const std::string& bytes, bool* has_center) {
+CheckOutcome check_result_bytes(const std::string& bytes, bool* has_center) {
     static CMatrix center;
     write_file("result.bin", bytes);
-    return captured([&] { return CheckSpatialGradientResultFile("result.bin", &center, has_center); });
+    return played_check([&] { return CheckSpatialGradientResultFile("result.bin", &center, has_center); });
 }
 
 } // namespace
@@ -96,10 +96,10 @@ TEST(ApproxEqual, TheToleranceIsInclusiveAndNaNIsNeverEqual) {
 }
 
 TEST(CheckScalar, PrintsTheDeviationWithSeventeenDigits) {
-    Outcome outcome = captured([] { return check_scalar("spinop", "some value", 0.1, 0.25, 1e-3); });
+    CheckOutcome outcome = played_check([] { return check_scalar("spinop", "some value", 0.1, 0.25, 1e-3); });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spinop    some value : got 0.10000000000000001 expected 0.25\n");
-    outcome = captured([] { return check_scalar("spinop", "some value", 0.1, 0.1001, 1e-3); });
+    outcome = played_check([] { return check_scalar("spinop", "some value", 0.1, 0.1001, 1e-3); });
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.out, "");
 }
@@ -107,14 +107,17 @@ TEST(CheckScalar, PrintsTheDeviationWithSeventeenDigits) {
 TEST(CheckCmatEntry, ReportsRealAndImaginaryPartSeparately) {
     CMatrix& matrix = fresh_matrix();
     matrix[2][3] = {{0, 1.5, -2.5}};
-    EXPECT_TRUE(captured([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 1.5, -2.5, 0.0); }).ok);
-    const Outcome outcome =
-        captured([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 1, 0, 0.25); });
+    EXPECT_TRUE(
+        played_check([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 1.5, -2.5, 0.0); }).ok);
+    const CheckOutcome outcome =
+        played_check([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 1, 0, 0.25); });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL hamilton  H[2,3].re : got 1.5 expected 1\n"
                            "FAIL hamilton  H[2,3].im : got -2.5 expected 0\n");
-    EXPECT_FALSE(captured([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 1.5, 0, 0.25); }).ok);
-    EXPECT_FALSE(captured([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 0, -2.5, 0.25); }).ok);
+    EXPECT_FALSE(
+        played_check([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 1.5, 0, 0.25); }).ok);
+    EXPECT_FALSE(
+        played_check([&] { return check_cmat_entry("hamilton", "H", matrix, 2, 3, 0, -2.5, 0.25); }).ok);
 }
 
 TEST(CheckCmatZeroExcept, ListsEveryElementThatShouldBeZero) {
@@ -124,9 +127,9 @@ TEST(CheckCmatZeroExcept, ListsEveryElementThatShouldBeZero) {
     matrix[2][2][1] = -0.5;
     matrix[4][4][1] = 100.0;
     const MatrixCell cells[] = {{1, 2}, {2, 2}};
-    EXPECT_TRUE(captured([&] { return check_cmat_zero_except("t", "M", matrix, 2, cells, 2, 0.0); }).ok);
-    const Outcome outcome =
-        captured([&] { return check_cmat_zero_except("t", "M", matrix, 3, cells, 1, 1e-3); });
+    EXPECT_TRUE(played_check([&] { return check_cmat_zero_except("t", "M", matrix, 2, cells, 2, 0.0); }).ok);
+    const CheckOutcome outcome =
+        played_check([&] { return check_cmat_zero_except("t", "M", matrix, 3, cells, 1, 1e-3); });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL t         M[2,2].re : got -0.5 expected 0\n"
                            "FAIL t         M[3,1].im : got 1 expected 0\n");
@@ -147,7 +150,7 @@ TEST(ConfigureTwoSpinHalfSystem, ReplacesTheSpinSystemAndItsCouplings) {
 }
 
 TEST(ConfigureTwoSpinHalfSystem, PrintsNothing) {
-    EXPECT_EQ(captured([] {
+    EXPECT_EQ(played_check([] {
                   configure_two_spin_half_system(1.0, 2.0, 3.0, 1);
                   return true;
               }).out,
@@ -155,20 +158,20 @@ TEST(ConfigureTwoSpinHalfSystem, PrintsNothing) {
 }
 
 TEST(ReferenceCases, TheSpinCasesPass) {
-    Outcome outcome = captured(check_spin_operator_case);
+    CheckOutcome outcome = played_check(check_spin_operator_case);
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.out, "PASS          spin-operator-reference\n");
-    outcome = captured(check_hamiltonian_case);
+    outcome = played_check(check_hamiltonian_case);
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.out, "PASS          hamiltonian-reference\n");
-    outcome = captured(check_weak_spectrum_case);
+    outcome = played_check(check_weak_spectrum_case);
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.out, "PASS          weak-two-spin-spectrum-reference\n");
 }
 
 TEST(ReferenceCases, TheSpatialCasePassesAndLeavesItsFiles) {
     TempTree tree;
-    const Outcome outcome = captured(check_spatial_gradient_case);
+    const CheckOutcome outcome = played_check(check_spatial_gradient_case);
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.out, "PASS          spatial-gradient-reference\n");
     const fs::path root = "kor-refcheck-work/spatial-gradient";
@@ -183,22 +186,22 @@ TEST(ReferenceCases, AWorkingDirectoryWithBlanksInItsNameIsFine) {
     TempTree tree;
     fs::create_directory("my own folder");
     fs::current_path("my own folder");
-    const Outcome outcome =
-        captured([] { return check_spatial_gradient_case() & check_malformed_model_cases(); });
+    const CheckOutcome outcome =
+        played_check([] { return check_spatial_gradient_case() & check_malformed_model_cases(); });
     EXPECT_TRUE(outcome.ok) << outcome.out;
     fs::current_path("..");
 }
 
 TEST(ReferenceCases, TheSplitCaseLooksForResultsUnderBuild) {
     TempTree tree;
-    const Outcome outcome = captured(check_split_composition_case);
+    const CheckOutcome outcome = played_check(check_split_composition_case);
     EXPECT_EQ(outcome.ok, split_case_can_pass());
     EXPECT_EQ(outcome.out, split_line());
 }
 
 TEST(ReferenceCases, TheMalformedModelsAreRefused) {
     TempTree tree;
-    const Outcome outcome = captured(check_malformed_model_cases);
+    const CheckOutcome outcome = played_check(check_malformed_model_cases);
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.out, malformed_lines);
     EXPECT_EQ(read_file("kor-refcheck-work/malformed-models/sequences/malformed/waveforms/dummy.bin"),
@@ -232,8 +235,8 @@ TEST(BuildSpatialGradientReferenceCase, FillsTheThreeRecords) {
 TEST(CheckSpatialGradientResultFile, NamesAFileThatCannotBeOpened) {
     TempTree tree;
     bool has_center = true;
-    const Outcome outcome =
-        captured([&] { return CheckSpatialGradientResultFile("missing.bin", &fresh_matrix(), &has_center); });
+    const CheckOutcome outcome = played_check(
+        [&] { return CheckSpatialGradientResultFile("missing.bin", &fresh_matrix(), &has_center); });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  could not open result file: missing.bin\n");
     EXPECT_FALSE(has_center);
@@ -242,7 +245,7 @@ TEST(CheckSpatialGradientResultFile, NamesAFileThatCannotBeOpened) {
 TEST(CheckSpatialGradientResultFile, RefusesAnotherHeader) {
     TempTree tree;
     bool has_center = true;
-    Outcome outcome = check_result_bytes("short", &has_center);
+    CheckOutcome outcome = check_result_bytes("short", &has_center);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  could not read result header\n");
     outcome = check_result_bytes(bytes_of<int>({1, 4, 5}), &has_center);
@@ -261,7 +264,7 @@ TEST(CheckSpatialGradientResultFile, NamesTheRowWhereTheFileEndsAndTrailingBytes
     EXPECT_TRUE(has_center);
 
     constexpr std::size_t row = 64, matrix = 4 * row;
-    Outcome outcome = check_result_bytes(good.substr(0, 12 + matrix + 2 * row + 8), &has_center);
+    CheckOutcome outcome = check_result_bytes(good.substr(0, 12 + matrix + 2 * row + 8), &has_center);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  could not read voxel 2 row 3\n");
     EXPECT_FALSE(has_center);
@@ -283,7 +286,8 @@ TEST(CheckSpatialGradientResultFile, ListsEveryDeviation) {
     values[0] += 0.25;       // voxel 1, element (1, 1), real part
     values[4 * 32 + 3] += 1; // voxel 5, element (1, 2), imaginary part
     bool has_center = false;
-    const Outcome outcome = check_result_bytes(bytes.substr(0, 12) + bytes_of<double>(values), &has_center);
+    const CheckOutcome outcome =
+        check_result_bytes(bytes.substr(0, 12) + bytes_of<double>(values), &has_center);
     EXPECT_FALSE(outcome.ok);
     std::vector<std::string> labels;
     std::size_t start = 0;
@@ -299,7 +303,8 @@ TEST(CheckSpatialGradientResultFile, ListsEveryDeviation) {
 TEST(CheckCenterStateSpectrumEqualAmplitudes, EmptyLinesAreMissing) {
     configure_two_spin_half_system(100.0, -40.0, 12.0, 1);
     CMatAdd(4, g_runtime.Izee, g_runtime.Icoup, g_runtime.Istat);
-    const Outcome outcome = captured([] { return CheckCenterStateSpectrumEqualAmplitudes(fresh_matrix()); });
+    const CheckOutcome outcome =
+        played_check([] { return CheckCenterStateSpectrumEqualAmplitudes(fresh_matrix()); });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  missing center-state line amplitude at 34 Hz\n"
                            "FAIL spatgrad  missing center-state line amplitude at 46 Hz\n"
@@ -311,13 +316,13 @@ TEST(CheckCenterStateSpectrumEqualAmplitudes, EmptyLinesAreMissing) {
 TEST(CheckCenterStateSpectrumEqualAmplitudes, AHalfExcitedSpinIsUnequal) {
     configure_two_spin_half_system(100.0, -40.0, 12.0, 1);
     CMatAdd(4, g_runtime.Izee, g_runtime.Icoup, g_runtime.Istat);
-    EXPECT_TRUE(captured([] { return CheckCenterStateSpectrumEqualAmplitudes(g_runtime.Iytot); }).ok);
+    EXPECT_TRUE(played_check([] { return CheckCenterStateSpectrumEqualAmplitudes(g_runtime.Iytot); }).ok);
 
     CMatrix& rho = fresh_matrix();
     CopyCMatrix(4, g_runtime.Iytot, rho);
     for (auto [i, j] : {std::pair{1, 3}, {3, 1}, {2, 4}, {4, 2}})
         rho[i][j][2] *= 0.5;
-    const Outcome outcome = captured([&] { return CheckCenterStateSpectrumEqualAmplitudes(rho); });
+    const CheckOutcome outcome = played_check([&] { return CheckCenterStateSpectrumEqualAmplitudes(rho); });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  equal line amplitude : got 0.125 expected 0.25\n"
                            "FAIL spatgrad  equal line amplitude : got 0.125 expected 0.25\n");
@@ -325,17 +330,17 @@ TEST(CheckCenterStateSpectrumEqualAmplitudes, AHalfExcitedSpinIsUnequal) {
 
 TEST(KORModelRunReferenceChecks, PrintsEveryCaseAndTheVerdict) {
     TempTree tree;
-    const Outcome outcome = captured([] { return KORModel_RunReferenceChecks() != 0; });
+    const CheckOutcome outcome = played_check([] { return KORModel_RunReferenceChecks() != 0; });
     EXPECT_EQ(outcome.out, whole_report());
     EXPECT_EQ(outcome.ok, split_case_can_pass());
 }
 
 TEST(KORModelRunReferenceChecks, ASecondRunPrintsTheSame) {
     TempTree tree;
-    const Outcome first = captured([] { return KORModel_RunReferenceChecks() != 0; });
+    const CheckOutcome first = played_check([] { return KORModel_RunReferenceChecks() != 0; });
     const std::string result =
         read_file("kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin");
-    const Outcome second = captured([] { return KORModel_RunReferenceChecks() != 0; });
+    const CheckOutcome second = played_check([] { return KORModel_RunReferenceChecks() != 0; });
     EXPECT_EQ(first.out, second.out);
     EXPECT_EQ(first.ok, second.ok);
     EXPECT_EQ(read_file("kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin"), result);
@@ -355,7 +360,7 @@ TEST(KORModelRunReferenceChecks, LeavesTheModelAsItWas) {
     auto before = std::make_unique<KORLegacySnapshot>();
     auto after = std::make_unique<KORLegacySnapshot>();
     CaptureLegacySnapshot(before.get());
-    EXPECT_EQ(captured([] { return KORModel_RunReferenceChecks() != 0; }).out, whole_report());
+    EXPECT_EQ(played_check([] { return KORModel_RunReferenceChecks() != 0; }).out, whole_report());
     CaptureLegacySnapshot(after.get());
     EXPECT_EQ(std::memcmp(before.get(), after.get(), sizeof *before), 0);
     EXPECT_EQ(g_runtime.n, 8);
@@ -367,7 +372,7 @@ TEST(KORModelRunReferenceChecks, AnUnusableSpatialFolderFailsThatCaseAlone) {
     TempTree tree;
     fs::create_directory("kor-refcheck-work");
     write_file("kor-refcheck-work/spatial-gradient", "a file where the folder should be");
-    const Outcome outcome = captured([] { return KORModel_RunReferenceChecks() != 0; });
+    const CheckOutcome outcome = played_check([] { return KORModel_RunReferenceChecks() != 0; });
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out,
               spin_lines + std::string("FAIL spatgrad  could not create reference directories\n") +
@@ -425,7 +430,7 @@ TEST(ReferenceCases, EachObstacleHasItsOwnLine) {
             fs::create_directories(fs::path(path).parent_path());
             write_file(path, "in the way");
         }
-        const Outcome outcome = captured(obstacle.check);
+        const CheckOutcome outcome = played_check(obstacle.check);
         EXPECT_FALSE(outcome.ok) << path;
         EXPECT_EQ(outcome.out, obstacle.line) << path;
     }
@@ -433,12 +438,12 @@ TEST(ReferenceCases, EachObstacleHasItsOwnLine) {
 
 TEST(ReferenceCases, AnOldResultDoesNotStandInForAFailedRun) {
     TempTree tree;
-    ASSERT_TRUE(captured(check_spatial_gradient_case).ok);
+    ASSERT_TRUE(played_check(check_spatial_gradient_case).ok);
     const std::string result = "kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin";
     ASSERT_TRUE(fs::exists(result));
     fs::remove("dm.bin");
     fs::create_directory("dm.bin"); // in the way of the states of the next run
-    const Outcome outcome = captured(check_spatial_gradient_case);
+    const CheckOutcome outcome = played_check(check_spatial_gradient_case);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  result file was not created: " + tree.path(result) + "\n");
     EXPECT_FALSE(fs::exists(result));

@@ -15,7 +15,7 @@ using namespace kor;
 using namespace kor_test;
 
 // A result that the call must not touch when it fails.
-constexpr const char* UNTOUCHED = "untouched";
+constexpr const char* KEPT_TEXT = "untouched";
 
 std::string built(const char* dir, const char* name) {
     char out[64] = "";
@@ -33,7 +33,7 @@ std::string short_name(const char* text) {
     char out[KOR_SHORT_NAME_SIZE] = "untouched";
     if (sanitize_model_short_name(text, out, sizeof out))
         return out;
-    EXPECT_STREQ(out, UNTOUCHED);
+    EXPECT_STREQ(out, KEPT_TEXT);
     return "-";
 }
 
@@ -51,7 +51,7 @@ TEST(BuildPath, PutsOneSeparatorBetweenFolderAndName) {
 TEST(BuildPath, FailsOneCharacterShortAndWritesNothing) {
     char out[16] = "untouched";
     EXPECT_EQ(KOR_BuildPath(out, 7, "abc", "def"), 0);
-    EXPECT_STREQ(out, UNTOUCHED);
+    EXPECT_STREQ(out, KEPT_TEXT);
     EXPECT_EQ(KOR_BuildPath(out, 8, "abc", "def"), 1);
     EXPECT_EQ(kor_test::with_slashes(out), "abc/def");
     EXPECT_EQ(KOR_BuildPath(out, 7, "abc/", "def"), 0);
@@ -64,7 +64,7 @@ TEST(BuildPath, RefusesMissingPointersAndNoCapacity) {
     EXPECT_EQ(KOR_BuildPath(out, 0, "a", "b"), 0);
     EXPECT_EQ(KOR_BuildPath(out, sizeof out, nullptr, "b"), 0);
     EXPECT_EQ(KOR_BuildPath(out, sizeof out, "a", nullptr), 0);
-    EXPECT_STREQ(out, UNTOUCHED);
+    EXPECT_STREQ(out, KEPT_TEXT);
 }
 
 TEST(BuildPath, MayExtendTheFolderInPlace) {
@@ -88,7 +88,7 @@ TEST(Folder, EndsBeforeTheLastSeparatorAndKeepsTheRoot) {
     EXPECT_EQ(KOR_GetFolder(out, sizeof out, "kor"), 0);
     EXPECT_EQ(KOR_GetFolder(out, sizeof out, nullptr), 0);
     EXPECT_EQ(KOR_GetFolder(out, 3, "abc/d"), 0);
-    EXPECT_STREQ(out, UNTOUCHED);
+    EXPECT_STREQ(out, KEPT_TEXT);
 }
 
 TEST(DefaultFolders, LieBesideTheExecutablesFolder) {
@@ -118,7 +118,7 @@ TEST(DefaultFolders, NeedRoomForTheirNames) {
     EXPECT_EQ(KOR_GetExecutableDir(out, 0), 0);
     EXPECT_EQ(KOR_GetExecutableDir(nullptr, 16), 0);
     EXPECT_EQ(KOR_GetDefaultRFInputDir(nullptr, 16), 0);
-    EXPECT_STREQ(out, UNTOUCHED);
+    EXPECT_STREQ(out, KEPT_TEXT);
     EXPECT_EQ(KOR_GetDefaultModelsDir(out, length + 1), 1);
 }
 

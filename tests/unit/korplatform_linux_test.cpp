@@ -2,6 +2,7 @@
 #include "korplatform.h"
 
 #include "support/temp_tree.h"
+#include "unit/korplatform/listing.h"
 
 #include <gtest/gtest.h>
 
@@ -15,19 +16,6 @@ namespace {
 using namespace kor;
 using namespace kor_test;
 namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
-
-int remember(const char* name, void* context) {
-    static_cast<Names*>(context)->push_back(name);
-    return 1;
-}
-
-Names listed(const std::string& dir, const char* extension) {
-    Names names;
-    const int visited = platform_list_files(dir.c_str(), extension, remember, &names);
-    EXPECT_EQ(visited, static_cast<int>(names.size()));
-    return names;
-}
 
 /// The spelling found, or "-" when nothing matches.
 std::string found(const std::string& path) {

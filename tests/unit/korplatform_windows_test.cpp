@@ -4,6 +4,7 @@
 
 #include "support/console_script.h"
 #include "support/temp_tree.h"
+#include "unit/korplatform/listing.h"
 
 #include <gtest/gtest.h>
 
@@ -18,12 +19,6 @@ namespace {
 using namespace kor;
 using namespace kor_test;
 namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
-
-int remember(const char* name, void* context) {
-    static_cast<Names*>(context)->push_back(name);
-    return 1;
-}
 
 std::string found(const std::string& path) {
     char out[1024] = "untouched";

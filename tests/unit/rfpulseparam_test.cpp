@@ -12,7 +12,7 @@ namespace {
 
 using Waveform = std::vector<double>;
 
-Waveform random_waveform(int points, unsigned seed) {
+Waveform random_samples(int points, unsigned seed) {
     std::mt19937 random(seed);
     std::normal_distribution<double> normal;
     Waveform waveform(static_cast<std::size_t>(points));
@@ -64,8 +64,8 @@ TEST(RfpulseparamMaxModes, IsTheSmallerOfTheWaveformsAndTheVectorsRoom) {
 }
 
 TEST(RFPulseToParArray, StoresRealPartsOfModesFromZeroAndImaginaryPartsFromOne) {
-    const Waveform xb = random_waveform(64, 1);
-    const Waveform yb = random_waveform(64, 2);
+    const Waveform xb = random_samples(64, 1);
+    const Waveform yb = random_samples(64, 2);
     std::vector<double> par(8, 99.0);
     kor::RFPulseToParArray(8, 64, xb.data(), yb.data(), par.data());
     for (int component = 0; component < 2; ++component) {
@@ -96,8 +96,8 @@ TEST(RFPulseToParArray, ConstantWaveformIsItsSumAtZeroFrequencyAlone) {
 
 TEST(ParArrayToRFPulse, RoundTripRestoresTheWaveform) {
     for (const int points : {4, 64, 1024}) {
-        const Waveform xb = random_waveform(points, 3);
-        const Waveform yb = random_waveform(points, 4);
+        const Waveform xb = random_samples(points, 3);
+        const Waveform yb = random_samples(points, 4);
         std::vector<double> par(40);
         kor::RFPulseToParArray(40, points, xb.data(), yb.data(), par.data());
         Waveform x = xb, y = yb;
@@ -108,7 +108,7 @@ TEST(ParArrayToRFPulse, RoundTripRestoresTheWaveform) {
 }
 
 TEST(ParArrayToRFPulse, ReplacesTheParameterisedModesAndKeepsTheHigherOnes) {
-    const Waveform original = random_waveform(32, 5);
+    const Waveform original = random_samples(32, 5);
     Waveform x = original, y(32, 0.0);
     const std::vector<double> par = {3.0, -2.0, 1.5, 0.5, 0.0, 0.0, 0.0, 0.0};
     kor::ParArrayToRFPulse(8, 32, par.data(), x.data(), y.data());
@@ -122,8 +122,8 @@ TEST(ParArrayToRFPulse, ReplacesTheParameterisedModesAndKeepsTheHigherOnes) {
 }
 
 TEST(ParArrayToRFPulseLowMode, GivesTheLowPassVersion) {
-    const Waveform xb = random_waveform(64, 6);
-    const Waveform yb = random_waveform(64, 7);
+    const Waveform xb = random_samples(64, 6);
+    const Waveform yb = random_samples(64, 7);
     std::vector<double> par(20);
     kor::RFPulseToParArray(20, 64, xb.data(), yb.data(), par.data());
     Waveform x(64, 1.0), y(64, 1.0);
@@ -141,8 +141,8 @@ TEST(RFPulseToParArray, TwoPointsHaveNoModes) {
 }
 
 TEST(RFPulseToParArray, OddVectorsPutTheSecondComponentAtHalfTheirLength) {
-    const Waveform xb = random_waveform(16, 8);
-    const Waveform yb = random_waveform(16, 9);
+    const Waveform xb = random_samples(16, 8);
+    const Waveform yb = random_samples(16, 9);
     std::vector<double> par(9, 99.0);
     kor::RFPulseToParArray(9, 16, xb.data(), yb.data(), par.data());
     EXPECT_NEAR(par[4], centred_mode(yb, 0).real(), 1e-12);

@@ -48,7 +48,7 @@ constexpr char operator_type_menu[] = "Operator type:\n"
 
 constexpr char factor_prompt[] = "Multiply by factor (real): ";
 
-CMatrix out;
+CMatrix operator_out;
 
 Dense unit(const Dense& a) {
     return a / a.norm();
@@ -56,7 +56,7 @@ Dense unit(const Dense& a) {
 
 using Dialogue = void (*)(int, int, const SpinIList&, const SpinKet&, CMatrix&);
 
-/// What the dialogue prints; its operator is in `out`.
+/// What the dialogue prints; its operator is in `operator_out`.
 std::string play(Dialogue dialogue, const std::vector<int>& two_i, const std::string& answers) {
     static SpinKet ket;
     SpinIList Ilist = {};
@@ -64,7 +64,7 @@ std::string play(Dialogue dialogue, const std::vector<int>& two_i, const std::st
     MakeKets(ket, Ilist);
     const int spins = static_cast<int>(two_i.size());
     const int n = infer_nstates(Ilist, spins);
-    return play_console(answers, [&] { dialogue(n, spins, Ilist, ket, out); }).out;
+    return play_console(answers, [&] { dialogue(n, spins, Ilist, ket, operator_out); }).out;
 }
 
 constexpr char pair_list[] = "Product-operator list (spin-1/2):\n"
@@ -94,7 +94,7 @@ constexpr char pair_list[] = "Product-operator list (spin-1/2):\n"
 TEST(OperatorList, ListsUpToThreeSpinsAndTakesANumber) {
     EXPECT_EQ(play(create_operator_from_list, {1, 1}, "7\n"),
               std::string(pair_list) + "Selected: IZSX (opno=7)\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "zx"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "zx"))), 1e-15);
 }
 
 TEST(OperatorList, ClampsTheNumber) {
@@ -102,18 +102,18 @@ TEST(OperatorList, ClampsTheNumber) {
               std::string(pair_list) + "Selected: IZSZ (opno=15)\n");
     EXPECT_EQ(play(create_operator_from_list, {1, 1}, "99999999999999999999999\n"),
               std::string(pair_list) + "Selected: IZSZ (opno=15)\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "zz"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "zz"))), 1e-15);
     EXPECT_EQ(play(create_operator_from_list, {1, 1}, "0\n"),
               std::string(pair_list) + "Selected: E (opno=0)\n");
-    EXPECT_LT(distance(out, Dense(0.5 * Dense::Identity(4, 4))), 1e-15);
+    EXPECT_LT(distance(operator_out, Dense(0.5 * Dense::Identity(4, 4))), 1e-15);
 }
 
 TEST(OperatorList, TakesAName) {
     EXPECT_EQ(play(create_operator_from_list, {1, 1}, "  sz i1x\n"),
               std::string(pair_list) + "Selected: IXSZ\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "xz"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "xz"))), 1e-15);
     EXPECT_EQ(play(create_operator_from_list, {1, 1}, "e\n"), std::string(pair_list) + "Selected: E\n");
-    EXPECT_LT(distance(out, Dense(0.5 * Dense::Identity(4, 4))), 1e-15);
+    EXPECT_LT(distance(operator_out, Dense(0.5 * Dense::Identity(4, 4))), 1e-15);
 }
 
 TEST(OperatorList, FallsBackToThePlainIdentity) {
@@ -122,26 +122,26 @@ TEST(OperatorList, FallsBackToThePlainIdentity) {
                   std::string(pair_list) +
                       "Could not parse operator string. Examples: Ix  Iy  Iz  IxSz  IxSzTz\n"
                       "Falling back to E (identity).\n");
-        EXPECT_LT(distance(out, Dense(Dense::Identity(4, 4))), 1e-300) << answer;
+        EXPECT_LT(distance(operator_out, Dense(Dense::Identity(4, 4))), 1e-300) << answer;
     }
 }
 
 TEST(OperatorList, EndOfInputIsThePlainIdentity) {
     EXPECT_EQ(play(create_operator_from_list, {1, 1}, ""), pair_list);
-    EXPECT_LT(distance(out, Dense(Dense::Identity(4, 4))), 1e-300);
+    EXPECT_LT(distance(operator_out, Dense(Dense::Identity(4, 4))), 1e-300);
 }
 
 TEST(OperatorList, TakesTheWholeLineWhateverItsLength) {
     play(create_operator_from_list, {1, 1}, "Ix" + std::string(300, ' ') + "\nnext\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "xe"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "xe"))), 1e-15);
     EXPECT_EQ(kor_test::unread_answers(), "next\n");
 }
 
 TEST(OperatorList, Counts127Characters) {
     play(create_operator_from_list, {1, 1}, "Ix" + std::string(123, ' ') + "Sx\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "xx"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "xx"))), 1e-15);
     play(create_operator_from_list, {1, 1}, "Ix" + std::string(124, ' ') + "Sx\n");
-    EXPECT_LT(distance(out, Dense(Dense::Identity(4, 4))), 1e-300) << "S without a component";
+    EXPECT_LT(distance(operator_out, Dense(Dense::Identity(4, 4))), 1e-300) << "S without a component";
 }
 
 TEST(OperatorList, IsNotPrintedForFourSpins) {
@@ -153,14 +153,14 @@ TEST(OperatorList, IsNotPrintedForFourSpins) {
               "There are 256 operators; enter by name (e.g. IxSzUz) or by number [0..255].\n"
               "\n"
               "Enter operator (e.g. IxSz) or number [0..255]: Selected: SXTYUZ (opno=228)\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1, 1, 1}, "exyz"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1, 1, 1}, "exyz"))), 1e-15);
 }
 
 TEST(OperatorList, ServesSpinsHalfOnly) {
     EXPECT_EQ(play(create_operator_from_list, {1, 2}, "Ix\n"),
               "This list is only valid for spin-1/2 systems (2I must be 1).\n"
               "Falling back to manual operator construction.\n");
-    EXPECT_LT(distance(out, Dense(Dense::Identity(6, 6))), 1e-300);
+    EXPECT_LT(distance(operator_out, Dense(Dense::Identity(6, 6))), 1e-300);
     EXPECT_EQ(kor_test::unread_answers(), "Ix\n");
 }
 
@@ -171,30 +171,30 @@ TEST(ManualOperator, AddsTwoSingleSpinOperators) {
                   manual_menu + "Spin number [1..2]: " + operator_type_menu + factor_prompt + manual_menu +
                   manual_menu);
     const Dense expected = 2.5 * kor_test::on_spin(two_i, 1, 'x') - kor_test::on_spin(two_i, 2, 'z');
-    EXPECT_LT(distance(out, unit(expected)), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(expected)), 1e-15);
 }
 
 TEST(ManualOperator, MultipliesAndNormalises) {
     const std::vector<int> two_i = {1, 3};
     play(manual_expectation_operator, two_i, "1\n1\n1\n2\n2\n2\n2\n3\n4\n2\n1\n5\n1\n3\n5\n");
     const Dense product = unit(kor_test::product_of(two_i, "+-"));
-    EXPECT_LT(distance(out, unit(product + kor_test::on_spin(two_i, 1, 'z'))), 1e-14)
+    EXPECT_LT(distance(operator_out, unit(product + kor_test::on_spin(two_i, 1, 'z'))), 1e-14)
         << "the product has unit norm before the sum";
 }
 
 TEST(ManualOperator, ClampsTheSpinAndTakesIzForUnknownTypes) {
     const std::vector<int> two_i = {1, 1};
     play(manual_expectation_operator, two_i, "1\n7\n4\n1\n5\n");
-    EXPECT_LT(distance(out, unit(kor_test::on_spin(two_i, 2, 'y'))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::on_spin(two_i, 2, 'y'))), 1e-15);
     play(manual_expectation_operator, two_i, "1\n-7\n17\n1\n5\n");
-    EXPECT_LT(distance(out, unit(kor_test::on_spin(two_i, 1, 'z'))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::on_spin(two_i, 1, 'z'))), 1e-15);
 }
 
 TEST(ManualOperator, TakesSpinOneWhereThereIsNone) {
     EXPECT_EQ(play(manual_expectation_operator, {}, "1\n3\n5\n1\n5\n"),
               std::string(manual_menu) + "Spin number [1..0]: " + operator_type_menu + factor_prompt +
                   manual_menu);
-    EXPECT_EQ(out[1][1][1], 0.0); // no spin, no magnetisation
+    EXPECT_EQ(operator_out[1][1][1], 0.0); // no spin, no magnetisation
 }
 
 TEST(ManualOperator, AnUnreadableFactorIsOne) {
@@ -202,7 +202,7 @@ TEST(ManualOperator, AnUnreadableFactorIsOne) {
     EXPECT_EQ(play(manual_expectation_operator, two_i, "1\n1\n3\nplenty\n5\n"),
               std::string(manual_menu) + "Spin number [1..1]: " + operator_type_menu + factor_prompt +
                   manual_menu);
-    EXPECT_LT(distance(out, unit(kor_test::single_spin(1, 'x'))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::single_spin(1, 'x'))), 1e-15);
 }
 
 TEST(ManualOperator, AnUnreadableSpinOrTypeChangesNothing) {
@@ -211,28 +211,28 @@ TEST(ManualOperator, AnUnreadableSpinOrTypeChangesNothing) {
               std::string(manual_menu) + "Spin number [1..1]: " + operator_type_menu + factor_prompt +
                   manual_menu + "Spin number [1..1]: " + manual_menu +
                   "Spin number [1..1]: " + operator_type_menu + manual_menu);
-    EXPECT_LT(distance(out, unit(kor_test::single_spin(1, 'x'))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::single_spin(1, 'x'))), 1e-15);
 }
 
 TEST(ManualOperator, OtherChoicesShowTheMenuAgain) {
     EXPECT_EQ(play(manual_expectation_operator, {1}, "9\nhelp\n0\n5\n"),
               std::string(manual_menu) + manual_menu + manual_menu + manual_menu);
-    EXPECT_LT(distance(out, Dense(Dense::Zero(2, 2))), 1e-300) << "both operators start at zero";
+    EXPECT_LT(distance(operator_out, Dense(Dense::Zero(2, 2))), 1e-300) << "both operators start at zero";
 }
 
 TEST(ManualOperator, EndOfInputUsesWhatOp1Holds) {
     EXPECT_EQ(play(manual_expectation_operator, {1}, "1\n1\n4\n3\n"),
               std::string(manual_menu) + "Spin number [1..1]: " + operator_type_menu + factor_prompt +
                   manual_menu);
-    EXPECT_LT(distance(out, unit(kor_test::single_spin(1, 'y'))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::single_spin(1, 'y'))), 1e-15);
     play(manual_expectation_operator, {1}, "");
-    EXPECT_LT(distance(out, Dense(Dense::Zero(2, 2))), 1e-300);
+    EXPECT_LT(distance(operator_out, Dense(Dense::Zero(2, 2))), 1e-300);
 }
 
 TEST(ExpectationOperator, OneIsTheList) {
     EXPECT_EQ(play(ExpectationOperator, {1, 1}, "1\nSx\n"),
               std::string(framed_title) + pair_list + "Selected: SX\n");
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "ex"))), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "ex"))), 1e-15);
 }
 
 TEST(ExpectationOperator, AnythingElseIsByHand) {

@@ -4,6 +4,7 @@
 #include "kor/spin_system.h"
 #include "observablespectrumcalculator/signals.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/model_fixtures.h"
 #include "support/temp_tree.h"
 
@@ -21,23 +22,22 @@ using namespace kor_test;
 
 namespace {
 
-const double pi = 3.141592653589793;
 const char profile_header[] = "# index,x_cm,y_cm,z_cm,expectation_re,expectation_im\n";
 
 // What one call returned and printed.
-struct Outcome {
+struct CallOutcome {
     int result;
     std::string out, err;
 };
 
-Outcome profile(const char* density, const char* expression, const char* output) {
+CallOutcome profile(const char* density, const char* expression, const char* output) {
     int result = -1;
     const ConsoleOutput printed =
         play_console("", [&] { result = KORWriteExpectationProfile(density, expression, output); });
     return {result, printed.out, printed.err};
 }
 
-Outcome voxel_signal(const char* density, int point, const char* output) {
+CallOutcome voxel_signal(const char* density, int point, const char* output) {
     int result = -1;
     const ConsoleOutput printed =
         play_console("", [&] { result = KORWriteVoxelSignal(density, point, output); });
@@ -84,7 +84,7 @@ TEST(KORWriteExpectationProfile, NeedsASpinSystem) {
     write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
     define_spins({0.0});
     g_runtime.spinsystemdefined = 0;
-    Outcome outcome = profile("in.bin", "Ix", "out.csv");
+    CallOutcome outcome = profile("in.bin", "Ix", "out.csv");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Expectation profile: no prepared spin system.\n");
 
@@ -102,7 +102,7 @@ TEST(KORWriteExpectationProfile, ARejectedExpressionWritesNoFile) {
     define_spins({0.0});
     write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
     for (const char* expression : {"Iq", "Sx", "", "  ", "Not Defined", "+", "Ix + Iq"}) {
-        const Outcome outcome = profile("in.bin", expression, "out.csv");
+        const CallOutcome outcome = profile("in.bin", expression, "out.csv");
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.err,
                   "Expectation profile: invalid operator expression '" + std::string(expression) + "'.\n");
@@ -122,7 +122,7 @@ TEST(KORWriteExpectationProfile, TheExpressionIsCheckedBeforeTheDensityFile) {
 TEST(KORWriteExpectationProfile, NamesTheFileThatCannotBeOpened) {
     TempTree tree;
     define_spins({0.0});
-    Outcome outcome = profile("missing.bin", "Ix", "out.csv");
+    CallOutcome outcome = profile("missing.bin", "Ix", "out.csv");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Expectation profile: input density file: No such file or directory\n");
     EXPECT_FALSE(std::filesystem::exists("out.csv"));
@@ -138,7 +138,7 @@ TEST(KORWriteExpectationProfile, RefusesAFileOfAnotherSpinSystem) {
     TempTree tree;
     define_spins({0.0});
     write_file("in.bin", density_file(0, 4, 3, {}));
-    const Outcome outcome = profile("in.bin", "Ix", "out.csv");
+    const CallOutcome outcome = profile("in.bin", "Ix", "out.csv");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err,
               "Expectation profile: incompatible density header type=0 n=4 points=3; expected type=0 "
@@ -165,7 +165,7 @@ TEST(KORWriteExpectationProfile, AnIncompleteHeaderIsIncompatible) {
     TempTree tree;
     define_spins({0.0});
     write_file("in.bin", density_file(0, 2, 1, {}).substr(0, 11));
-    const Outcome outcome = profile("in.bin", "Ix", "out.csv");
+    const CallOutcome outcome = profile("in.bin", "Ix", "out.csv");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(last_line(outcome.err),
               "Expectation profile: incompatible density header type=0 n=0 points=0; expected type=0 n=2.\n");
@@ -185,7 +185,7 @@ TEST(KORWriteExpectationProfile, OddHeadersAreRefused) {
                                   "Expectation profile: incompatible density header type=%d n=%d points=%d; "
                                   "expected type=0 n=%d.\n",
                                   type, n, points, g_runtime.n);
-                    const Outcome outcome = profile("in.bin", "Ix", "out.csv");
+                    const CallOutcome outcome = profile("in.bin", "Ix", "out.csv");
                     ASSERT_EQ(outcome.result, 0);
                     ASSERT_EQ(outcome.err, expected);
                 }
@@ -201,7 +201,7 @@ TEST(KORWriteExpectationProfile, ReportsThePointWhereTheFileEnds) {
     for (std::size_t length :
          {header, header + 1, header + matrix - 1, header + matrix, header + 2 * matrix + 40}) {
         write_file("in.bin", whole.substr(0, length));
-        const Outcome outcome = profile("in.bin", "Ix", "out.csv");
+        const CallOutcome outcome = profile("in.bin", "Ix", "out.csv");
         const std::size_t complete = (length - header) / matrix;
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.out, "");
@@ -227,7 +227,7 @@ TEST(KORWriteExpectationProfile, ReportsAFailedWrite) {
     TempTree tree;
     define_spins({0.0});
     write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
-    const Outcome outcome = profile("in.bin", "Ix", "/dev/full");
+    const CallOutcome outcome = profile("in.bin", "Ix", "/dev/full");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err,
               "Expectation profile: write error on output file /dev/full: No space left on device\n");
@@ -239,7 +239,7 @@ TEST(KORWriteExpectationProfile, TwelvePointsOfATwoByTwoByThreeGridRunWithZFaste
     define_spins({0.0});
     grid(2, 2, 3);
     write_file("in.bin", density_file(0, 2, 12, std::vector<DenseMatrix>(12, bloch_matrix(0, 0, 0))));
-    const Outcome outcome = profile("in.bin", "Iz", "out.csv");
+    const CallOutcome outcome = profile("in.bin", "Iz", "out.csv");
     EXPECT_EQ(outcome.result, 1);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.out, "Wrote expectation profile for Iz to out.csv\n");
@@ -328,7 +328,7 @@ TEST(KORWriteExpectationProfile, DoesNotReplaceTheStatesItReads) {
     grid(1, 1, 1);
     const std::string states = density_file(0, 2, 1, {bloch_matrix(1, 0, 0)});
     write_file("in.bin", states);
-    const Outcome outcome = profile("in.bin", "I1x", "./in.bin");
+    const CallOutcome outcome = profile("in.bin", "I1x", "./in.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "Expectation profile: the output file ./in.bin is the input density file.\n");
@@ -341,7 +341,7 @@ TEST(KORWriteVoxelSignal, DoesNotReplaceTheStatesItReads) {
     acquisition_sector(8, 0.1, 0.0);
     const std::string states = density_file(0, 2, 1, {bloch_matrix(1, 0, 0)});
     write_file("in.bin", states);
-    const Outcome outcome = voxel_signal("in.bin", 1, "./in.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 1, "./in.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "Voxel signal: the output file ./in.bin is the input density file.\n");
@@ -353,7 +353,7 @@ TEST(KORWriteVoxelSignal, NeedsASpinSystem) {
     define_spins({0.0});
     acquisition_sector(8, 0.1, 0.0);
     g_runtime.spinsystemdefined = 0;
-    const Outcome outcome = voxel_signal("in.bin", 1, "out.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Voxel signal: no prepared spin system.\n");
     g_runtime.spinsystemdefined = 1;
@@ -375,7 +375,7 @@ TEST(KORWriteVoxelSignal, NeedsAnAcquisitionSectorWithAPowerOfTwoOfSamples) {
         EXPECT_EQ(voxel_signal("in.bin", 1, "out.bin").err, message) << duration;
     }
     acquisition_sector(8, 0.1, 0.0, "acq");
-    const Outcome outcome = voxel_signal("in.bin", 1, "out.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, message);
     EXPECT_FALSE(std::filesystem::exists("out.bin"));
@@ -392,7 +392,7 @@ TEST(KORWriteVoxelSignal, AnyLetterCaseMarksTheAcquisitionSectorAndTheFirstOneCo
         std::snprintf(g_runtime.remarks[3], sizeof g_runtime.remarks[3], "adc");
         g_runtime.noti[3] = 1024;
         g_runtime.sectdur[3] = 1.0;
-        const Outcome outcome = voxel_signal("in.bin", 1, "out.bin");
+        const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
         EXPECT_EQ(outcome.result, 1);
         EXPECT_EQ(last_line(outcome.out),
                   "Wrote voxel 1 receiver signal to out.bin (samples=2 acquisition=0.25 s).\n");
@@ -403,7 +403,7 @@ TEST(KORWriteVoxelSignal, ReportsAMissingDensityFile) {
     TempTree tree;
     define_spins({0.0});
     acquisition_sector(8, 0.1, 0.0);
-    const Outcome outcome = voxel_signal("missing.bin", 1, "out.bin");
+    const CallOutcome outcome = voxel_signal("missing.bin", 1, "out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Voxel signal: input density file: No such file or directory\n");
 }
@@ -417,7 +417,7 @@ TEST(KORWriteVoxelSignal, ThePointIndexRunsFromOneToTheCount) {
         EXPECT_EQ(voxel_signal("in.bin", point, "out.bin").result, 1) << point;
     std::filesystem::remove("out.bin");
     for (int point : {4, 0, -1, INT_MAX, INT_MIN}) {
-        const Outcome outcome = voxel_signal("in.bin", point, "out.bin");
+        const CallOutcome outcome = voxel_signal("in.bin", point, "out.bin");
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.err,
                   "Voxel signal: incompatible density file or point index (type=0 n=2 points=3 requested=" +
@@ -457,7 +457,7 @@ TEST(KORWriteVoxelSignal, ReportsThePointWhereTheFileEnds) {
     write_file("in.bin", whole.substr(0, 12 + 64 + 63));
     EXPECT_EQ(voxel_signal("in.bin", 1, "out.bin").result, 1);
     std::filesystem::remove("out.bin");
-    const Outcome outcome = voxel_signal("in.bin", 4, "out.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 4, "out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Voxel signal: truncated density matrix at point 2.\n");
     EXPECT_FALSE(std::filesystem::exists("out.bin"));
@@ -470,7 +470,7 @@ TEST(KORWriteVoxelSignal, ReportsATemporaryFileThatCannotBeCreated) {
     acquisition_sector(8, 0.1, 0.0);
     write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
     std::filesystem::create_directory("dm.bin");
-    const Outcome outcome = voxel_signal("in.bin", 1, "out.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Voxel signal: cannot create temporary single-voxel density file.\n");
 }
@@ -485,7 +485,7 @@ TEST(KORWriteVoxelSignal, ATemporaryFileThatCannotBeWrittenIsToldAndRemoved) {
         const std::size_t elements = std::size_t{1} << (2 * spins);
         write_file("in.bin", density_file(0, g_runtime.n, 1, {DenseMatrix(elements)}));
         std::filesystem::create_symlink("/dev/full", "dm.bin");
-        const Outcome outcome = voxel_signal("in.bin", 1, "out.bin");
+        const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.err, "Voxel signal: cannot write temporary density matrix.\n");
         EXPECT_EQ(outcome.out, "");
@@ -498,7 +498,7 @@ TEST(KORWriteVoxelSignal, AnOutputThatCannotBeOpenedLeavesNoTemporaryFile) {
     define_spins({0.0});
     acquisition_sector(8, 0.1, 0.0);
     write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
-    const Outcome outcome = voxel_signal("in.bin", 1, "no-folder/out.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 1, "no-folder/out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "fopen(signal output): No such file or directory\n"
                            "Voxel signal: receiver signal generation failed.\n");
@@ -514,7 +514,7 @@ TEST(KORWriteVoxelSignal, OneSpinPrecessesAtItsOffsetPlusTheReceiverOffset) {
     write_file(
         "in.bin",
         density_file(0, 2, 3, {bloch_matrix(9, 9, 9), bloch_matrix(0.75, -0.5, 0.3), bloch_matrix(8, 8, 8)}));
-    const Outcome outcome = voxel_signal("in.bin", 2, "out.bin");
+    const CallOutcome outcome = voxel_signal("in.bin", 2, "out.bin");
     ASSERT_EQ(outcome.result, 1);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(last_line(outcome.out),
@@ -525,7 +525,7 @@ TEST(KORWriteVoxelSignal, OneSpinPrecessesAtItsOffsetPlusTheReceiverOffset) {
     const std::vector<double> samples = reals_behind_header(bytes);
     ASSERT_EQ(samples.size(), 128u);
     for (std::size_t k = 0; k < 64; ++k) {
-        const double angle = 2.0 * pi * (35.0 - 10.0) * 0.2 / 64.0 * static_cast<double>(k);
+        const double angle = 2.0 * PI * (35.0 - 10.0) * 0.2 / 64.0 * static_cast<double>(k);
         const std::complex<double> expected =
             std::complex<double>(0.75, -0.5) / std::sqrt(2.0) * std::polar(1.0, -angle);
         EXPECT_NEAR(samples[2 * k], expected.real(), 1e-12) << k;
@@ -555,7 +555,7 @@ TEST(KORWriteVoxelSignal, TheSamplesAreThoseOfTheDirectComputation) {
             (*rho)[r][c] = {{0.0, element.real(), element.imag()}};
         }
     CMatAdd(4, g_runtime.Izee, g_runtime.Icoup, *hamiltonian);
-    CMatRMultAdd(4, *hamiltonian, 1.0, g_runtime.Iztot, 2.0 * pi * 17.0, *hamiltonian);
+    CMatRMultAdd(4, *hamiltonian, 1.0, g_runtime.Iztot, 2.0 * PI * 17.0, *hamiltonian);
     RMultCMat(4, -1.0, *hamiltonian, *hamiltonian);
     make_transverse_totals(1);
     std::vector<double> re(points), im(points), expected;

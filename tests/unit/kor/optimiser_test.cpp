@@ -5,6 +5,7 @@
 #include "kor/spin_system.h"
 #include "rfpulseparam.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 
 #include <gtest/gtest.h>
 
@@ -18,13 +19,12 @@ namespace {
 
 using kor::g_runtime;
 using kor_test::play_console;
-
-constexpr double two_pi = 2.0 * kor::KOR_PI;
+using kor_test::TWO_PI;
 
 /// One spin 1/2 at `offset_hz`, state Iz, operator Iy, and a pulse of `points` samples in `duration` seconds
 /// with two modes per component. trace(Iy Iy) = 1/2, so that <Iy> of a perfect 90 degree pulse about x is
 /// 1/2.
-void prepare_one_spin(double offset_hz, int points = 64, double duration = 1e-3) {
+void prepare_offset_spin(double offset_hz, int points = 64, double duration = 1e-3) {
     kor::KOR_SetSmokeCheckMode(1);
     g_runtime.Nspins = 1;
     g_runtime.Jexact = 1;
@@ -47,15 +47,15 @@ void prepare_one_spin(double offset_hz, int points = 64, double duration = 1e-3)
 /// A constant field along x as parameters: mode 0 of x is the field times the number of points.
 std::vector<double> constant_pulse(double field_hz) {
     std::vector<double> par(8, 0.0);
-    par[0] = two_pi * field_hz * g_runtime.ap;
+    par[0] = TWO_PI * field_hz * g_runtime.ap;
     return par;
 }
 
 /// -Re <Iy> behind a constant field along x at an offset: the magnetisation turns about the tilted effective
 /// field. Textbook rotation with the sense of rho -> exp(+iHt) rho exp(-iHt).
 double closed_form(double field_hz, double offset_hz, double duration) {
-    const double effective = two_pi * std::hypot(field_hz, offset_hz);
-    return -0.5 * field_hz * two_pi / effective * std::sin(effective * duration);
+    const double effective = TWO_PI * std::hypot(field_hz, offset_hz);
+    return -0.5 * field_hz * TWO_PI / effective * std::sin(effective * duration);
 }
 
 /// The log with an imaginary part at rounding level written as 0.
@@ -69,7 +69,7 @@ std::string without_imaginary_rounding(const std::string& log) {
 TEST(OptimiserObjective, IsMinusTheExpectationValueBehindThePulse) {
     for (const double offset : {0.0, 130.0, -400.0}) {
         for (const double field : {250.0, 90.0, 700.0}) {
-            prepare_one_spin(offset);
+            prepare_offset_spin(offset);
             const auto par = constant_pulse(field);
             double value = 0.0;
             const auto console = play_console("", [&] { value = kor::fnc(par.data()); });
@@ -85,8 +85,8 @@ TEST(OptimiserObjective, IsMinusTheExpectationValueBehindThePulse) {
 }
 
 TEST(OptimiserObjective, LeavesTheStartStateAndAddsTheGradientOffset) {
-    prepare_one_spin(0.0);
-    g_runtime.gs = two_pi * 200.0;
+    prepare_offset_spin(0.0);
+    g_runtime.gs = TWO_PI * 200.0;
     g_runtime.x0_s = 0.65;
     const auto par = constant_pulse(250.0);
     double value = 0.0;
@@ -97,8 +97,8 @@ TEST(OptimiserObjective, LeavesTheStartStateAndAddsTheGradientOffset) {
 }
 
 TEST(OptimiserGradient, AgreesWithCentralDifferences) {
-    prepare_one_spin(170.0);
-    std::vector<double> par = {two_pi * 200.0 * 64, 3e3, -2e4, 1e3, 4e3, -5e3, 6e3, 7e3};
+    prepare_offset_spin(170.0);
+    std::vector<double> par = {TWO_PI * 200.0 * 64, 3e3, -2e4, 1e3, 4e3, -5e3, 6e3, 7e3};
     std::vector<double> gradient(8), central(8);
     play_console("", [&] {
         kor::dfnc(kor::fnc(par.data()), par.data(), 8, gradient.data());
@@ -116,7 +116,7 @@ TEST(OptimiserGradient, AgreesWithCentralDifferences) {
 }
 
 TEST(OptimiserGradient, StepsByTheTenMillionthOfAParameterOrOfOne) {
-    prepare_one_spin(0.0);
+    prepare_offset_spin(0.0);
     // Mode 0 of x is a field of p / 64 rad/s; over 64 samples of 1 s it turns by p rad.
     g_runtime.h = 1.0;
     g_runtime.npar = 8;
@@ -130,7 +130,7 @@ TEST(OptimiserGradient, StepsByTheTenMillionthOfAParameterOrOfOne) {
 }
 
 TEST(OptimiserLine, WithoutALineEvaluatesAtParWhateverThePlace) {
-    prepare_one_spin(0.0);
+    prepare_offset_spin(0.0);
     const auto par = constant_pulse(100.0);
     std::copy(par.begin(), par.end(), g_runtime.par);
     double first = 0.0, second = 1.0, beyond = 2.0;
@@ -148,7 +148,7 @@ TEST(OptimiserLine, WithoutALineEvaluatesAtParWhateverThePlace) {
 
 /// The line p0 = z along mode 0 of x at resonance: func(z) = -sin(z) / 2, a function known everywhere.
 void prepare_sine_line(double start) {
-    prepare_one_spin(0.0, 64, 64.0);
+    prepare_offset_spin(0.0, 64, 64.0);
     g_runtime.kor_ncom = 8;
     std::fill_n(g_runtime.pcom, 8, 0.0);
     std::fill_n(g_runtime.xicom, 8, 0.0);
@@ -268,7 +268,7 @@ TEST(Brent, FindsTheMinimumInsideTheBracket) {
 }
 
 TEST(Linmin, MovesThePointAndTurnsTheDirectionIntoTheStep) {
-    prepare_one_spin(0.0, 64, 64.0);
+    prepare_offset_spin(0.0, 64, 64.0);
     std::vector<double> point(8, 0.0), direction(8, 0.0);
     point[0] = 0.2;
     direction[0] = 0.25;
@@ -281,7 +281,7 @@ TEST(Linmin, MovesThePointAndTurnsTheDirectionIntoTheStep) {
 }
 
 TEST(Linmin, KeepsToItsArraysForALineThatIsTooLong) {
-    prepare_one_spin(0.0);
+    prepare_offset_spin(0.0);
     std::vector<double> point(200, 1.0), direction(200, 2.0);
     std::fill_n(g_runtime.xt, kor::KOR_MAX_PARAMETERS, 7.0);
     double minimum = 0.0;
@@ -293,7 +293,7 @@ TEST(Linmin, KeepsToItsArraysForALineThatIsTooLong) {
 }
 
 TEST(Frprmn, ReachesTheBestPulseOfOneSpinOffResonance) {
-    prepare_one_spin(120.0);
+    prepare_offset_spin(120.0);
     auto par = constant_pulse(180.0);
     int iterations = 0;
     double minimum = 0.0, start = 0.0;
@@ -319,7 +319,7 @@ TEST(Frprmn, ReachesTheBestPulseOfOneSpinOffResonance) {
 // way down in a few line searches. Whether the last percent is still worth one more hangs on the last bits of
 // the forward differences.
 TEST(Frprmn, NearAMinimumConvergesAsOnAQuadratic) {
-    prepare_one_spin(120.0);
+    prepare_offset_spin(120.0);
     auto par = constant_pulse(250.0);
     int iterations = 0;
     double best = 0.0, minimum = 0.0, start = 0.0;
@@ -338,7 +338,7 @@ TEST(Frprmn, NearAMinimumConvergesAsOnAQuadratic) {
 // Polak & Ribiere: the second line runs along g1 + gamma g0 with gamma = (g1 - g0).g1 / g0.g0, g = -gradient.
 TEST(Frprmn, TheSecondLineIsThePolakRibiereDirection) {
     constexpr int n = 8;
-    prepare_one_spin(120.0);
+    prepare_offset_spin(120.0);
     auto par = constant_pulse(120.0);
     for (std::size_t j = 1; j < n; ++j) // far from 0, where forward differences are exact to 1e-9
         par[j] = par[0] * (0.1 + 0.03 * static_cast<double>(j));
@@ -376,7 +376,7 @@ TEST(Frprmn, TheSecondLineIsThePolakRibiereDirection) {
 }
 
 TEST(Frprmn, AVanishingGradientEndsAfterTheFirstLineSearch) {
-    prepare_one_spin(0.0);
+    prepare_offset_spin(0.0);
     kor::CMatZero(2, g_runtime.Istat);
     auto par = constant_pulse(180.0);
     int iterations = 0;
@@ -387,7 +387,7 @@ TEST(Frprmn, AVanishingGradientEndsAfterTheFirstLineSearch) {
 }
 
 TEST(Frprmn, AcceptedPointsNeverGetWorse) {
-    prepare_one_spin(-310.0);
+    prepare_offset_spin(-310.0);
     auto par = constant_pulse(100.0);
     double last = std::numeric_limits<double>::infinity();
     for (int restart = 0; restart < 4; ++restart) {

@@ -14,12 +14,12 @@ namespace {
 using kor_test::Dense;
 using kor_test::distance;
 
-constexpr char error[] = "error";
+constexpr char unparsed[] = "error";
 
 /// The symbolic operator of a text, or "error".
 std::string parsed(const char* text, int Nspins) {
     char symbolic[KOR_MAX_SPINS + 1];
-    return parse_product_operator_string(text, Nspins, symbolic) ? symbolic : error;
+    return parse_product_operator_string(text, Nspins, symbolic) ? symbolic : unparsed;
 }
 
 struct GrammarCase {
@@ -40,10 +40,10 @@ const GrammarCase grammar[] = {
     {"i1Y", 1, "y"},
     {"I01z", 1, "z"},
     {"I000000000001z", 1, "z"},
-    {"Sx", 1, error},
-    {"I2x", 1, error},
-    {"I0x", 1, error},
-    {"I99999999999999999999x", 1, error},
+    {"Sx", 1, unparsed},
+    {"I2x", 1, unparsed},
+    {"I0x", 1, unparsed},
+    {"I99999999999999999999x", 1, unparsed},
     // the identity
     {"E", 2, "ee"},
     {"e", 2, "ee"},
@@ -52,14 +52,14 @@ const GrammarCase grammar[] = {
     {"E\n", 2, "ee"},
     {"E Ix", 2, "ee"},
     {"e garbage", 2, "ee"},
-    {"Ex", 2, error},
-    {"E,", 2, error},
-    {"EE", 2, error},
-    {"Ix E", 2, error},
+    {"Ex", 2, unparsed},
+    {"E,", 2, unparsed},
+    {"EE", 2, unparsed},
+    {"Ix E", 2, unparsed},
     // nothing
-    {"", 2, error},
-    {"   ", 2, error},
-    {"\t\n", 2, error},
+    {"", 2, unparsed},
+    {"   ", 2, unparsed},
+    {"\t\n", 2, unparsed},
     // products and separators
     {"IxSz", 2, "xz"},
     {"SzIx", 2, "xz"},
@@ -74,45 +74,45 @@ const GrammarCase grammar[] = {
     {"  IxSz  ", 2, "xz"},
     {"IxSz,", 2, "xz"},
     {"IxSz;;;", 2, "xz"},
-    {",IxSz", 2, error},
-    {"_Ix", 2, error},
+    {",IxSz", 2, unparsed},
+    {"_Ix", 2, unparsed},
     {"ix,sz;tz", 3, "xzz"},
     {"TyIx", 3, "xey"},
     {"I3y I1x", 3, "xey"},
-    {"I3x", 2, error},
+    {"I3x", 2, unparsed},
     {"I2x", 2, "ex"},
-    {"Tx", 2, error},
+    {"Tx", 2, unparsed},
     // a spin named twice keeps the later component
     {"IxIz", 1, "z"},
     {"IxSyIz", 2, "zy"},
     {"IxI1y", 2, "ye"},
     // broken components and designators
-    {"I", 2, error},
-    {"I1", 2, error},
-    {"Iq", 2, error},
-    {"I x", 2, error},
-    {"I 1x", 2, error},
-    {"I1 x", 2, error},
-    {"I,x", 2, error},
-    {"Ix Qz", 2, error},
-    {"IxS", 2, error},
-    {"Ix S", 2, error},
-    {"1x", 2, error},
-    {"x", 2, error},
-    {"Ix+Sx", 2, error},
-    {"-Ix", 2, error},
-    {"2IxSz", 2, error},
-    {"Ie", 2, error},
-    {"I+", 2, error},
-    {"Ixx", 2, error},
-    {"not defined", 2, error},
+    {"I", 2, unparsed},
+    {"I1", 2, unparsed},
+    {"Iq", 2, unparsed},
+    {"I x", 2, unparsed},
+    {"I 1x", 2, unparsed},
+    {"I1 x", 2, unparsed},
+    {"I,x", 2, unparsed},
+    {"Ix Qz", 2, unparsed},
+    {"IxS", 2, unparsed},
+    {"Ix S", 2, unparsed},
+    {"1x", 2, unparsed},
+    {"x", 2, unparsed},
+    {"Ix+Sx", 2, unparsed},
+    {"-Ix", 2, unparsed},
+    {"2IxSz", 2, unparsed},
+    {"Ie", 2, unparsed},
+    {"I+", 2, unparsed},
+    {"Ixx", 2, unparsed},
+    {"not defined", 2, unparsed},
     // all eight letters
     {"IxSyTzUxVyWzAxBy", 8, "xyzxyzxy"},
     {"I1xI2yI3zI4xI5yI6zI7xI8y", 8, "xyzxyzxy"},
     {"axbz", 8, "eeeeeexz"},
-    {"Bz", 7, error},
+    {"Bz", 7, unparsed},
     {"I8z", 8, "eeeeeeez"},
-    {"I9z", 8, error},
+    {"I9z", 8, unparsed},
     {"Wz", 6, "eeeeez"},
 };
 
@@ -124,7 +124,7 @@ TEST(ParseProductOperatorString, Grammar) {
 }
 
 TEST(ParseProductOperatorString, MissingTextIsAnError) {
-    EXPECT_EQ(parsed(nullptr, 2), error);
+    EXPECT_EQ(parsed(nullptr, 2), unparsed);
 }
 
 TEST(DecimalToBase4Symbols, LeastSignificantDigitIsTheFirstSpin) {
@@ -188,11 +188,11 @@ struct Basis {
     }
 };
 
-CMatrix out;
+CMatrix operator_out;
 
-int build(const Basis& basis, const char* expression) {
+int build_sum(const Basis& basis, const char* expression) {
     return create_operator_expression_spinhalf(basis.n, basis.Nspins, basis.Ilist, basis.ket, expression,
-                                               out);
+                                               operator_out);
 }
 
 Dense unit(const Dense& a) {
@@ -210,16 +210,16 @@ TEST(NormOperator, IsTheKroneckerProductOfUnitNorm) {
         SCOPED_TRACE("seed " + std::to_string(seed) + " operator " + symbolic);
         const std::vector<int> two_i(static_cast<std::size_t>(spins), 1);
         const Basis basis(two_i);
-        create_norm_operator_spinhalf(basis.n, spins, basis.Ilist, basis.ket, symbolic.c_str(), out);
-        EXPECT_LT(distance(out, unit(kor_test::product_of(two_i, symbolic))), 1e-14);
+        create_norm_operator_spinhalf(basis.n, spins, basis.Ilist, basis.ket, symbolic.c_str(), operator_out);
+        EXPECT_LT(distance(operator_out, unit(kor_test::product_of(two_i, symbolic))), 1e-14);
     }
 }
 
 TEST(NormOperator, NonzeroEntriesHaveModulusOneOverRootN) {
     const Basis basis({1, 1, 1});
     for (const char* symbolic : {"xee", "xye", "zyx"}) {
-        create_norm_operator_spinhalf(8, 3, basis.Ilist, basis.ket, symbolic, out);
-        const Dense dense = kor_test::to_dense(8, out);
+        create_norm_operator_spinhalf(8, 3, basis.Ilist, basis.ket, symbolic, operator_out);
+        const Dense dense = kor_test::to_dense(8, operator_out);
         for (Eigen::Index r = 0; r < 8; ++r)
             EXPECT_NEAR(dense.row(r).cwiseAbs().maxCoeff(), 1.0 / std::sqrt(8.0), 1e-15) << symbolic;
     }
@@ -227,75 +227,75 @@ TEST(NormOperator, NonzeroEntriesHaveModulusOneOverRootN) {
 
 TEST(NormOperator, AnyOtherComponentMeansIz) {
     const Basis basis({1});
-    create_norm_operator_spinhalf(2, 1, basis.Ilist, basis.ket, "q", out);
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1}, "z"))), 1e-15);
+    create_norm_operator_spinhalf(2, 1, basis.Ilist, basis.ket, "q", operator_out);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1}, "z"))), 1e-15);
 }
 
 TEST(OperatorExpression, IdentityIsNormalised) {
     const Basis basis({1, 1});
-    ASSERT_EQ(build(basis, "E"), 1);
-    EXPECT_LT(distance(out, Dense(0.5 * Dense::Identity(4, 4))), 1e-15);
-    make_identity_operator(4, out);
-    EXPECT_LT(distance(out, Dense(Dense::Identity(4, 4))), 1e-300);
+    ASSERT_EQ(build_sum(basis, "E"), 1);
+    EXPECT_LT(distance(operator_out, Dense(0.5 * Dense::Identity(4, 4))), 1e-15);
+    make_identity_operator(4, operator_out);
+    EXPECT_LT(distance(operator_out, Dense(Dense::Identity(4, 4))), 1e-300);
 }
 
 TEST(OperatorExpression, SumsWeighEachTermAlike) {
     const Basis basis({1, 1});
-    ASSERT_EQ(build(basis, "Ix + Sx"), 1);
-    EXPECT_LT(distance(out, unit(kor_test::total({1, 1}, 'x'))), 1e-15);
-    ASSERT_EQ(build(basis, "Ix+IxSz"), 1);
+    ASSERT_EQ(build_sum(basis, "Ix + Sx"), 1);
+    EXPECT_LT(distance(operator_out, unit(kor_test::total({1, 1}, 'x'))), 1e-15);
+    ASSERT_EQ(build_sum(basis, "Ix+IxSz"), 1);
     const Dense ix = unit(kor_test::product_of({1, 1}, "xe"));
     const Dense ixsz = unit(kor_test::product_of({1, 1}, "xz"));
-    EXPECT_LT(distance(out, unit(ix + ixsz)), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(ix + ixsz)), 1e-15);
 }
 
 TEST(OperatorExpression, ATermTwiceCountsTwice) {
     const Basis basis({1, 1});
-    ASSERT_EQ(build(basis, "Ix+Ix+Sx"), 1);
+    ASSERT_EQ(build_sum(basis, "Ix+Ix+Sx"), 1);
     const Dense expected = 2.0 * kor_test::product_of({1, 1}, "xe") + kor_test::product_of({1, 1}, "ex");
-    EXPECT_LT(distance(out, unit(expected)), 1e-15);
+    EXPECT_LT(distance(operator_out, unit(expected)), 1e-15);
 }
 
 TEST(OperatorExpression, EmptyTermsAreSkipped) {
     const Basis basis({1, 1});
     const Dense ix = unit(kor_test::product_of({1, 1}, "xe"));
     for (const char* text : {"Ix+", "+Ix", "++ Ix +\t+", " Ix +  "}) {
-        ASSERT_EQ(build(basis, text), 1) << text;
-        EXPECT_LT(distance(out, ix), 1e-15) << text;
+        ASSERT_EQ(build_sum(basis, text), 1) << text;
+        EXPECT_LT(distance(operator_out, ix), 1e-15) << text;
     }
-    EXPECT_EQ(build(basis, "+"), 0);
-    EXPECT_EQ(build(basis, " + + "), 0);
+    EXPECT_EQ(build_sum(basis, "+"), 0);
+    EXPECT_EQ(build_sum(basis, " + + "), 0);
 }
 
 TEST(OperatorExpression, ATermThatDoesNotParseFailsAndLeavesTheTermsBefore) {
     const Basis basis({1, 1});
-    EXPECT_EQ(build(basis, "Ix+Qz+Sx"), 0);
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "xe"))), 1e-15);
-    EXPECT_EQ(build(basis, "Ix - Sx"), 0);
-    EXPECT_EQ(build(basis, "I3x"), 0);
-    ASSERT_EQ(build(basis, "I2x"), 1);
-    EXPECT_LT(distance(out, unit(kor_test::product_of({1, 1}, "ex"))), 1e-15);
+    EXPECT_EQ(build_sum(basis, "Ix+Qz+Sx"), 0);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "xe"))), 1e-15);
+    EXPECT_EQ(build_sum(basis, "Ix - Sx"), 0);
+    EXPECT_EQ(build_sum(basis, "I3x"), 0);
+    ASSERT_EQ(build_sum(basis, "I2x"), 1);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of({1, 1}, "ex"))), 1e-15);
 }
 
 TEST(OperatorExpression, ASpinThatIsNoSpinHalfFailsWithoutTouchingTheResult) {
     const Basis basis({1, 2});
-    CMatIdentity(6, out);
-    EXPECT_EQ(build(basis, "Ix"), 0);
-    EXPECT_LT(distance(out, Dense(Dense::Identity(6, 6))), 1e-300);
+    CMatIdentity(6, operator_out);
+    EXPECT_EQ(build_sum(basis, "Ix"), 0);
+    EXPECT_LT(distance(operator_out, Dense(Dense::Identity(6, 6))), 1e-300);
 }
 
 TEST(OperatorExpression, UndefinedTextFails) {
     const Basis basis({1});
     for (const char* text : {static_cast<const char*>(nullptr), "", "  \t", "not defined", "  Not DEFINED\n"})
-        EXPECT_EQ(build(basis, text), 0);
+        EXPECT_EQ(build_sum(basis, text), 0);
 }
 
 TEST(OperatorExpression, CharactersBeyondTheLimitDoNotCount) {
     const Basis basis({1});
     const std::string kept = "Ix" + std::string(509, ' ');
     ASSERT_EQ(kept.size(), 511U);
-    EXPECT_EQ(build(basis, (kept + "junk").c_str()), 1);
-    EXPECT_EQ(build(basis, ("Ix" + std::string(508, ' ') + "junk").c_str()), 0);
+    EXPECT_EQ(build_sum(basis, (kept + "junk").c_str()), 1);
+    EXPECT_EQ(build_sum(basis, ("Ix" + std::string(508, ' ') + "junk").c_str()), 0);
 }
 
 TEST(OperatorExpression, RandomSumsAgreeWithKroneckerProducts) {
@@ -319,8 +319,8 @@ TEST(OperatorExpression, RandomSumsAgreeWithKroneckerProducts) {
             sum += unit(kor_test::product_of(two_i, symbolic));
         }
         SCOPED_TRACE("seed " + std::to_string(seed) + " expression " + expression);
-        ASSERT_EQ(build(basis, expression.c_str()), 1);
-        EXPECT_LT(distance(out, unit(sum)), 1e-14);
+        ASSERT_EQ(build_sum(basis, expression.c_str()), 1);
+        EXPECT_LT(distance(operator_out, unit(sum)), 1e-14);
     }
 }
 
@@ -355,8 +355,9 @@ TEST(SingleSpinOperator, TypesAreRaisingLoweringAndCartesianTimesTheFactor) {
     const std::pair<int, char> types[] = {{1, '+'}, {2, '-'}, {3, 'x'}, {4, 'y'},
                                           {5, 'z'}, {0, 'z'}, {9, 'z'}};
     for (const auto& [type, component] : types) {
-        create_single_spin_operator(basis.n, basis.Ilist, basis.ket, 1, type, -1.5, out);
-        EXPECT_LT(distance(out, Dense(-1.5 * kor_test::on_spin(two_i, 1, component))), 1e-14) << type;
+        create_single_spin_operator(basis.n, basis.Ilist, basis.ket, 1, type, -1.5, operator_out);
+        EXPECT_LT(distance(operator_out, Dense(-1.5 * kor_test::on_spin(two_i, 1, component))), 1e-14)
+            << type;
     }
 }
 
@@ -364,10 +365,10 @@ TEST(MultiplyAndNormalise, ScalesTheProductToUnitNorm) {
     static CMatrix op2;
     const std::vector<int> two_i = {1, 2};
     const Basis basis(two_i);
-    create_single_spin_operator(basis.n, basis.Ilist, basis.ket, 1, 3, 4.0, out);
+    create_single_spin_operator(basis.n, basis.Ilist, basis.ket, 1, 3, 4.0, operator_out);
     create_single_spin_operator(basis.n, basis.Ilist, basis.ket, 2, 5, 2.0, op2);
-    multiply_and_normalise(basis.n, out, op2);
-    EXPECT_LT(distance(out, unit(kor_test::product_of(two_i, "xz"))), 1e-14);
+    multiply_and_normalise(basis.n, operator_out, op2);
+    EXPECT_LT(distance(operator_out, unit(kor_test::product_of(two_i, "xz"))), 1e-14);
 }
 
 /// The current state holds two spins 1/2.

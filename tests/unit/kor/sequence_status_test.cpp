@@ -24,7 +24,7 @@ std::string verdict() {
     return start == std::string::npos ? "" : text.substr(start + 21, text.find('\n', start) - start - 21);
 }
 
-void ready_model(int family) {
+void ready_sequence(int family) {
     kor_test::forget_model();
     kor_test::define_spins({1, 1}, {1, 1}, {0, 0}, {0}, true);
     Sector sector;
@@ -68,7 +68,7 @@ TEST(PrintNonInteractiveStatus, OfAnEmptyModelListsWhatIsNotThere) {
 }
 
 TEST(PrintNonInteractiveStatus, OfAReadySpatialModel) {
-    ready_model(1);
+    ready_sequence(1);
     g_runtime.sectype[1] = 4;
     EXPECT_EQ(status(), "Current model state:\n"
                         "  Nspins           : 2\n"
@@ -81,7 +81,7 @@ TEST(PrintNonInteractiveStatus, OfAReadySpatialModel) {
 }
 
 TEST(PrintNonInteractiveStatus, OfAReadyNmrModel) {
-    ready_model(2);
+    ready_sequence(2);
     g_runtime.sectype[1] = 2;
     std::snprintf(g_runtime.resultflnm, sizeof g_runtime.resultflnm, "out/fid.bin");
     EXPECT_EQ(status(), "Current model state:\n"
@@ -104,14 +104,14 @@ TEST(PrintNonInteractiveStatus, FirstSectorLineUsesTheLabelsOfTheFamily) {
         {1, 0, "  first sector     : <unset>\n"},       {1, 1, "  first sector     : hard pulse (1)\n"},
         {1, 9, "  first sector     : <unknown> (9)\n"}, {0, 2, "  first sector     : AM pulse (2)\n"}};
     for (const auto& c : cases) {
-        ready_model(c.family);
+        ready_sequence(c.family);
         g_runtime.sectype[1] = c.type;
         EXPECT_NE(status().find(c.line), std::string::npos) << c.line << status();
     }
 }
 
 TEST(PrintNonInteractiveStatus, NamesTheFirstThingThatIsMissing) {
-    ready_model(2);
+    ready_sequence(2);
     g_runtime.nos = 0;
     EXPECT_EQ(verdict(), "incomplete (sequence sectors missing)");
     g_runtime.nos = 3;
@@ -129,28 +129,28 @@ TEST(PrintNonInteractiveStatus, NamesTheFirstThingThatIsMissing) {
 }
 
 TEST(PrintNonInteractiveStatus, NamesTheFirstIncompleteSectorOfTheSpatialFamily) {
-    ready_model(1);
+    ready_sequence(1);
     g_runtime.noti[3] = 0;
     EXPECT_NE(status().find("  run status       : incomplete (sector 3 is incomplete)\n"), std::string::npos);
     g_runtime.fnames[2][0] = '\0';
     EXPECT_EQ(verdict(), "incomplete (sector 2 is incomplete)");
     g_runtime.statoff[1] = std::nan("");
     EXPECT_EQ(verdict(), "incomplete (sector 1 is incomplete)");
-    ready_model(1);
+    ready_sequence(1);
     g_runtime.sectype[1] = 0;
     g_runtime.nevo[1] = 0;
     EXPECT_EQ(verdict(), "ready");
 }
 
 TEST(PrintNonInteractiveStatus, NamesTheFirstIncompleteSectorOfTheNmrFamily) {
-    ready_model(2);
+    ready_sequence(2);
     g_runtime.sectype[3] = 3;
     EXPECT_EQ(verdict(), "incomplete (sector 3 is incomplete)");
     g_runtime.nevo[2] = 0;
     EXPECT_EQ(verdict(), "incomplete (sector 2 is incomplete)");
     g_runtime.sectype[1] = 0;
     EXPECT_EQ(verdict(), "incomplete (sector 1 is incomplete)");
-    ready_model(2);
+    ready_sequence(2);
     g_runtime.statoff[1] = std::nan("");
     g_runtime.ndx = 0;
     g_runtime.offsetset = 0;
@@ -159,17 +159,17 @@ TEST(PrintNonInteractiveStatus, NamesTheFirstIncompleteSectorOfTheNmrFamily) {
 
 TEST(PrintNonInteractiveStatus, SpatialFamilyNeedsItsGrid) {
     for (int* axis : {&g_runtime.ndx, &g_runtime.ndy, &g_runtime.ndz}) {
-        ready_model(1);
+        ready_sequence(1);
         *axis = 0;
         EXPECT_EQ(verdict(), "incomplete (spatial grid missing)");
     }
-    ready_model(1);
+    ready_sequence(1);
     g_runtime.offsetset = 0;
     EXPECT_EQ(verdict(), "incomplete (spatial grid missing)");
 }
 
 TEST(PrintNonInteractiveStatus, UnknownFamilyIsToldBehindItsSectors) {
-    ready_model(3);
+    ready_sequence(3);
     EXPECT_EQ(verdict(), "incomplete (unknown sequence family)");
     g_runtime.noti[2] = 0;
     EXPECT_EQ(verdict(), "incomplete (sector 2 is incomplete)");

@@ -10,7 +10,7 @@ using namespace kor;
 
 namespace {
 
-KORLegacySnapshot snapshot;
+KORLegacySnapshot taken_snapshot;
 
 /// A system of `spins` spins 1/2 with 20 sectors; every field different.
 void define_system(int spins) {
@@ -93,18 +93,18 @@ double izee_of_state(int state) {
 
 TEST(Snapshot, CapturingZeroFillsTheRecordFirst) {
     define_system(2);
-    std::memset(&snapshot, 0x55, sizeof snapshot);
-    CaptureLegacySnapshot(&snapshot);
+    std::memset(&taken_snapshot, 0x55, sizeof taken_snapshot);
+    CaptureLegacySnapshot(&taken_snapshot);
     for (int i : {7, 8}) {
-        EXPECT_EQ(snapshot.quantnum[i], 0);
-        EXPECT_EQ(snapshot.relspinamp[i], 0.0);
-        EXPECT_EQ(snapshot.resofreqs[i], 0.0);
+        EXPECT_EQ(taken_snapshot.quantnum[i], 0);
+        EXPECT_EQ(taken_snapshot.relspinamp[i], 0.0);
+        EXPECT_EQ(taken_snapshot.resofreqs[i], 0.0);
     }
 }
 
 TEST(Snapshot, ASixSpinSystemRoundTripsExactly) {
     define_system(6);
-    CaptureLegacySnapshot(&snapshot);
+    CaptureLegacySnapshot(&taken_snapshot);
     static RuntimeState before;
     std::memcpy(&before, &g_runtime, sizeof before);
     spoil_definition();
@@ -112,54 +112,54 @@ TEST(Snapshot, ASixSpinSystemRoundTripsExactly) {
     g_runtime.relspinamp[8] = before.relspinamp[8];
     g_runtime.resofreqs[7] = before.resofreqs[7];
     g_runtime.resofreqs[8] = before.resofreqs[8];
-    RestoreLegacySnapshot(&snapshot);
+    RestoreLegacySnapshot(&taken_snapshot);
     EXPECT_EQ(std::memcmp(&before, &g_runtime, sizeof before), 0);
 }
 
 TEST(Snapshot, AnEightSpinSystemLosesSpinsSevenAndEight) {
     define_system(8);
-    CaptureLegacySnapshot(&snapshot);
-    EXPECT_EQ(snapshot.Nspins, 8);
-    EXPECT_EQ(snapshot.Jcount, 28);
+    CaptureLegacySnapshot(&taken_snapshot);
+    EXPECT_EQ(taken_snapshot.Nspins, 8);
+    EXPECT_EQ(taken_snapshot.Jcount, 28);
     for (int i = 1; i <= 8; ++i) {
-        EXPECT_EQ(snapshot.quantnum[i], i <= 6 ? 1 : 0);
-        EXPECT_EQ(snapshot.relspinamp[i], i <= 6 ? 10.0 + i : 0.0);
-        EXPECT_EQ(snapshot.resofreqs[i], i <= 6 ? 20.0 + i : 0.0);
-        EXPECT_EQ(snapshot.jc[7][i], 0.0);
-        EXPECT_EQ(snapshot.jc[i][8], 0.0);
+        EXPECT_EQ(taken_snapshot.quantnum[i], i <= 6 ? 1 : 0);
+        EXPECT_EQ(taken_snapshot.relspinamp[i], i <= 6 ? 10.0 + i : 0.0);
+        EXPECT_EQ(taken_snapshot.resofreqs[i], i <= 6 ? 20.0 + i : 0.0);
+        EXPECT_EQ(taken_snapshot.jc[7][i], 0.0);
+        EXPECT_EQ(taken_snapshot.jc[i][8], 0.0);
     }
-    EXPECT_EQ(snapshot.jc[5][6], 506.0);
+    EXPECT_EQ(taken_snapshot.jc[5][6], 506.0);
     for (int p = 1; p <= 28; ++p)
-        EXPECT_EQ(snapshot.couplings[p], p <= 20 ? g_runtime.couplings[p] : 0.0);
+        EXPECT_EQ(taken_snapshot.couplings[p], p <= 20 ? g_runtime.couplings[p] : 0.0);
 }
 
 TEST(Snapshot, RestoringLeavesSpinsSevenAndEightOfTheState) {
     define_system(8);
-    CaptureLegacySnapshot(&snapshot);
+    CaptureLegacySnapshot(&taken_snapshot);
     define_system(2);
     g_runtime.quantnum[7] = 3;
     g_runtime.relspinamp[7] = -7.0;
     g_runtime.resofreqs[8] = -8.0;
     g_runtime.couplings[21] = -21.0;
     g_runtime.couplings[20] = -20.0;
-    snapshot.systemset = 0;
-    RestoreLegacySnapshot(&snapshot);
+    taken_snapshot.systemset = 0;
+    RestoreLegacySnapshot(&taken_snapshot);
     EXPECT_EQ(g_runtime.Nspins, 8);
     EXPECT_EQ(g_runtime.quantnum[6], 1);
     EXPECT_EQ(g_runtime.quantnum[7], 3);
     EXPECT_EQ(g_runtime.relspinamp[7], -7.0);
     EXPECT_EQ(g_runtime.resofreqs[8], -8.0);
     EXPECT_EQ(g_runtime.couplings[21], -21.0);
-    EXPECT_EQ(g_runtime.couplings[20], snapshot.couplings[20]);
+    EXPECT_EQ(g_runtime.couplings[20], taken_snapshot.couplings[20]);
 }
 
 TEST(Snapshot, RestoringWritesTheQuantumNumbersIntoTheList) {
     define_system(3);
-    CaptureLegacySnapshot(&snapshot);
-    snapshot.systemset = 0;
-    snapshot.quantnum[2] = 5;
+    CaptureLegacySnapshot(&taken_snapshot);
+    taken_snapshot.systemset = 0;
+    taken_snapshot.quantnum[2] = 5;
     std::memset(g_runtime.Ilist, 0, sizeof g_runtime.Ilist);
-    RestoreLegacySnapshot(&snapshot);
+    RestoreLegacySnapshot(&taken_snapshot);
     EXPECT_EQ(g_runtime.Ilist[1], 1);
     EXPECT_EQ(g_runtime.Ilist[2], 5);
     EXPECT_EQ(g_runtime.Ilist[4], 0);
@@ -167,27 +167,27 @@ TEST(Snapshot, RestoringWritesTheQuantumNumbersIntoTheList) {
 
 TEST(Snapshot, RestoringRebuildsTheOperators) {
     define_system(2);
-    CaptureLegacySnapshot(&snapshot);
+    CaptureLegacySnapshot(&taken_snapshot);
     const double izee = izee_of_state(1);
     g_runtime.resofreqs[1] = 900.0;
     KOR_RebuildSpinSystemFromPulseSequenceGlobals();
     ASSERT_NE(izee_of_state(1), izee);
-    RestoreLegacySnapshot(&snapshot);
+    RestoreLegacySnapshot(&taken_snapshot);
     EXPECT_EQ(izee_of_state(1), izee);
 }
 
 TEST(Snapshot, WithoutACompleteSystemTheOperatorsStay) {
     define_system(2);
-    CaptureLegacySnapshot(&snapshot);
+    CaptureLegacySnapshot(&taken_snapshot);
     g_runtime.resofreqs[1] = 900.0;
     KOR_RebuildSpinSystemFromPulseSequenceGlobals();
     const double izee = izee_of_state(1);
-    KORLegacySnapshot unset = snapshot;
+    KORLegacySnapshot unset = taken_snapshot;
     unset.systemset = 0;
     RestoreLegacySnapshot(&unset);
     EXPECT_EQ(g_runtime.resofreqs[1], 21.0);
     EXPECT_EQ(izee_of_state(1), izee);
-    unset = snapshot;
+    unset = taken_snapshot;
     unset.Nspins = 0;
     RestoreLegacySnapshot(&unset);
     EXPECT_EQ(izee_of_state(1), izee);

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kAllPairs = 28;
 
-void build(Random& random, const std::vector<int>& twice_spins, int Jexact) {
+void build_random_system(Random& random, const std::vector<int>& twice_spins, int Jexact) {
     RuntimeState& rt = g_runtime;
     KOR_SetSmokeCheckMode(1);
     rt.Nspins = static_cast<int>(twice_spins.size());
@@ -78,7 +78,7 @@ TEST(SpinSystemBits, AreThoseOfTheFormulasForRandomMixedSystems) {
                 twice_spins.push_back(twice_spin);
             }
         }
-        build(random, twice_spins, random.integer(1, 2));
+        build_random_system(random, twice_spins, random.integer(1, 2));
         SCOPED_TRACE(testing::PrintToString(twice_spins));
         expect_the_bits_of(kPlainByDefinition);
     }
@@ -94,7 +94,7 @@ TEST(SpinSystemBits, AreThoseOfWholeProductsUpToTheFullCapacity) {
                                                                              {1, 1, 1, 3, 3},
                                                                              {1, 2, 3, 4, 1}}) {
         for (const int Jexact : {1, 2}) {
-            build(random, twice_spins, Jexact);
+            build_random_system(random, twice_spins, Jexact);
             SCOPED_TRACE(testing::PrintToString(twice_spins));
             expect_the_bits_of(kPlainWithoutZeros);
         }
@@ -103,7 +103,7 @@ TEST(SpinSystemBits, AreThoseOfWholeProductsUpToTheFullCapacity) {
 
 TEST(SpinSystemBits, AreThoseOfTheFormulasForValuesThatAreNotFinite) {
     Random random(213);
-    build(random, {1, 2}, 2);
+    build_random_system(random, {1, 2}, 2);
     g_runtime.relspinamp[1] = std::numeric_limits<double>::quiet_NaN();
     g_runtime.resofreqs[2] = std::numeric_limits<double>::infinity();
     g_runtime.jc[1][2] = -std::numeric_limits<double>::infinity();
@@ -120,7 +120,7 @@ TEST(SpinSystemBits, OfNormalisedTotalsAreThoseOfNormalisedMatrices) {
     Random random(214);
     const RuntimeState& rt = g_runtime;
     for (const std::vector<int>& twice_spins : std::vector<std::vector<int>>{{1}, {1, 0, 3}, {2, 5, 1}}) {
-        build(random, twice_spins, 1);
+        build_random_system(random, twice_spins, 1);
         for (const auto& [make_single, make_total] : kinds) {
             static CMatrix expected;
             CMatZero(rt.n, expected);

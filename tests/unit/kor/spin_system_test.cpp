@@ -1,6 +1,8 @@
 #include "kor/spin_system.h"
 
 #include "kor/smoke_check_mode.h"
+#include "support/constants.h"
+#include "support/marked_matrix.h"
 #include "support/spin_oracle.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +16,8 @@ namespace {
 using kor_test::Dense;
 using kor_test::distance;
 using kor_test::on_spin;
-
-constexpr double two_pi = 2.0 * KOR_PI;
+using kor_test::same_bits;
+using kor_test::TWO_PI;
 
 struct Definition {
     std::vector<int> two_i;
@@ -42,7 +44,7 @@ void define(const Definition& d) {
     std::copy(d.couplings_hz.begin(), d.couplings_hz.end(), rt.couplings + 1);
 }
 
-void build(const Definition& d) {
+void build_definition(const Definition& d) {
     define(d);
     BuildSpinSystemFromPulseSequenceGlobals();
 }
@@ -57,7 +59,7 @@ Dense coupling_oracle(const Definition& d) {
     std::size_t pair = 0;
     for (int i = 1; i < spins; ++i)
         for (int j = i + 1; j <= spins; ++j, ++pair) {
-            const double omega = pair < d.couplings_hz.size() ? two_pi * d.couplings_hz[pair] : 0.0;
+            const double omega = pair < d.couplings_hz.size() ? TWO_PI * d.couplings_hz[pair] : 0.0;
             for (const char component : d.Jexact == 1 ? std::string("z") : std::string("xyz")) {
                 std::string components(d.two_i.size(), 'e');
                 components[static_cast<std::size_t>(i - 1)] = component;
@@ -69,7 +71,7 @@ Dense coupling_oracle(const Definition& d) {
 }
 
 TEST(BuildSpinSystem, WeakCouplingOfTwoSpinsIsDiagonal) {
-    build({{1, 1}, {}, {}, {10.0}, 1});
+    build_definition({{1, 1}, {}, {}, {10.0}, 1});
     Dense expected = zero(4);
     expected.diagonal() << 1.0, -1.0, -1.0, 1.0;
     expected *= 15.707963267948966; // 2 pi 10 / 4
@@ -77,7 +79,7 @@ TEST(BuildSpinSystem, WeakCouplingOfTwoSpinsIsDiagonal) {
 }
 
 TEST(BuildSpinSystem, ExactCouplingAddsTheFlipFlopElements) {
-    build({{1, 1}, {}, {}, {10.0}, 2});
+    build_definition({{1, 1}, {}, {}, {10.0}, 2});
     Dense expected = zero(4);
     expected.diagonal() << 1.0, -1.0, -1.0, 1.0;
     expected *= 15.707963267948966;
@@ -87,13 +89,13 @@ TEST(BuildSpinSystem, ExactCouplingAddsTheFlipFlopElements) {
 
 TEST(BuildSpinSystem, AnyModeButOneIsTheExactCoupling) {
     for (const int mode : {0, 2, 3, -1}) {
-        build({{1, 1}, {}, {}, {10.0}, mode});
+        build_definition({{1, 1}, {}, {}, {10.0}, mode});
         EXPECT_NEAR(g_runtime.Icoup[2][3][1], 31.415926535897931, 1e-13) << "mode " << mode;
     }
 }
 
 TEST(BuildSpinSystem, ZeroCouplingAddsNothingButTheNextPairTakesTheNextEntry) {
-    build({{1, 1, 1}, {}, {}, {0.0, 7.0, 3.0}, 1});
+    build_definition({{1, 1, 1}, {}, {}, {0.0, 7.0, 3.0}, 1});
     EXPECT_EQ(g_runtime.jc[1][2], 0.0);
     EXPECT_EQ(g_runtime.jc[1][3], 7.0);
     EXPECT_EQ(g_runtime.jc[3][1], 7.0);
@@ -112,7 +114,7 @@ TEST(BuildSpinSystem, PairsBeyondTheGivenCountHaveNoCoupling) {
 }
 
 TEST(BuildSpinSystem, EarlierCouplingsInTheTableWinOverTheList) {
-    build({{1, 1}, {}, {}, {10.0}, 1});
+    build_definition({{1, 1}, {}, {}, {10.0}, 1});
     g_runtime.couplings[1] = 99.0;
     BuildSpinSystemFromPulseSequenceGlobals();
     EXPECT_EQ(g_runtime.jc[1][2], 10.0);
@@ -134,21 +136,21 @@ TEST(BuildSpinSystem, AnyEntryOfTheTableSilencesTheWholeList) {
 }
 
 TEST(BuildSpinSystem, EquilibriumOfOneSpinHalfHasUnitNormTimesIntensity) {
-    build({{1}, {1.0}, {}, {}, 1});
+    build_definition({{1}, {1.0}, {}, {}, 1});
     EXPECT_NEAR(g_runtime.densmat[1][1][1], 0.70710678118654752, 1e-15);
     EXPECT_NEAR(g_runtime.densmat[2][2][1], -0.70710678118654752, 1e-15);
-    build({{1}, {-2.5}, {}, {}, 1});
+    build_definition({{1}, {-2.5}, {}, {}, 1});
     EXPECT_NEAR(g_runtime.densmat[1][1][1], -2.5 * 0.70710678118654752, 1e-14);
 }
 
 TEST(BuildSpinSystem, OneSpinHasNoCouplingsWhateverTheModeThatStaysAsLoaded) {
-    build({{1}, {}, {}, {12.0}, 2});
+    build_definition({{1}, {}, {}, {12.0}, 2});
     EXPECT_EQ(g_runtime.Jexact, 2);
     EXPECT_LT(distance(g_runtime.Icoup, zero(2)), 1e-300);
 }
 
 TEST(BuildSpinSystem, NegativeQuantumNumberIsASpinWithOneState) {
-    build({{1, -3, 1}, {1.0, 1.0, 1.0}, {10.0, 20.0, 30.0}, {1.0, 2.0, 3.0}, 2});
+    build_definition({{1, -3, 1}, {1.0, 1.0, 1.0}, {10.0, 20.0, 30.0}, {1.0, 2.0, 3.0}, 2});
     EXPECT_EQ(g_runtime.n, 4);
     EXPECT_EQ(g_runtime.Ilist[2], 0);
     EXPECT_EQ(g_runtime.quantnum[2], -3);
@@ -186,7 +188,7 @@ TEST(BuildSpinSystem, NumberOfSpinsIsClamped) {
 }
 
 TEST(BuildSpinSystem, SpinsWithoutStatesMakeOneStateAndZeroOperators) {
-    build({{0, 0}, {1.0, 1.0}, {5.0, 6.0}, {7.0}, 2});
+    build_definition({{0, 0}, {1.0, 1.0}, {5.0, 6.0}, {7.0}, 2});
     EXPECT_EQ(g_runtime.n, 1);
     for (const CMatrix* op : {&g_runtime.densmat, &g_runtime.Izee, &g_runtime.Icoup, &g_runtime.Izgrad,
                               &g_runtime.Ixtot, &g_runtime.Iytot, &g_runtime.Iztot})
@@ -242,7 +244,7 @@ TEST(BuildSpinSystem, RandomSystemsAgreeWithKroneckerProducts) {
         for (const int q : d.two_i)
             spins += std::to_string(q) + " ";
         SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round) + " 2I " + spins);
-        build(d);
+        build_definition(d);
         const int n = g_runtime.n;
         Dense equilibrium = zero(n);
         Dense zeeman = zero(n);
@@ -251,7 +253,7 @@ TEST(BuildSpinSystem, RandomSystemsAgreeWithKroneckerProducts) {
             const auto at = static_cast<std::size_t>(s - 1);
             if (iz.norm() > 0.0)
                 equilibrium += d.intensities[at] * iz / iz.norm();
-            zeeman += two_pi * d.offsets_hz[at] * iz;
+            zeeman += TWO_PI * d.offsets_hz[at] * iz;
         }
         EXPECT_LT(distance(g_runtime.densmat, equilibrium), 1e-13);
         EXPECT_LT(distance(g_runtime.Izee, zeeman), 1e-10);
@@ -271,24 +273,16 @@ TEST(BuildSpinSystem, EightCoupledSpinsAgreeWithKroneckerProducts) {
         d.offsets_hz.push_back(100.0 * s - 350.0);
     for (int pair = 0; pair < 28; ++pair)
         d.couplings_hz.push_back(0.5 * pair - 6.75);
-    build(d);
+    build_definition(d);
     ASSERT_EQ(g_runtime.n, 256);
     EXPECT_LT(distance(g_runtime.Icoup, coupling_oracle(d)), 1e-10);
     EXPECT_EQ(g_runtime.jc[7][8], 0.5 * 27 - 6.75);
     EXPECT_LT(distance(g_runtime.Ixtot, kor_test::total(d.two_i, 'x')), 1e-13);
 }
 
-bool same_bits(int n, const CMatrix& a, const CMatrix& b) {
-    for (int r = 1; r <= n; ++r)
-        for (int c = 1; c <= n; ++c)
-            if (std::memcmp(&a[r][c].part[1], &b[r][c].part[1], 2 * sizeof(double)) != 0)
-                return false;
-    return true;
-}
-
 TEST(AddCouplingTerm, HasTheBitsOfThePlainMatrixProducts) {
     static CMatrix one, other, product, sum;
-    build({{1, 2, 3}, {}, {}, {3.7, -11.3, 0.9}, 2});
+    build_definition({{1, 2, 3}, {}, {}, {3.7, -11.3, 0.9}, 2});
     RuntimeState& rt = g_runtime;
     CMatZero(rt.n, sum);
     using Builder = void (*)(const SpinIList&, const SpinKet&, int, int, CMatrix&);
@@ -304,7 +298,7 @@ TEST(AddCouplingTerm, HasTheBitsOfThePlainMatrixProducts) {
 }
 
 TEST(MakeTotals, ModeOneScalesEachSpinToUnitNorm) {
-    build({{1, 2}, {}, {}, {}, 1});
+    build_definition({{1, 2}, {}, {}, {}, 1});
     make_all_totals(1);
     EXPECT_LT(distance(g_runtime.Ixtot, kor_test::total({1, 2}, 'x', true)), 1e-14);
     EXPECT_LT(distance(g_runtime.Iytot, kor_test::total({1, 2}, 'y', true)), 1e-14);

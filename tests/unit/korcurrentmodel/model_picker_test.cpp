@@ -3,6 +3,7 @@
 #include "korlimits.h"
 #include "korpaths.h"
 #include "support/console_script.h"
+#include "support/menu_texts.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,6 @@ using namespace kor_test;
 using Names = std::vector<std::string>;
 
 const std::string SPLIT = "spin_system_file: a.korspin\nsequence_file: a.korseq\n";
-const std::string ENTER = "\nPress Enter to return to the menu...";
 
 Names collected(const std::string& dir, int max = KOR_MAX_LISTED_MODELS) {
     static char names[KOR_MAX_LISTED_MODELS][KOR_LISTED_NAME_SIZE];
@@ -37,7 +37,7 @@ struct Prompted {
     std::string printed;
 };
 
-Prompted prompted(const std::string& answers, std::size_t cap = 512) {
+Prompted import_prompted(const std::string& answers, std::size_t cap = 512) {
     char path[KOR_PATH_SIZE] = "";
     int result = -1;
     const std::string printed =
@@ -51,11 +51,6 @@ Prompted export_prompted(const std::string& answers, std::size_t cap = KOR_PATH_
     const std::string printed =
         play_console(answers, [&] { result = prompt_export_model_path(path, cap); }).out;
     return {result, path, printed};
-}
-
-std::string export_question() {
-    return "\n[KOR] Default models directory:\n      " + models_dir() +
-           "\n\nEnter .kormodel file to export to: ";
 }
 
 } // namespace
@@ -102,29 +97,29 @@ TEST(CollectModelFiles, FindsNothingInAMissingFolder) {
 }
 
 TEST(PromptModelPath, ReadsOneLineWithoutItsEnd) {
-    const Prompted answer = prompted("my model.kormodel\r\nnext\n");
+    const Prompted answer = import_prompted("my model.kormodel\r\nnext\n");
     EXPECT_EQ(answer.result, 1);
     EXPECT_EQ(answer.path, "my model.kormodel");
     EXPECT_EQ(answer.printed, "\nFile: ");
     EXPECT_EQ(unread_answers(), "next\n");
-    EXPECT_EQ(prompted("a\r\r\n").path, "a");
+    EXPECT_EQ(import_prompted("a\r\r\n").path, "a");
 }
 
 TEST(PromptModelPath, TakesNoAnswerForCancelling) {
-    EXPECT_EQ(prompted("\n").result, 0);
-    EXPECT_EQ(prompted("\r\n").result, 0);
-    EXPECT_EQ(prompted("").result, 0);
+    EXPECT_EQ(import_prompted("\n").result, 0);
+    EXPECT_EQ(import_prompted("\r\n").result, 0);
+    EXPECT_EQ(import_prompted("").result, 0);
 }
 
 TEST(PromptModelPath, ReadsAtMost511CharactersAndDropsTheRestOfTheLine) {
     const std::string line(511, 'a');
-    Prompted answer = prompted(line + "\nnext\n", KOR_PATH_SIZE);
+    Prompted answer = import_prompted(line + "\nnext\n", KOR_PATH_SIZE);
     EXPECT_EQ(answer.path, line);
     EXPECT_EQ(unread_answers(), "next\n");
-    answer = prompted(line + "bc\nnext\n", KOR_PATH_SIZE);
+    answer = import_prompted(line + "bc\nnext\n", KOR_PATH_SIZE);
     EXPECT_EQ(answer.path, line);
     EXPECT_EQ(unread_answers(), "next\n");
-    EXPECT_EQ(prompted("abcdef\n", 4).path, "abc");
+    EXPECT_EQ(import_prompted("abcdef\n", 4).path, "abc");
 }
 
 TEST(ResolveModelPath, TakesATextWithASeparatorAsItStands) {
@@ -157,7 +152,7 @@ TEST(PromptExportModelPath, AddsTheExtension) {
     const Prompted answer = export_prompted(".\\my_model\nunread\n");
     EXPECT_EQ(answer.result, 1);
     EXPECT_EQ(answer.path, ".\\my_model.kormodel");
-    EXPECT_EQ(answer.printed, export_question());
+    EXPECT_EQ(answer.printed, export_question(models_dir()));
     EXPECT_EQ(unread_answers(), "unread\n");
     EXPECT_EQ(export_prompted("./a.KORMODEL\n").path, "./a.KORMODEL");
     EXPECT_EQ(with_slashes(export_prompted("my_model\n").path), models_dir() + "/my_model.kormodel");
@@ -165,7 +160,7 @@ TEST(PromptExportModelPath, AddsTheExtension) {
 
 TEST(PromptExportModelPath, RefusesAPathThatDoesNotFit) {
     const std::string refusal =
-        export_question() + "\n[KOR] Export failed: output path is too long.\n" + ENTER;
+        export_question(models_dir()) + "\n[KOR] Export failed: output path is too long.\n" + ENTER_FOR_MENU;
     Prompted answer = export_prompted("./abcdef\n\nunread\n", 17);
     EXPECT_EQ(answer.result, 0);
     EXPECT_EQ(answer.printed, refusal);
@@ -180,7 +175,8 @@ TEST(PromptExportModelPath, ReplacesAnExistingFileOnlyForTheAnswerOne) {
     TempTree tree;
     tree.write("a.kormodel", "");
     const std::string question =
-        export_question() + "\n[KOR] File already exists:\n      ./a.kormodel\nOverwrite? [1=yes, 0=no]: ";
+        export_question(models_dir()) +
+        "\n[KOR] File already exists:\n      ./a.kormodel\nOverwrite? [1=yes, 0=no]: ";
     for (const char* yes : {"1", " 1 ", "1\r"}) {
         const Prompted answer = export_prompted("./a\n" + std::string(yes) + "\nunread\n");
         EXPECT_EQ(answer.result, 1) << yes;
@@ -190,7 +186,7 @@ TEST(PromptExportModelPath, ReplacesAnExistingFileOnlyForTheAnswerOne) {
     for (const char* no : {"0", "", "y", "11", "1x", "-1", "2", "10 1"}) {
         const Prompted answer = export_prompted("./a\n" + std::string(no) + "\nEnter\nunread\n");
         EXPECT_EQ(answer.result, 0) << no;
-        EXPECT_EQ(answer.printed, question + "\n[KOR] Export cancelled.\n" + ENTER);
+        EXPECT_EQ(answer.printed, question + "\n[KOR] Export cancelled.\n" + ENTER_FOR_MENU);
         EXPECT_EQ(unread_answers(), "unread\n") << no;
     }
 }
@@ -201,12 +197,12 @@ TEST(PromptExportModelPath, CancelsSilentlyAtTheEndOfInput) {
     Prompted answer = export_prompted("./a\n");
     EXPECT_EQ(answer.result, 0);
     EXPECT_EQ(answer.printed,
-              export_question() +
+              export_question(models_dir()) +
                   "\n[KOR] File already exists:\n      ./a.kormodel\nOverwrite? [1=yes, 0=no]: ");
     answer = export_prompted("");
     EXPECT_EQ(answer.result, 0);
-    EXPECT_EQ(answer.printed, export_question());
-    EXPECT_EQ(export_prompted("\n").printed, export_question());
+    EXPECT_EQ(answer.printed, export_question(models_dir()));
+    EXPECT_EQ(export_prompted("\n").printed, export_question(models_dir()));
 }
 
 TEST(ModelPicker, RefusesAMissingBuffer) {

@@ -12,7 +12,7 @@ using namespace kor_test;
 
 namespace {
 
-Model captured;
+Model captured_model;
 
 Outcome activate(const Model& model) {
     KOR_SetSmokeCheckMode(1);
@@ -21,7 +21,7 @@ Outcome activate(const Model& model) {
     });
 }
 
-Outcome capture(Model& model = captured) {
+Outcome capture(Model& model = captured_model) {
     return outcome_of([&](char* m, std::size_t n) {
         return KORModel_CaptureFromLegacyGlobals(&model.spin, &model.seq, &model.cfg, m, n);
     });
@@ -186,7 +186,7 @@ TEST(ActivateModel, KeepsTheCouplingModeOfOneSpin) {
     model.spin.coupling_mode = 2;
     ASSERT_EQ(activate(model), ok);
     ASSERT_EQ(capture(), ok);
-    EXPECT_EQ(captured.spin.coupling_mode, 2);
+    EXPECT_EQ(captured_model.spin.coupling_mode, 2);
 }
 
 TEST(ActivateModel, AnInvalidModelLeavesTheStateUntouched) {
@@ -225,18 +225,18 @@ TEST(ActivateModel, NullRecords) {
 TEST(CaptureModel, GivesTheActivatedModelBack) {
     const Model model = nmr_model();
     ASSERT_EQ(activate(model), ok);
-    std::memset(static_cast<void*>(&captured), 0x55, sizeof captured);
+    std::memset(static_cast<void*>(&captured_model), 0x55, sizeof captured_model);
     ASSERT_EQ(capture(), ok);
-    EXPECT_EQ(captured.spin.nspins, 2);
-    EXPECT_EQ(captured.spin.relative_intensities[2], 0.5);
-    EXPECT_EQ(captured.spin.j_hz[1][2], 12.0);
-    EXPECT_EQ(captured.spin.j_hz[1][1], 0.0);
-    EXPECT_EQ(captured.seq.sector_count, 20);
-    EXPECT_STREQ(captured.seq.sectors[20].pulse_filename, "wave20");
-    EXPECT_EQ(captured.seq.sectors[7].number_of_evolpoints, 7);
-    EXPECT_EQ(captured.cfg.dz_cm, 0.6);
-    EXPECT_STREQ(captured.cfg.result_filename, "r.bin");
-    EXPECT_STREQ(captured.cfg.model_name, "");
+    EXPECT_EQ(captured_model.spin.nspins, 2);
+    EXPECT_EQ(captured_model.spin.relative_intensities[2], 0.5);
+    EXPECT_EQ(captured_model.spin.j_hz[1][2], 12.0);
+    EXPECT_EQ(captured_model.spin.j_hz[1][1], 0.0);
+    EXPECT_EQ(captured_model.seq.sector_count, 20);
+    EXPECT_STREQ(captured_model.seq.sectors[20].pulse_filename, "wave20");
+    EXPECT_EQ(captured_model.seq.sectors[7].number_of_evolpoints, 7);
+    EXPECT_EQ(captured_model.cfg.dz_cm, 0.6);
+    EXPECT_STREQ(captured_model.cfg.result_filename, "r.bin");
+    EXPECT_STREQ(captured_model.cfg.model_name, "");
 }
 
 TEST(CaptureModel, RefusesMoreSpinsOrSectorsThanTheRecordsHold) {
@@ -264,8 +264,8 @@ TEST(CaptureModel, TakesTheQuantumNumberFromTheListWhenOnlyThatIsSet) {
     g_runtime.quantnum[2] = 2;
     g_runtime.Ilist[2] = 1;
     ASSERT_EQ(capture(), ok);
-    EXPECT_EQ(captured.spin.spin_quantum_numbers[1], 3);
-    EXPECT_EQ(captured.spin.spin_quantum_numbers[2], 2);
+    EXPECT_EQ(captured_model.spin.spin_quantum_numbers[1], 3);
+    EXPECT_EQ(captured_model.spin.spin_quantum_numbers[2], 2);
     g_runtime.Ilist[1] = 0;
     EXPECT_EQ(capture(),
               (Outcome{KOR_MODEL_ERR_RANGE, "spin_quantum_numbers[1]=0 must be >= 1 (legacy stores 2I)"}));
@@ -280,10 +280,10 @@ TEST(CaptureModel, ThePairListTakesPrecedenceOverTheTable) {
     for (int count = 0; count <= 3; ++count) {
         g_runtime.Jcount = count;
         ASSERT_EQ(capture(), ok);
-        EXPECT_EQ(captured.spin.j_hz[1][2], count >= 1 ? 12.0 : 1.0);
-        EXPECT_EQ(captured.spin.j_hz[3][1], count >= 2 ? 0.0 : 2.0);
-        EXPECT_EQ(captured.spin.j_hz[2][3], count >= 3 ? -5.5 : 3.0);
-        EXPECT_EQ(captured.spin.j_hz[2][2], 0.0);
+        EXPECT_EQ(captured_model.spin.j_hz[1][2], count >= 1 ? 12.0 : 1.0);
+        EXPECT_EQ(captured_model.spin.j_hz[3][1], count >= 2 ? 0.0 : 2.0);
+        EXPECT_EQ(captured_model.spin.j_hz[2][3], count >= 3 ? -5.5 : 3.0);
+        EXPECT_EQ(captured_model.spin.j_hz[2][2], 0.0);
     }
 }
 
@@ -292,11 +292,11 @@ TEST(CaptureModel, RepairsSectorsOfSpatialSequencesOnly) {
     g_runtime.sectype[1] = 0;
     g_runtime.nevo[1] = 0;
     ASSERT_EQ(capture(), ok);
-    EXPECT_EQ(captured.seq.sectors[1].sector_type, 1);
-    EXPECT_EQ(captured.seq.sectors[1].number_of_evolpoints, 1);
+    EXPECT_EQ(captured_model.seq.sectors[1].sector_type, 1);
+    EXPECT_EQ(captured_model.seq.sectors[1].number_of_evolpoints, 1);
     g_runtime.nevo[1] = -7;
     ASSERT_EQ(capture(), ok);
-    EXPECT_EQ(captured.seq.sectors[1].number_of_evolpoints, 1);
+    EXPECT_EQ(captured_model.seq.sectors[1].number_of_evolpoints, 1);
     g_runtime.sequencetype = 2;
     EXPECT_EQ(capture(), (Outcome{KOR_MODEL_ERR_RANGE, "sector 1 has invalid sector_type=0"}));
     g_runtime.sectype[1] = 1;
@@ -308,7 +308,7 @@ TEST(CaptureModel, NamesAResultThatHasNone) {
     ASSERT_EQ(activate(two_spin_model()), ok);
     g_runtime.resultflnm[0] = '\0';
     ASSERT_EQ(capture(), ok);
-    EXPECT_STREQ(captured.cfg.result_filename, "unnamed_result.bin");
+    EXPECT_STREQ(captured_model.cfg.result_filename, "unnamed_result.bin");
     EXPECT_STREQ(g_runtime.resultflnm, "");
 }
 
@@ -317,8 +317,8 @@ TEST(CaptureModel, ChecksTheModelAndKeepsTheRecordsFilled) {
     g_runtime.nos = 0;
     EXPECT_EQ(capture(),
               (Outcome{KOR_MODEL_ERR_RANGE, "sector_count=0 is invalid; at least one sector is required"}));
-    EXPECT_EQ(captured.spin.nspins, 2);
-    EXPECT_STREQ(captured.cfg.result_filename, "result.bin");
+    EXPECT_EQ(captured_model.spin.nspins, 2);
+    EXPECT_STREQ(captured_model.cfg.result_filename, "result.bin");
 }
 
 TEST(LoadCurrentState, LoadsAndActivates) {

@@ -21,6 +21,11 @@ inline void PrintTo(const Outcome& outcome, std::ostream* out) {
     *out << outcome.status << " \"" << outcome.message << '"';
 }
 
+/// Of a text that does not say what it should.
+inline Outcome parse_error(const std::string& message) {
+    return {kor::KOR_MODEL_ERR_PARSE, message};
+}
+
 /// Calls operation(errbuf, errbufsz); the message is what it left in a buffer of 512 characters.
 template <class Operation> Outcome outcome_of(Operation operation) {
     char message[kor::KOR_MESSAGE_SIZE] = "";

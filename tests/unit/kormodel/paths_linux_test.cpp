@@ -4,6 +4,7 @@
 #include "korpaths.h"
 #include "korplatform.h"
 #include "model_set.h"
+#include "path_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -12,12 +13,6 @@ using namespace kor_test;
 namespace fs = std::filesystem;
 
 namespace {
-
-/// The text that operation(out, size) writes, or "<failed>".
-template <class Operation> std::string path_of(Operation operation) {
-    char out[KOR_PATH_SIZE] = "untouched";
-    return operation(out, sizeof out) ? out : "<failed>";
-}
 
 std::string join(const std::string& dir, const std::string& leaf) {
     return path_of(
@@ -63,10 +58,6 @@ std::string not_found_message(const std::string& sequence, const std::string& st
     char message[4096] = "";
     kor_set_sector_pulse_resolution_error(sequence.c_str(), stored.c_str(), 12, 3, message, sizeof message);
     return message;
-}
-
-std::string results_folder() {
-    return path_of([](char* out, std::size_t n) { return kor_get_runtime_results_dir(out, n); });
 }
 
 std::string rf_output_folder() {

@@ -3,6 +3,7 @@
 
 #include "korlimits.h"
 #include "korpaths.h"
+#include "path_calls.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -11,12 +12,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-/// What the operation writes, or "<failed>".
-template <class Operation> std::string path_of(Operation operation) {
-    char out[KOR_PATH_SIZE] = "";
-    return operation(out, sizeof out) ? out : "<failed>";
-}
 
 std::string join(const char* dir, const char* leaf) {
     return path_of([&](char* out, std::size_t n) { return kor_join_path(out, n, dir, leaf); });
@@ -53,10 +48,6 @@ std::string portable_result(const std::string& model, const std::string& stored)
     return path_of([&](char* out, std::size_t n) {
         return kor_make_portable_result_path(model.c_str(), stored.c_str(), out, n);
     });
-}
-
-std::string results_folder() {
-    return path_of([](char* out, std::size_t n) { return kor_get_runtime_results_dir(out, n); });
 }
 
 std::string rf_output_folder() {

@@ -3,6 +3,7 @@
 
 #include "korlimits.h"
 #include "model_set.h"
+#include "path_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -10,12 +11,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-/// The text that operation(out, size) writes, or "<failed>".
-template <class Operation> std::string path_of(Operation operation) {
-    char out[KOR_PATH_SIZE] = "untouched";
-    return operation(out, sizeof out) ? out : "<failed>";
-}
 
 std::string tail_of(const char* path, const char* prefix) {
     return path_of([&](char* out, std::size_t n) { return kor_tail_after_prefix(path, prefix, out, n); });
@@ -31,10 +26,6 @@ std::string portable_result(const std::string& model, const std::string& stored)
     return path_of([&](char* out, std::size_t n) {
         return kor_make_portable_result_path(model.c_str(), stored.c_str(), out, n);
     });
-}
-
-std::string results_folder() {
-    return path_of([](char* out, std::size_t n) { return kor_get_runtime_results_dir(out, n); });
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "kormodel/records.h"
 
 #include "model_set.h"
+#include "support/constants.h"
 
 #include <cmath>
 #include <cstring>
@@ -11,8 +12,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-constexpr double nan_value = std::numeric_limits<double>::quiet_NaN();
 
 Outcome check(const KORSpinSystemDef& def) {
     return outcome_of([&](char* m, std::size_t n) { return KORSpinSystemDef_Validate(&def, m, n); });
@@ -184,7 +183,7 @@ TEST(SpinSystemRules, CouplingDiagonalIsZero) {
     def.j_hz[2][2] = -0.0;
     EXPECT_EQ(check(def), ok);
     const Outcome refused{KOR_MODEL_ERR_RANGE, "j_hz[2][2] must be zero on the diagonal"};
-    for (double value : {1e-300, -3.0, nan_value}) {
+    for (double value : {1e-300, -3.0, NOT_A_NUMBER}) {
         def.j_hz[2][2] = value;
         EXPECT_EQ(check(def), refused);
     }
@@ -197,7 +196,7 @@ TEST(SpinSystemRules, CouplingsAreSymmetric) {
     EXPECT_EQ(check(def), refused);
     def.j_hz[3][2] = 7.0;
     EXPECT_EQ(check(def), ok);
-    def.j_hz[2][3] = def.j_hz[3][2] = nan_value;
+    def.j_hz[2][3] = def.j_hz[3][2] = NOT_A_NUMBER;
     EXPECT_EQ(check(def), refused);
 }
 
@@ -216,7 +215,7 @@ TEST(SpinSystemRules, DiagonalComesBeforeSymmetryRowByRow) {
 
 TEST(SpinSystemRules, IntensitiesOffsetsAndModeAreFree) {
     KORSpinSystemDef def = spins_of({1});
-    def.relative_intensities[1] = nan_value;
+    def.relative_intensities[1] = NOT_A_NUMBER;
     def.resonance_offsets_hz[1] = -1e300;
     def.coupling_mode = -77;
     EXPECT_EQ(check(def), ok);

@@ -38,7 +38,7 @@ template <class Change> std::string compare_after(Change change) {
     return compare(model);
 }
 
-const std::string prefix = "legacy-runtime verification failed: ";
+const std::string verification_failed = "legacy-runtime verification failed: ";
 
 } // namespace
 
@@ -51,49 +51,53 @@ TEST(RuntimeComparison, TheModelNameDoesNotCount) {
 }
 
 TEST(RuntimeComparison, NamesTheSpinFieldThatDiffers) {
-    EXPECT_EQ(compare_after([](Model& m) { m.spin.nspins = 3; }), prefix + "nspins mismatch (2 vs 3)");
+    EXPECT_EQ(compare_after([](Model& m) { m.spin.nspins = 3; }),
+              verification_failed + "nspins mismatch (2 vs 3)");
     EXPECT_EQ(compare_after([](Model& m) { m.spin.coupling_mode = 2; }),
-              prefix + "coupling_mode mismatch (1 vs 2)");
+              verification_failed + "coupling_mode mismatch (1 vs 2)");
     EXPECT_EQ(compare_after([](Model& m) { m.spin.spin_quantum_numbers[2] = 3; }),
-              prefix + "spin_quantum_numbers[2] mismatch");
+              verification_failed + "spin_quantum_numbers[2] mismatch");
     EXPECT_EQ(compare_after([](Model& m) { m.spin.relative_intensities[1] = 1.5; }),
-              prefix + "relative_intensities[1] mismatch");
+              verification_failed + "relative_intensities[1] mismatch");
     EXPECT_EQ(compare_after([](Model& m) { m.spin.resonance_offsets_hz[2] = std::nextafter(-40.0, 0.0); }),
-              prefix + "resonance_offsets_hz[2] mismatch");
-    EXPECT_EQ(compare_after([](Model& m) { m.spin.j_hz[1][2] = 11.0; }), prefix + "j_hz[1][2] mismatch");
-    EXPECT_EQ(compare_after([](Model& m) { m.spin.j_hz[2][1] = 11.0; }), prefix + "j_hz[2][1] mismatch");
+              verification_failed + "resonance_offsets_hz[2] mismatch");
+    EXPECT_EQ(compare_after([](Model& m) { m.spin.j_hz[1][2] = 11.0; }),
+              verification_failed + "j_hz[1][2] mismatch");
+    EXPECT_EQ(compare_after([](Model& m) { m.spin.j_hz[2][1] = 11.0; }),
+              verification_failed + "j_hz[2][1] mismatch");
 }
 
 TEST(RuntimeComparison, NamesTheSequenceFieldThatDiffers) {
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sequence_type = 2; }),
-              prefix + "sequence_type mismatch (1 vs 2)");
+              verification_failed + "sequence_type mismatch (1 vs 2)");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sector_count = 1; }),
-              prefix + "sector_count mismatch (2 vs 1)");
+              verification_failed + "sector_count mismatch (2 vs 1)");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sectors[2].sector_type = 2; }),
-              prefix + "sector_type mismatch in sector 2");
+              verification_failed + "sector_type mismatch in sector 2");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sectors[1].number_of_timepoints = 2; }),
-              prefix + "sector_timepoints mismatch in sector 1");
+              verification_failed + "sector_timepoints mismatch in sector 1");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sectors[2].number_of_evolpoints = 2; }),
-              prefix + "sector_evolpoints mismatch in sector 2");
+              verification_failed + "sector_evolpoints mismatch in sector 2");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sectors[2].total_duration_s = 1.0; }),
-              prefix + "sector_duration_s mismatch in sector 2");
+              verification_failed + "sector_duration_s mismatch in sector 2");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sectors[2].offset_frequency_hz = 1.0; }),
-              prefix + "sector_statoff_hz mismatch in sector 2");
+              verification_failed + "sector_statoff_hz mismatch in sector 2");
     EXPECT_EQ(compare_after([](Model& m) { std::strcpy(m.seq.sectors[2].pulse_filename, "Waveforms/p1"); }),
-              prefix + "sector_pulsefile mismatch in sector 2");
+              verification_failed + "sector_pulsefile mismatch in sector 2");
     EXPECT_EQ(compare_after([](Model& m) { m.seq.sectors[1].remark[0] = '\0'; }),
-              prefix + "sector_remark mismatch in sector 1");
+              verification_failed + "sector_remark mismatch in sector 1");
 }
 
 TEST(RuntimeComparison, NamesTheGridAndTheResult) {
     for (auto count : {&KORRunConfig::ndx, &KORRunConfig::ndy, &KORRunConfig::ndz})
-        EXPECT_EQ(compare_after([&](Model& m) { m.cfg.*count = 2; }), prefix + "grid dimension mismatch");
+        EXPECT_EQ(compare_after([&](Model& m) { m.cfg.*count = 2; }),
+                  verification_failed + "grid dimension mismatch");
     for (auto coordinate : {&KORRunConfig::x0_cm, &KORRunConfig::y0_cm, &KORRunConfig::z0_cm,
                             &KORRunConfig::dx_cm, &KORRunConfig::dy_cm, &KORRunConfig::dz_cm})
         EXPECT_EQ(compare_after([&](Model& m) { m.cfg.*coordinate = 0.5; }),
-                  prefix + "grid coordinate mismatch");
+                  verification_failed + "grid coordinate mismatch");
     EXPECT_EQ(compare_after([](Model& m) { std::strcpy(m.cfg.result_filename, "Result.bin"); }),
-              prefix + "result_filename mismatch");
+              verification_failed + "result_filename mismatch");
 }
 
 TEST(RuntimeComparison, StopsAtTheFirstDifference) {
@@ -104,14 +108,14 @@ TEST(RuntimeComparison, StopsAtTheFirstDifference) {
                   m.spin.j_hz[1][2] = 0.0;
                   m.spin.relative_intensities[2] = 0.0;
               }),
-              prefix + "j_hz[1][2] mismatch");
+              verification_failed + "j_hz[1][2] mismatch");
 }
 
 TEST(RuntimeComparison, ANanNeverMatches) {
     Model model = held();
     model.spin.relative_intensities[1] = std::nan("");
     KORModel_ActivateInLegacyRuntime(&model.spin, &model.seq, &model.cfg, nullptr, 0);
-    EXPECT_EQ(compare(model), prefix + "relative_intensities[1] mismatch");
+    EXPECT_EQ(compare(model), verification_failed + "relative_intensities[1] mismatch");
 }
 
 TEST(RuntimeComparison, AStateThatCannotBeCapturedMatchesNothing) {

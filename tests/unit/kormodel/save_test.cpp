@@ -17,7 +17,7 @@ Outcome io_error(const std::string& message) {
     return {KOR_MODEL_ERR_IO, message};
 }
 
-template <std::size_t size> void set_text(char (&field)[size], const std::string& text) {
+template <std::size_t size> void set_field(char (&field)[size], const std::string& text) {
     copy_truncated(text.c_str(), field, size);
 }
 
@@ -79,7 +79,7 @@ TEST(SaveModel, WritesTheSequenceFileToTheByte) {
     model.seq.sequence_type = 2;
     model.seq.sector_count = 2;
     const std::string wave = plain_name(set.root() / "sequences/out/Waves/P1.BIN");
-    set_text(model.seq.sectors[1].pulse_filename, wave);
+    set_field(model.seq.sectors[1].pulse_filename, wave);
     KORPulseSectorDef& second = model.seq.sectors[2];
     second = {2, 1024, 16, 0.25, -1250.5, "..\\Shared\\adc.bin", ""};
     EXPECT_EQ(save_model(plain_name(set.root() / "models/out.kormodel"), model), ok);
@@ -107,7 +107,7 @@ TEST(SaveModel, WritesTheSequenceFileToTheByte) {
 TEST(SaveModel, TheSetIsNamedAfterTheModel) {
     const ModelSet set;
     Model model = two_spin_model();
-    set_text(model.cfg.model_name, "Two words");
+    set_field(model.cfg.model_name, "Two words");
     const std::string file = plain_name(set.root() / "models/other.kormodel");
     EXPECT_EQ(save_model(file, model), ok);
     EXPECT_TRUE(fs::exists(set.root() / "spin-systems/Two words.korspin"));
@@ -141,7 +141,7 @@ TEST(SaveModel, AResultInTheRuntimeResultsIsSavedAsItsLeaf) {
     Model model = two_spin_model();
     char results[KOR_PATH_SIZE] = "";
     kor_get_runtime_results_dir(results, sizeof results);
-    set_text(model.cfg.result_filename, std::string(results) + "/Run 1.bin");
+    set_field(model.cfg.result_filename, std::string(results) + "/Run 1.bin");
     const std::string file = plain_name(set.root() / "models/out.kormodel");
     EXPECT_EQ(save_model(file, model), ok);
     EXPECT_NE(read_file(file).find("\nresult_file: run 1.bin\n"), std::string::npos);
@@ -152,7 +152,7 @@ TEST(SaveModel, APathWithoutGrandparentUsesTheWorkingDirectory) {
         const ModelSet set;
         const ScopedChdir models(set.root() / "models");
         Model model = two_spin_model();
-        set_text(model.seq.sectors[1].pulse_filename, plain_name(set.root() / "sequences/my_model/w/p1"));
+        set_field(model.seq.sectors[1].pulse_filename, plain_name(set.root() / "sequences/my_model/w/p1"));
         write_file(set.root() / "sequences/my_model/w/p1", "x");
         EXPECT_EQ(save_model(name, model), ok);
         EXPECT_TRUE(fs::exists(set.root() / "models/my_model.kormodel"));
@@ -200,7 +200,7 @@ TEST(SaveModel, FoldersThatCannotBeMade) {
     write_file(set.root() / "flat/sequences", "a file");
     EXPECT_EQ(save_model(plain_name(set.root() / "flat/models/x.kormodel"), two_spin_model()), refused);
     Model model = two_spin_model();
-    set_text(model.cfg.model_name, "two/levels");
+    set_field(model.cfg.model_name, "two/levels");
     EXPECT_EQ(save_model(plain_name(set.root() / "models/x.kormodel"), model), refused);
 }
 
@@ -217,9 +217,9 @@ TEST(SaveModel, LeafNamesHaveAtMost255Characters) {
     const ModelSet set;
     Model model = two_spin_model();
     const std::string file = plain_name(set.root() / "models/x.kormodel");
-    set_text(model.cfg.model_name, std::string(247, 'n'));
+    set_field(model.cfg.model_name, std::string(247, 'n'));
     EXPECT_EQ(save_model(file, model), ok);
-    set_text(model.cfg.model_name, std::string(248, 'n'));
+    set_field(model.cfg.model_name, std::string(248, 'n'));
     EXPECT_EQ(save_model(file, model), io_error("split output path is too long"));
     EXPECT_TRUE(fs::is_directory(set.root() / "sequences" / std::string(248, 'n')));
 }
@@ -237,9 +237,9 @@ TEST(SaveModel, FullPathsHaveAtMost1023Characters) {
         root += "d";
     fs::create_directories(root / "models");
     Model model = two_spin_model();
-    set_text(model.cfg.model_name, std::string(rest / 2, 'n'));
+    set_field(model.cfg.model_name, std::string(rest / 2, 'n'));
     EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), model), ok);
-    set_text(model.cfg.model_name, std::string(rest / 2 + 1, 'n'));
+    set_field(model.cfg.model_name, std::string(rest / 2 + 1, 'n'));
     EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), model),
               io_error("split output path is too long"));
 }

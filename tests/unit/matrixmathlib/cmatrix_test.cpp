@@ -2,6 +2,7 @@
 #include "support/console_script.h"
 #include "support/marked_matrix.h"
 #include "support/random_systems.h"
+#include "unit/matrixmathlib/matrix_sizes.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +11,7 @@
 using namespace kor;
 using namespace kor_test;
 
-namespace {
-
-const std::vector<int> kSizes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 64};
-
-} // namespace
+namespace {} // namespace
 
 TEST(PiVal, IsTheDoubleNearestToPi) {
     EXPECT_EQ(pi_val(), 3.141592653589793);
@@ -34,7 +31,7 @@ TEST(Sign, CountsBothZerosAsPositive) {
 }
 
 TEST(CMatZero, ClearsTheBlockAndNothingElse) {
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         MarkedMatrix out;
         CMatZero(n, out);
         EXPECT_EQ(largest(out.dense(n)), 0.0) << n;
@@ -43,7 +40,7 @@ TEST(CMatZero, ClearsTheBlockAndNothingElse) {
 }
 
 TEST(CMatIdentity, HasOnesOnTheDiagonalOfTheBlockOnly) {
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         MarkedMatrix out;
         CMatIdentity(n, out);
         EXPECT_EQ(distance(out, Dense::Identity(n, n)), 0.0) << n;
@@ -60,7 +57,7 @@ TEST(CMatIdentity, ServesTheFullCapacity) {
 
 TEST(CopyCMatrix, CopiesTheBlockAndNothingElse) {
     Random random(1);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         MarkedMatrix A(a);
         MarkedMatrix out;
@@ -74,7 +71,7 @@ TEST(CopyCMatrix, CopiesTheBlockAndNothingElse) {
 
 TEST(CMatAdd, AddsElementByElement) {
     Random random(2);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense b = random.matrix(n);
         MarkedMatrix A(a);
@@ -93,7 +90,7 @@ TEST(CMatAdd, AddsElementByElement) {
 
 TEST(CMatRMultAdd, CombinesTwoMatricesWithRealFactors) {
     Random random(3);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense b = random.matrix(n);
         const Dense expected = 2.5 * a - 0.75 * b;
@@ -110,7 +107,7 @@ TEST(CMatRMultAdd, CombinesTwoMatricesWithRealFactors) {
 
 TEST(RMultCMat, ScalesByARealFactor) {
     Random random(4);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         MarkedMatrix A(a);
         MarkedMatrix out;
@@ -125,7 +122,7 @@ TEST(RMultCMat, ScalesByARealFactor) {
 TEST(CMultCMat, ScalesByAComplexFactor) {
     Random random(5);
     const Complex2 factor{{0.0, 0.5, -2.0}};
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         MarkedMatrix A(a);
         MarkedMatrix out;
@@ -147,7 +144,7 @@ TEST(CMultCMat, ReadsAFactorInsideTheOutputOnce) {
 
 TEST(Adjungate, IsTheConjugateTranspose) {
     Random random(7);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense p = random.matrix(n);
         MarkedMatrix P(p);
         MarkedMatrix Q;
@@ -162,7 +159,7 @@ TEST(Adjungate, IsTheConjugateTranspose) {
 
 TEST(Transpose, DoesNotConjugate) {
     Random random(8);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense p = random.matrix(n);
         MarkedMatrix P(p);
         MarkedMatrix Q;
@@ -177,7 +174,7 @@ TEST(Transpose, DoesNotConjugate) {
 
 TEST(CalcTrace, SumsTheDiagonal) {
     Random random(9);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         MarkedMatrix A(a);
         Complex2 trace{{7.0, 7.0, 7.0}};
@@ -197,7 +194,7 @@ TEST(CalcTrace, OfAnEmptyBlockIsZero) {
 
 TEST(NormCMatrix, GivesUnitFrobeniusNorm) {
     Random random(10);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         MarkedMatrix A(a);
         NormCMatrix(n, A);
@@ -221,7 +218,7 @@ TEST(MaxabsCmat, AddsTheSizesOfBothParts) {
 
 TEST(MaxabsCmat, LooksAtTheBlockOnly) {
     Random random(11);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         MarkedMatrix A(a);
         double expected = 0.0;

@@ -30,7 +30,7 @@ Real to_real(int N, RealMatrix& m) {
 }
 
 /// `blocks` real 2 x 2 blocks [[e, c], [c, e]] on the diagonal: each needs one rotation.
-Real coupled_pairs(int blocks, const std::vector<double>& couplings) {
+Real coupled_real_pairs(int blocks, const std::vector<double>& couplings) {
     Real a = Real::Zero(2 * blocks, 2 * blocks);
     for (int b = 0; b < blocks; ++b) {
         a(2 * b, 2 * b) = a(2 * b + 1, 2 * b + 1) = 10.0 * b;
@@ -49,9 +49,9 @@ RealMatrix work_matrix(const Real& a) {
     return m;
 }
 
-/// Blocks of coupled_pairs that still have their coupling after the rotations.
+/// Blocks of coupled_real_pairs that still have their coupling after the rotations.
 std::vector<int> blocks_left(int blocks, const std::vector<double>& couplings) {
-    RealMatrix a = work_matrix(coupled_pairs(blocks, couplings));
+    RealMatrix a = work_matrix(coupled_real_pairs(blocks, couplings));
     RealMatrix v;
     std::vector<double> d(kStride);
     jacobi_real_symmetric(2 * blocks, a.data(), d.data(), v.data());

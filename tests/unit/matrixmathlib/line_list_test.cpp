@@ -1,4 +1,5 @@
 #include "matrixmathlib.h"
+#include "support/constants.h"
 #include "support/marked_matrix.h"
 #include "support/random_systems.h"
 
@@ -11,8 +12,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 struct Line {
     double amplitude, frequency;
@@ -41,7 +40,7 @@ void expect_lines(const LineList& list, int count, const std::vector<Line>& expe
     }
 }
 
-void fill(LineList& list, const std::vector<Line>& lines) {
+void fill_list(LineList& list, const std::vector<Line>& lines) {
     zero_spectrum(list);
     for (std::size_t k = 0; k < lines.size(); ++k) {
         list[1][k + 1] = lines[k].amplitude;
@@ -51,7 +50,7 @@ void fill(LineList& list, const std::vector<Line>& lines) {
 
 std::vector<std::pair<double, double>> sorted(const std::vector<Line>& lines) {
     static LineList list;
-    fill(list, lines);
+    fill_list(list, lines);
     int count = static_cast<int>(lines.size());
     SortSpectrum(&count, list);
     std::vector<std::pair<double, double>> result;
@@ -76,7 +75,7 @@ Dense two_spins(double shift_a, double shift_b, double J, bool exact) {
             H += J * spin_operator(spins, 1, axis) * spin_operator(spins, 2, axis);
         }
     }
-    return kTwoPi * H;
+    return TWO_PI * H;
 }
 
 } // namespace
@@ -103,7 +102,7 @@ TEST(SortSpectrum, LeavesASingleLineAndAnEmptyListAlone) {
 
 TEST(SortSpectrum, DoesNothingWithoutACount) {
     static LineList list;
-    fill(list, {{1.0, 5.0}, {2.0, 3.0}});
+    fill_list(list, {{1.0, 5.0}, {2.0, 3.0}});
     SortSpectrum(nullptr, list);
     EXPECT_EQ(list[2][1], 5.0);
     EXPECT_EQ(list[2][2], 3.0);
@@ -151,7 +150,7 @@ TEST(SortSpectrum, KeepsAFullListOfDistinctLines) {
 
 TEST(DoSpectrum, OfOneSpinIsOneCosineLine) {
     const Dense Ix = one_spin_operator(1, Axis::x);
-    const Dense H = kTwoPi * -120.0 * one_spin_operator(1, Axis::z);
+    const Dense H = TWO_PI * -120.0 * one_spin_operator(1, Axis::z);
     const Lists& lists = spectrum(Ix, H, Ix);
     expect_lines(lists.csp, lists.Nc, {{0.5, 120.0}});
     expect_lines(lists.ssp, lists.Ns, {});
@@ -162,10 +161,10 @@ TEST(DoSpectrum, GivesTheSineItsSenseOfRotation) {
     const Dense Ix = one_spin_operator(1, Axis::x);
     const Dense Iy = one_spin_operator(1, Axis::y);
     const Dense Iz = one_spin_operator(1, Axis::z);
-    const Lists& positive = spectrum(Iy, kTwoPi * 120.0 * Iz, Ix);
+    const Lists& positive = spectrum(Iy, TWO_PI * 120.0 * Iz, Ix);
     expect_lines(positive.csp, positive.Nc, {});
     expect_lines(positive.ssp, positive.Ns, {{-0.5, 120.0}});
-    const Lists& negative = spectrum(Iy, kTwoPi * -120.0 * Iz, Ix);
+    const Lists& negative = spectrum(Iy, TWO_PI * -120.0 * Iz, Ix);
     expect_lines(negative.ssp, negative.Ns, {{0.5, 120.0}});
 }
 
@@ -227,7 +226,7 @@ TEST(DoSpectrum, KeepsTheFirst256LinesInTheOrderOfThePairs) {
     Random random(72);
     Dense H = Dense::Zero(n, n);
     for (int k = 0; k < n; ++k) {
-        H(k, k) = kTwoPi * (1000.0 * k + random.uniform(0.0, 500.0));
+        H(k, k) = TWO_PI * (1000.0 * k + random.uniform(0.0, 500.0));
     }
     const Lists& lists = spectrum(Dense::Ones(n, n), H, Dense::Ones(n, n));
     double kept = 0.0;
@@ -237,7 +236,7 @@ TEST(DoSpectrum, KeepsTheFirst256LinesInTheOrderOfThePairs) {
         largest_frequency = std::fmax(largest_frequency, lists.csp[2][k]);
     }
     EXPECT_NEAR(kept, 256.0, 1e-9); // merging adds amplitudes; what came after 256 lines is lost
-    EXPECT_NEAR(largest_frequency, (H(n - 1, n - 1) - H(0, 0)).real() / kTwoPi, 1e-6); // the first row is in
+    EXPECT_NEAR(largest_frequency, (H(n - 1, n - 1) - H(0, 0)).real() / TWO_PI, 1e-6); // the first row is in
     EXPECT_EQ(lists.Ns, 0);
 }
 
@@ -264,7 +263,7 @@ TEST(DoSpectrum, LeavesAListWithoutACountAsItWasCollected) {
 
 TEST(DoSpectrum, DropsAmplitudesUpToItsThreshold) {
     const Dense Ix = one_spin_operator(1, Axis::x);
-    const Dense H = kTwoPi * 10.0 * one_spin_operator(1, Axis::z);
+    const Dense H = TWO_PI * 10.0 * one_spin_operator(1, Axis::z);
     EXPECT_EQ(spectrum(3e-12 * Ix, H, Ix).Nc, 0); // two orders of 0.75e-12
     EXPECT_EQ(spectrum(5e-12 * Ix, H, Ix).Nc, 1); // two orders of 1.25e-12
 }
@@ -272,14 +271,14 @@ TEST(DoSpectrum, DropsAmplitudesUpToItsThreshold) {
 TEST(BuildScalarSignal, EndsAtTheAcquisitionTime) {
     static LineList csp;
     static LineList ssp;
-    fill(csp, {{2.0, 3.0}, {0.5, 11.0}});
-    fill(ssp, {{-1.0, 7.0}});
+    fill_list(csp, {{2.0, 3.0}, {0.5, 11.0}});
+    fill_list(ssp, {{-1.0, 7.0}});
     double out[9];
     build_scalar_signal_from_spectrum(9, 0.4, csp, 2, ssp, 1, out);
     for (int k = 0; k < 9; ++k) {
         const double t = 0.05 * k;
         const double expected =
-            2.0 * std::cos(kTwoPi * 3.0 * t) + 0.5 * std::cos(kTwoPi * 11.0 * t) - std::sin(kTwoPi * 7.0 * t);
+            2.0 * std::cos(TWO_PI * 3.0 * t) + 0.5 * std::cos(TWO_PI * 11.0 * t) - std::sin(TWO_PI * 7.0 * t);
         EXPECT_NEAR(out[k], expected, 1e-13) << k;
     }
 }
@@ -287,8 +286,8 @@ TEST(BuildScalarSignal, EndsAtTheAcquisitionTime) {
 TEST(BuildScalarSignal, OfOnePointIsTheSumAtTimeZero) {
     static LineList csp;
     static LineList ssp;
-    fill(csp, {{2.0, 3.0}, {0.5, 11.0}});
-    fill(ssp, {{-1.0, 7.0}});
+    fill_list(csp, {{2.0, 3.0}, {0.5, 11.0}});
+    fill_list(ssp, {{-1.0, 7.0}});
     double out[2] = {9.0, 9.0};
     build_scalar_signal_from_spectrum(1, 0.4, csp, 2, ssp, 1, out);
     EXPECT_EQ(out[0], 2.5);

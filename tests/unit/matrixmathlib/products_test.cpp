@@ -1,6 +1,7 @@
 #include "matrixmathlib.h"
 #include "support/marked_matrix.h"
 #include "support/random_systems.h"
+#include "unit/matrixmathlib/matrix_sizes.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +9,6 @@ using namespace kor;
 using namespace kor_test;
 
 namespace {
-
-const std::vector<int> kSizes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 64};
 
 /// Rounding of one sum of n products of numbers of modulus up to sqrt(2).
 double rounding(int n) {
@@ -33,7 +32,7 @@ Dense sparse_matrix(Random& random, int n, int one_in) {
 
 TEST(CMatMult, AgreesWithEigenAtEverySize) {
     Random random(21);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense b = random.matrix(n);
         MarkedMatrix A(a);
@@ -49,7 +48,7 @@ TEST(CMatMult, AgreesWithEigenAtEverySize) {
 
 TEST(CMatMult, GivesTheSameBitsInPlace) {
     Random random(22);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense b = random.matrix(n);
         MarkedMatrix A(a);
@@ -85,7 +84,7 @@ TEST(CMatMult, AddsItsTermsInTheOrderOfTheInnerIndex) {
 
 TEST(CMatMultSparse, GivesTheSameBitsAsThePlainProduct) {
     Random random(23);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         for (const int one_in : {1, 2, 8, 1000}) {
             MarkedMatrix A(sparse_matrix(random, n, one_in));
             MarkedMatrix B(sparse_matrix(random, n, 2));
@@ -101,7 +100,7 @@ TEST(CMatMultSparse, GivesTheSameBitsAsThePlainProduct) {
 
 TEST(CMatMultAdd, AddsAScaledProduct) {
     Random random(24);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense b = random.matrix(n);
         const Dense c = random.matrix(n);
@@ -121,7 +120,7 @@ TEST(CMatMultAdd, AddsAScaledProduct) {
 
 TEST(CMatCommutator, IsTheDifferenceOfBothProducts) {
     Random random(25);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense b = random.matrix(n);
         MarkedMatrix A(a);
@@ -148,7 +147,7 @@ TEST(CMatCommutator, OfAMatrixWithItselfIsZero) {
 
 TEST(Transform, MultipliesThreeMatricesAndConjugatesNone) {
     Random random(27);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense ut = random.matrix(n);
         const Dense h = random.matrix(n);
         const Dense u = random.matrix(n);
@@ -172,7 +171,7 @@ TEST(Transform, MultipliesThreeMatricesAndConjugatesNone) {
 
 TEST(DoRotation, PutsTheAdjointOnTheLeft) {
     Random random(28);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense r = random.matrix(n);
         const Dense rho = random.matrix(n);
         MarkedMatrix R(r);
@@ -186,7 +185,7 @@ TEST(DoRotation, PutsTheAdjointOnTheLeft) {
 
 TEST(ExpectationValue, IsTheTraceOfTheProduct) {
     Random random(29);
-    for (const int n : kSizes) {
+    for (const int n : MATRIX_SIZES) {
         const Dense a = random.matrix(n);
         const Dense rho = random.matrix(n);
         MarkedMatrix A(a);

@@ -36,11 +36,10 @@ private:
     rlimit before_;
 };
 
-CMatrix densmat, Istat, Ixtot, Iytot, Iztot;
-SpinKet ket;
-constexpr SpinIList one_spin = {0, 1};
-
 TEST(SignalFile, SaysWhenThereIsNoMemoryForItsPoints) {
+    static CMatrix densmat, Istat, Ixtot, Iytot, Iztot;
+    static SpinKet ket;
+    constexpr SpinIList one_spin = {0, 1};
     const TempTree folder;
     const LittleMemory little;
     const int n = 2;

@@ -1,6 +1,7 @@
 #include "observablespectrumcalculator/signal_file.h"
 
 #include "kor/smoke_check_mode.h"
+#include "support/constants.h"
 #include "support/signal_files.h"
 
 #include <gtest/gtest.h>
@@ -12,13 +13,12 @@ namespace {
 
 using kor_test::Dense;
 using kor_test::from_dense;
+using kor_test::NOT_A_NUMBER;
 using kor_test::read_signal_file;
 using kor_test::SignalFile;
 using kor_test::TempTree;
+using kor_test::TWO_PI;
 using kor_test::write_density_file;
-
-constexpr double two_pi = 2.0 * KOR_PI;
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 /// A system whose signals are generated, with the basis that the listings need.
 class Generator {
@@ -75,7 +75,7 @@ Dense one_z() {
 TEST(SignalFile, HoldsTypePointsAndSignalsThenPairs) {
     const TempTree folder;
     write_density_file(0, 2, 2, {one_x(), 2.0 * one_x()});
-    Generator generator({1}, two_pi * 5.0 * one_z());
+    Generator generator({1}, TWO_PI * 5.0 * one_z());
     EXPECT_EQ(generator.run(8, 0.1), 0.1);
     EXPECT_EQ(folder.read("signal.bin").size(), 12U + 2 * 8 * 16U);
     const SignalFile file = read_signal_file("signal.bin");
@@ -84,7 +84,7 @@ TEST(SignalFile, HoldsTypePointsAndSignalsThenPairs) {
     EXPECT_EQ(file.header[2], 2);
     for (int s = 0; s < 2; ++s)
         for (int k = 0; k < 8; ++k) {
-            const double phase = two_pi * 5.0 * k * 0.1 / 8;
+            const double phase = TWO_PI * 5.0 * k * 0.1 / 8;
             const std::complex<double> expected = std::polar(0.5 * (s + 1), -phase);
             EXPECT_LT(std::abs(file.at(s, k) - expected), 1e-14) << "signal " << s << " point " << k;
         }
@@ -93,11 +93,11 @@ TEST(SignalFile, HoldsTypePointsAndSignalsThenPairs) {
 TEST(SignalFile, ReceiverOffsetAddsToTheSpinsOffset) {
     const TempTree folder;
     write_density_file(0, 2, 1, {one_x()});
-    Generator generator({1}, two_pi * 40.0 * one_z());
+    Generator generator({1}, TWO_PI * 40.0 * one_z());
     EXPECT_EQ(generator.run(64, 0.5, 25.0), 0.5);
     const SignalFile file = read_signal_file("signal.bin");
     for (int k = 0; k < 64; ++k) {
-        const std::complex<double> expected = std::polar(0.5, -two_pi * 65.0 * k * 0.5 / 64);
+        const std::complex<double> expected = std::polar(0.5, -TWO_PI * 65.0 * k * 0.5 / 64);
         EXPECT_LT(std::abs(file.at(0, k) - expected), 1e-12) << k;
     }
 }
@@ -124,7 +124,7 @@ TEST(SignalFile, IsNamedKorsignWithoutAName) {
 TEST(SignalFile, NonFiniteSamplesAreWrittenAsZero) {
     const TempTree folder;
     Dense rho = one_x();
-    rho(0, 1) = nan;
+    rho(0, 1) = NOT_A_NUMBER;
     write_density_file(0, 2, 1, {rho});
     Generator generator({1}, 10.0 * one_z());
     EXPECT_EQ(generator.run(3, 1.0), 1.0);
@@ -141,7 +141,7 @@ TEST(SignalFile, RefusesParametersWithoutTouchingFiles) {
     EXPECT_EQ(generator.run(-5, 1.0), 0.0);
     EXPECT_EQ(generator.run(4, 0.0), 0.0);
     EXPECT_EQ(generator.run(4, -1.0), 0.0);
-    EXPECT_EQ(generator.run(4, nan), 0.0);
+    EXPECT_EQ(generator.run(4, NOT_A_NUMBER), 0.0);
     EXPECT_FALSE(folder.exists("signal.bin"));
 }
 
@@ -238,7 +238,7 @@ TEST(SignalFile, DoesNotReplaceTheStatesItIsCalculatedFrom) {
 
 TEST(SignalFile, ListsASingleMatrixOutsideTheQuietMode) {
     const TempTree folder;
-    Generator generator({1}, two_pi * 10.0 * one_z());
+    Generator generator({1}, TWO_PI * 10.0 * one_z());
     std::string out, err;
     write_density_file(0, 2, 1, {one_x()});
     KOR_SetSmokeCheckMode(0);
@@ -269,7 +269,7 @@ TEST(ReceiverHamiltonian, IsTheNegativeOfStaticPlusOffset) {
     from_dense(H, Istat);
     from_dense(one_z(), Iztot);
     make_receiver_hamiltonian(2, Istat, -12.5, Iztot, hamiltonian);
-    EXPECT_LT(kor_test::distance(hamiltonian, Dense(-H + two_pi * 12.5 * one_z())), 1e-13);
+    EXPECT_LT(kor_test::distance(hamiltonian, Dense(-H + TWO_PI * 12.5 * one_z())), 1e-13);
 }
 
 TEST(SumDensityMatrices, AddsWithoutDividing) {

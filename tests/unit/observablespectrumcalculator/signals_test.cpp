@@ -1,6 +1,7 @@
 #include "observablespectrumcalculator/signals.h"
 
 #include "kor/smoke_check_mode.h"
+#include "support/constants.h"
 #include "support/spin_oracle.h"
 
 #include <gtest/gtest.h>
@@ -14,10 +15,9 @@ namespace {
 
 using kor_test::Dense;
 using kor_test::from_dense;
-
-constexpr double two_pi = 2.0 * KOR_PI;
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
+using kor_test::NOT_A_NUMBER;
+using kor_test::POSITIVE_INFINITY;
+using kor_test::TWO_PI;
 
 /// A spin system under observation: the matrices that the signal routines take.
 struct Observed {
@@ -58,7 +58,7 @@ std::string printed(const Observed& o, int print_diagnostics) {
 TEST(FiniteOrZero, KeepsFiniteValuesOnly) {
     for (const double x : {0.0, -1.5, 1e300, 5e-324})
         EXPECT_EQ(finite_or_zero(x), x);
-    for (const double x : {nan, -nan, infinity, -infinity}) {
+    for (const double x : {NOT_A_NUMBER, -NOT_A_NUMBER, POSITIVE_INFINITY, -POSITIVE_INFINITY}) {
         EXPECT_EQ(finite_or_zero(x), 0.0);
         EXPECT_FALSE(std::signbit(finite_or_zero(x)));
     }
@@ -67,14 +67,14 @@ TEST(FiniteOrZero, KeepsFiniteValuesOnly) {
 TEST(DirectSignal, OneSpinOffResonanceTurnsAtItsOffset) {
     const double hz = 37.0;
     const Observed o =
-        observe({1}, kor_test::single_spin(1, 'x'), two_pi * hz * kor_test::single_spin(1, 'z'));
+        observe({1}, kor_test::single_spin(1, 'x'), TWO_PI * hz * kor_test::single_spin(1, 'z'));
     const int ap = 256;
     const double acq = 0.5;
     const Signal signal = direct(o, ap, acq);
     for (std::size_t k = 0; k < signal.re.size(); ++k) {
         const double t = static_cast<double>(k) * acq / ap;
-        EXPECT_NEAR(signal.re[k], 0.5 * std::cos(two_pi * hz * t), 1e-12) << k;
-        EXPECT_NEAR(signal.im[k], -0.5 * std::sin(two_pi * hz * t), 1e-12) << k;
+        EXPECT_NEAR(signal.re[k], 0.5 * std::cos(TWO_PI * hz * t), 1e-12) << k;
+        EXPECT_NEAR(signal.im[k], -0.5 * std::sin(TWO_PI * hz * t), 1e-12) << k;
     }
 }
 
@@ -82,17 +82,17 @@ TEST(DirectSignal, WeaklyCoupledPairIsTheSumOfItsDoublets) {
     const std::vector<int> two_i = {1, 1};
     const double hz[2] = {120.0, -45.5};
     const double J = 9.25;
-    Dense H = two_pi * (hz[0] * kor_test::on_spin(two_i, 1, 'z') + hz[1] * kor_test::on_spin(two_i, 2, 'z'));
-    H += two_pi * J * kor_test::product_of(two_i, "zz");
+    Dense H = TWO_PI * (hz[0] * kor_test::on_spin(two_i, 1, 'z') + hz[1] * kor_test::on_spin(two_i, 2, 'z'));
+    H += TWO_PI * J * kor_test::product_of(two_i, "zz");
     const int ap = 512;
     const double acq = 1.3;
     const Signal signal = direct(observe(two_i, kor_test::total(two_i, 'x'), H), ap, acq);
     for (std::size_t k = 0; k < signal.re.size(); ++k) {
         const double t = static_cast<double>(k) * acq / ap;
         const double split = std::cos(KOR_PI * J * t);
-        EXPECT_NEAR(signal.re[k], split * (std::cos(two_pi * hz[0] * t) + std::cos(two_pi * hz[1] * t)),
+        EXPECT_NEAR(signal.re[k], split * (std::cos(TWO_PI * hz[0] * t) + std::cos(TWO_PI * hz[1] * t)),
                     1e-11);
-        EXPECT_NEAR(signal.im[k], -split * (std::sin(two_pi * hz[0] * t) + std::sin(two_pi * hz[1] * t)),
+        EXPECT_NEAR(signal.im[k], -split * (std::sin(TWO_PI * hz[0] * t) + std::sin(TWO_PI * hz[1] * t)),
                     1e-11);
     }
 }
@@ -163,7 +163,7 @@ TEST(DirectSignal, RandomStatesAgreeWithDenseEvolution) {
 
 TEST(LegacySignal, ListsTheLinesOfOneSpin) {
     const Observed o =
-        observe({1}, kor_test::single_spin(1, 'x'), two_pi * 10.0 * kor_test::single_spin(1, 'z'));
+        observe({1}, kor_test::single_spin(1, 'x'), TWO_PI * 10.0 * kor_test::single_spin(1, 'z'));
     KOR_SetSmokeCheckMode(0);
     EXPECT_EQ(printed(o, 1), "\nKOR legacy DoSpectrum component list: Ix absorption channel\n"
                              "  COS components: amplitude * cos(2*pi*frequency_hz*t)\n"
@@ -178,7 +178,7 @@ TEST(LegacySignal, ListsTheLinesOfOneSpin) {
 TEST(LegacySignal, ListsTheLinesOfAWeaklyCoupledPair) {
     const std::vector<int> two_i = {1, 1};
     const Dense H =
-        two_pi * (100.0 * kor_test::on_spin(two_i, 1, 'z') + 40.0 * kor_test::on_spin(two_i, 2, 'z') +
+        TWO_PI * (100.0 * kor_test::on_spin(two_i, 1, 'z') + 40.0 * kor_test::on_spin(two_i, 2, 'z') +
                   8.0 * kor_test::product_of(two_i, "zz"));
     KOR_SetSmokeCheckMode(0);
     EXPECT_EQ(printed(observe(two_i, kor_test::total(two_i, 'x'), H), 1),
@@ -200,7 +200,7 @@ TEST(LegacySignal, ListsTheLinesOfAWeaklyCoupledPair) {
 
 TEST(LegacySignal, ListsNoLinesForMagnetisationAlongZ) {
     const Observed o =
-        observe({1}, kor_test::single_spin(1, 'z'), two_pi * 10.0 * kor_test::single_spin(1, 'z'));
+        observe({1}, kor_test::single_spin(1, 'z'), TWO_PI * 10.0 * kor_test::single_spin(1, 'z'));
     KOR_SetSmokeCheckMode(0);
     EXPECT_EQ(printed(o, 1), "\nKOR legacy DoSpectrum component list: Ix absorption channel\n"
                              "  COS components: amplitude * cos(2*pi*frequency_hz*t)\n"
@@ -291,7 +291,7 @@ TEST(ComplexReceiverSignal, ListsTransitionsAndTheirSumsByFrequency) {
     // Two spins a hundredth of a Hz apart: two transitions of each kind merge into one frequency.
     const std::vector<int> two_i = {1, 1};
     const Dense H =
-        two_pi * (10.0 * kor_test::on_spin(two_i, 1, 'z') + 10.01 * kor_test::on_spin(two_i, 2, 'z'));
+        TWO_PI * (10.0 * kor_test::on_spin(two_i, 1, 'z') + 10.01 * kor_test::on_spin(two_i, 2, 'z'));
     const Dense rho = kor_test::on_spin(two_i, 1, 'x') + 3.0 * kor_test::on_spin(two_i, 2, 'x');
     KOR_SetSmokeCheckMode(0);
     Signal signal(1);
@@ -311,7 +311,7 @@ TEST(ComplexReceiverSignal, ListsTransitionsAndTheirSumsByFrequency) {
 
 TEST(ComplexReceiverSignal, ListsThePhaseOfTheMagnetisationInDegrees) {
     KOR_SetSmokeCheckMode(0);
-    const Dense H = two_pi * 10.0 * kor_test::single_spin(1, 'z');
+    const Dense H = TWO_PI * 10.0 * kor_test::single_spin(1, 'z');
     const auto phase = [&](double degrees) { // of the one transition and of its sum
         const double angle = degrees * KOR_PI / 180.0;
         Signal signal(1);
@@ -331,7 +331,7 @@ TEST(ComplexReceiverSignal, ListsThePhaseOfTheMagnetisationInDegrees) {
 TEST(ComplexReceiverSignal, LeavesFaintTransitionsOutOfItsList) {
     KOR_SetSmokeCheckMode(0);
     Signal signal(1);
-    const Dense H = two_pi * 10.0 * kor_test::single_spin(1, 'z');
+    const Dense H = TWO_PI * 10.0 * kor_test::single_spin(1, 'z');
     const auto lines = [&](double size) { // its one transition has half this amplitude
         const std::string text =
             printed_receiver(observe({1}, size * kor_test::single_spin(1, 'x'), H), signal, 1);
@@ -344,7 +344,7 @@ TEST(ComplexReceiverSignal, LeavesFaintTransitionsOutOfItsList) {
 
 TEST(ComplexReceiverSignal, NonFiniteStatesGiveZeroSamples) {
     const Observed o =
-        observe({1}, nan * kor_test::single_spin(1, 'x'), 10.0 * kor_test::single_spin(1, 'z'));
+        observe({1}, NOT_A_NUMBER * kor_test::single_spin(1, 'x'), 10.0 * kor_test::single_spin(1, 'z'));
     KOR_SetSmokeCheckMode(1);
     Signal signal(3);
     printed_receiver(o, signal, 3);

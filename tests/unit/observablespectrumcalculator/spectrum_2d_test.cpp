@@ -33,7 +33,7 @@ Row random_points(std::size_t count, unsigned seed) {
     return points;
 }
 
-double largest_difference(const Row& a, const Row& b) {
+double row_difference(const Row& a, const Row& b) {
     EXPECT_EQ(a.size(), b.size());
     double largest = 0.0;
     for (std::size_t k = 0; k < std::min(a.size(), b.size()); ++k)
@@ -51,8 +51,7 @@ TEST(Calc2Dfft, AgreesWithDirectSumsInBothDimensions) {
         EXPECT_EQ(spectrum.header[0], 1);
         EXPECT_EQ(spectrum.header[1], cols);
         EXPECT_EQ(spectrum.header[2], rows);
-        EXPECT_LT(largest_difference(spectrum.samples, transform_2d(data, static_cast<std::size_t>(cols))),
-                  1e-12)
+        EXPECT_LT(row_difference(spectrum.samples, transform_2d(data, static_cast<std::size_t>(cols))), 1e-12)
             << cols << " x " << rows;
     }
 }
@@ -79,7 +78,7 @@ TEST(Calc2Dfft, OtherLengthsAreWeightedButNotTransformed) {
     const Row data = random_points(6, 9);
     folder.write("korsign.bin", header_bytes(1, 6, 1) + complex_bytes(data));
     DispTransvSign();
-    EXPECT_LT(largest_difference(read_signal_file("spectra.bin").samples, weighted(data)), 1e-15);
+    EXPECT_LT(row_difference(read_signal_file("spectra.bin").samples, weighted(data)), 1e-15);
 }
 
 TEST(Calc2Dfft, SaysWhenThereIsNoSignalFile) {
@@ -141,7 +140,7 @@ TEST(DispTransvSign, IsTheFirstPassAlone) {
     DispTransvSign();
     const SignalFile spectra = read_signal_file("spectra.bin");
     EXPECT_EQ(spectra.header[1], 8);
-    EXPECT_LT(largest_difference(spectra.samples, forward(weighted(data))), 1e-13);
+    EXPECT_LT(row_difference(spectra.samples, forward(weighted(data))), 1e-13);
     EXPECT_FALSE(folder.exists("sort.bin"));
 }
 

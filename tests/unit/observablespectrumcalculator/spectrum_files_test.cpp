@@ -63,7 +63,7 @@ Complex bin(const std::vector<Complex>& x, std::size_t m) {
     return Complex(sum);
 }
 
-double largest(const std::vector<Complex>& x) {
+double largest_point(const std::vector<Complex>& x) {
     double value = 0.0;
     for (const Complex& point : x)
         value = std::max(value, std::abs(point));
@@ -75,7 +75,8 @@ TEST(DirectTransform, AgreesWithTheSumForAnyLength) {
         const std::vector<Complex> x = random_signal(N, 11);
         const std::vector<Complex> spectrum = transform(x);
         for (std::size_t m = 0; m < x.size(); ++m)
-            EXPECT_LT(std::abs(spectrum[m] - bin(x, m)), 1e-11 * largest(spectrum)) << N << " bin " << m;
+            EXPECT_LT(std::abs(spectrum[m] - bin(x, m)), 1e-11 * largest_point(spectrum))
+                << N << " bin " << m;
     }
 }
 
@@ -83,7 +84,7 @@ TEST(DirectTransform, AgreesWithTheSumForALongSignal) {
     const std::vector<Complex> x = random_signal(8192, 12);
     const std::vector<Complex> spectrum = transform(x);
     for (const std::size_t m : {0U, 1U, 5U, 1024U, 2047U, 4095U, 4096U, 6144U, 8191U})
-        EXPECT_LT(std::abs(spectrum[m] - bin(x, m)), 1e-11 * largest(spectrum)) << "bin " << m;
+        EXPECT_LT(std::abs(spectrum[m] - bin(x, m)), 1e-11 * largest_point(spectrum)) << "bin " << m;
 }
 
 TEST(DirectTransform, PutsAConstantIntoTheFirstBin) {

@@ -2,6 +2,7 @@
 
 #include "korlimits.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +15,7 @@
 namespace {
 
 using kor_test::play_console;
-
-constexpr double two_pi = 2.0 * kor::KOR_PI;
+using kor_test::TWO_PI;
 
 struct StartPulse {
     int ap = 0;
@@ -35,7 +35,7 @@ StartPulse core(int ap, double h, int npar, double limit_hz, double flip, double
     return pulse;
 }
 
-StartPulse prompted(const std::string& answers, int npar) {
+StartPulse prompted_pulse(const std::string& answers, int npar) {
     StartPulse pulse;
     pulse.console = play_console(answers, [&] {
         pulse.result =
@@ -56,7 +56,7 @@ TEST(StartPulseCore, OneModeIsAConstantWithTheWantedArea) {
     const StartPulse pulse = core(64, 1e-3 / 64, 4, 1000.0, 90.0, 0.0);
     ASSERT_EQ(pulse.result, 1);
     for (std::size_t k = 0; k < 64; ++k) {
-        EXPECT_NEAR(pulse.xb[k], two_pi * 250.0, 1e-9);
+        EXPECT_NEAR(pulse.xb[k], TWO_PI * 250.0, 1e-9);
         EXPECT_NEAR(pulse.yb[k], 0.0, 1e-9);
     }
     EXPECT_EQ(pulse.console.out, "\nOptimization start pulse generated (direct Fourier-domain):\n"
@@ -89,7 +89,7 @@ TEST(StartPulseCore, ModesFallOffAsARaisedCosine) {
     // Modes 0..3 weighted 1, 3/4, 1/4, 0; the zero of time is sample ap / 2.
     const double area = kor::KOR_PI / 2.0 / (1e-5 * ap);
     for (int k = 0; k < ap; ++k) {
-        const double angle = two_pi * (k - ap / 2) / ap;
+        const double angle = TWO_PI * (k - ap / 2) / ap;
         const double expected =
             area * (1.0 + 2.0 * 0.75 * std::cos(angle) + 2.0 * 0.25 * std::cos(2.0 * angle));
         EXPECT_NEAR(pulse.xb[static_cast<std::size_t>(k)], expected, 1e-9 * area) << k;
@@ -101,7 +101,7 @@ TEST(StartPulseCore, PhaseNinetyLiesAlongY) {
     ASSERT_EQ(pulse.result, 1);
     EXPECT_NEAR(flip_degrees(pulse, 32, 1e-5, 90.0), 45.0, 1e-11);
     for (std::size_t k = 0; k < 32; ++k)
-        EXPECT_LE(std::fabs(pulse.xb[k]), 1e-15 * two_pi * 1e6);
+        EXPECT_LE(std::fabs(pulse.xb[k]), 1e-15 * TWO_PI * 1e6);
     std::ostringstream peak; // six digits, as the summary has them
     peak << std::fabs(*std::max_element(pulse.yb.begin(), pulse.yb.begin() + 32));
     EXPECT_NE(pulse.console.out.find("  actual flip angle    = 45 deg\n"), std::string::npos);
@@ -140,11 +140,11 @@ TEST(StartPulseCore, AVanishingFlipAngleIsRefused) {
 }
 
 TEST(GenerateOptimizationStartPulse, AsksForFiveNumbersAndTakesTheStepInMilliseconds) {
-    const StartPulse pulse = prompted("64\n500\n90\n0\n0.015625\n", 4);
+    const StartPulse pulse = prompted_pulse("64\n500\n90\n0\n0.015625\n", 4);
     ASSERT_EQ(pulse.result, 1);
     EXPECT_EQ(pulse.ap, 64);
     EXPECT_DOUBLE_EQ(pulse.h, 1.5625e-05);
-    EXPECT_NEAR(pulse.xb[10], two_pi * 250.0, 1e-9);
+    EXPECT_NEAR(pulse.xb[10], TWO_PI * 250.0, 1e-9);
     EXPECT_EQ(pulse.console.out.substr(0, pulse.console.out.find("\nOptimization")),
               "Total number of RF pulse sample points : RF-amplitude A [Hz]                    : "
               "Target flip angle [deg]                : Initial RF phase [deg]                 : "
@@ -164,11 +164,11 @@ TEST(GenerateOptimizationStartPulse, NamesTheAnswerThatItCannotUse) {
         {"64\n100\n90\n-20\n0\n", "Invalid time step\n"},
     };
     for (const auto& [answers, message] : cases) {
-        const StartPulse pulse = prompted(answers, 4);
+        const StartPulse pulse = prompted_pulse(answers, 4);
         EXPECT_EQ(pulse.result, 0) << answers;
         EXPECT_EQ(pulse.console.err, message) << answers;
     }
-    EXPECT_EQ(prompted("", 0).console.err, "GenerateOptimizationStartPulse: npar not initialized\n");
+    EXPECT_EQ(prompted_pulse("", 0).console.err, "GenerateOptimizationStartPulse: npar not initialized\n");
     int result = -1;
     const auto console = play_console(
         "", [&] { result = kor::GenerateOptimizationStartPulse(nullptr, nullptr, nullptr, nullptr, 4); });
@@ -177,7 +177,7 @@ TEST(GenerateOptimizationStartPulse, NamesTheAnswerThatItCannotUse) {
 }
 
 TEST(GenerateOptimizationStartPulse, AcceptsTheLargestWaveform) {
-    const StartPulse pulse = prompted("8192\n50000\n90\n0\n0.001\n", 160);
+    const StartPulse pulse = prompted_pulse("8192\n50000\n90\n0\n0.001\n", 160);
     ASSERT_EQ(pulse.result, 1);
     EXPECT_NEAR(flip_degrees(pulse, 8192, 1e-6, 0.0), 90.0, 1e-9);
 }

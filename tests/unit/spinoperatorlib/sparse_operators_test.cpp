@@ -11,12 +11,12 @@ using namespace kor_test;
 
 namespace {
 
-using Builder = void (*)(const SpinIList&, const SpinKet&, int, int, SparseOperator&);
+using SparseBuilder = void (*)(const SpinIList&, const SpinKet&, int, int, SparseOperator&);
 
 const struct {
     Axis axis;
-    Builder build;
-} components[] = {{Axis::x, SparseIx}, {Axis::y, SparseIy}, {Axis::z, SparseIz}};
+    SparseBuilder build;
+} sparse_components[] = {{Axis::x, SparseIx}, {Axis::y, SparseIy}, {Axis::z, SparseIz}};
 
 } // namespace
 
@@ -26,8 +26,8 @@ TEST(SparseProduct, OfTwoSpinsIsTheMatrixProduct) {
     const auto product = std::make_unique<SparseOperator>();
     for (const Spins& spins : {Spins{1, 1}, {1, 2}, {3, 1, 2}, {1, 0, 1}}) {
         const SpinBasis basis = make_basis(spins);
-        for (const auto& first : components)
-            for (const auto& second : components) {
+        for (const auto& first : sparse_components)
+            for (const auto& second : sparse_components) {
                 first.build(basis.Ilist, basis.ket, basis.n, 1, *a);
                 second.build(basis.Ilist, basis.ket, basis.n, basis.nspins, *b);
                 SparseProduct(*a, *b, *product);

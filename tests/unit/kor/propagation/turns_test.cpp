@@ -2,6 +2,7 @@
 
 #include "kor/runtime_state.h"
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
@@ -15,6 +16,7 @@ namespace {
 using kor_test::bytes_of;
 using kor_test::largest_difference;
 using kor_test::Matrix;
+using kor_test::PI;
 using kor_test::play_console;
 using kor_test::prepare_one_spin;
 using kor_test::read_density_file;
@@ -23,7 +25,6 @@ using kor_test::step_propagator;
 using kor_test::TempTree;
 using kor_test::write_density_file;
 
-const double pi = std::acos(-1.0);
 constexpr double tolerance = 1e-12;
 
 void fill_field(double xb, double yb) {
@@ -38,8 +39,8 @@ std::vector<Matrix> states() {
 }
 
 /// r = U_0 U_1 ... of the runtime's samples, at offset w_j = offset + (gradients) . position.
-Matrix sector_propagator(const kor_test::DenseSystem& system, double dt, double offset, double x = 0,
-                         double y = 0, double z = 0) {
+Matrix runtime_propagator(const kor_test::DenseSystem& system, double dt, double offset, double x = 0,
+                          double y = 0, double z = 0) {
     const RuntimeState& s = g_runtime;
     Matrix r = Matrix::Identity(system.n, system.n);
     for (int j = 0; j < s.ap; ++j) {
@@ -56,7 +57,7 @@ Matrix rotated(const Matrix& r, const Matrix& rho) {
 TEST(Rotate3D, QuarterTurnAboutXTakesIzToPlusIy) {
     const TempTree folder;
     const auto system = prepare_one_spin(5, 2e-5);
-    fill_field(pi / (2 * 5 * 2e-5), 0);
+    fill_field(PI / (2 * 5 * 2e-5), 0);
     play_console("", Rotate3D);
     ASSERT_EQ(states().size(), 1U);
     EXPECT_LT(largest_difference(states()[0], system.iy[0]), tolerance);
@@ -68,7 +69,7 @@ TEST(Rotate2D, QuarterTurnAboutXTakesIzToPlusIy) {
     const TempTree folder;
     const auto system = prepare_one_spin(5, 0);
     g_runtime.ndw = 2;
-    fill_field(pi / (2 * 5 * 2e-5), 0);
+    fill_field(PI / (2 * 5 * 2e-5), 0);
     play_console("", [] { Rotate2D_internal(1, 2e-5, 0.0); });
     ASSERT_EQ(states().size(), 2U);
     for (const Matrix& rho : states()) {
@@ -108,8 +109,8 @@ TEST(Rotate2D, WithoutSamplesEveryStateStaysAndTheSectorCounts) {
 TEST(Rotate3D, FirstSampleActsFirst) {
     const TempTree folder;
     const auto system = prepare_one_spin(2, 1e-3);
-    g_runtime.xb[0] = pi / 2 / 1e-3; // Iz -> +Iy
-    g_runtime.yb[1] = pi / 2 / 1e-3; // +Iy stays; the other order would end at -Ix
+    g_runtime.xb[0] = PI / 2 / 1e-3; // Iz -> +Iy
+    g_runtime.yb[1] = PI / 2 / 1e-3; // +Iy stays; the other order would end at -Ix
     play_console("", Rotate3D);
     EXPECT_LT(largest_difference(states()[0], system.iy[0]), tolerance);
 }
@@ -141,7 +142,7 @@ TEST(Rotate3D, EveryVoxelTurnsByItsOwnGradientOffsetInVoxelOrder) {
         for (int iy = 0; iy < 2; ++iy) {
             for (int iz = 0; iz < 2; ++iz) {
                 const Matrix r =
-                    sector_propagator(system, 1e-3, 40, -1 + 0.75 * ix, 0.5 - 0.25 * iy, 2 + 0.125 * iz);
+                    runtime_propagator(system, 1e-3, 40, -1 + 0.75 * ix, 0.5 - 0.25 * iy, 2 + 0.125 * iz);
                 EXPECT_LT(largest_difference(after[voxel++], rotated(r, system.iz[0])), tolerance);
             }
         }
@@ -151,10 +152,10 @@ TEST(Rotate3D, EveryVoxelTurnsByItsOwnGradientOffsetInVoxelOrder) {
 TEST(Rotate3D, SectorsFollowOneAnother) {
     const TempTree folder;
     const auto system = prepare_one_spin(1, 1e-3);
-    g_runtime.xb[0] = pi / 2 / 1e-3;
+    g_runtime.xb[0] = PI / 2 / 1e-3;
     play_console("", Rotate3D);
     g_runtime.xb[0] = 0;
-    g_runtime.statoff_s = pi / 2 / 1e-3; // a quarter turn about z: Iy -> Ix
+    g_runtime.statoff_s = PI / 2 / 1e-3; // a quarter turn about z: Iy -> Ix
     play_console("", Rotate3D);
     EXPECT_EQ(g_runtime.calc, 2);
     EXPECT_LT(largest_difference(states()[0], system.ix[0]), tolerance);
@@ -164,10 +165,10 @@ TEST(Rotate2D, SectorsFollowOneAnother) {
     const TempTree folder;
     const auto system = prepare_one_spin(1, 0);
     g_runtime.ndw = 1;
-    g_runtime.xb[0] = pi / 2 / 1e-3;
+    g_runtime.xb[0] = PI / 2 / 1e-3;
     play_console("", [] { Rotate2D_internal(1, 1e-3, 0.0); });
     g_runtime.xb[0] = 0;
-    play_console("", [] { Rotate2D_internal(1, 1e-3, pi / 2 / 1e-3); });
+    play_console("", [] { Rotate2D_internal(1, 1e-3, PI / 2 / 1e-3); });
     EXPECT_EQ(g_runtime.calc, 2);
     EXPECT_LT(largest_difference(states()[0], system.ix[0]), tolerance);
 }
@@ -187,7 +188,7 @@ TEST(Rotate2D, EvolutionRowKRunsKMinusOneTimesTheSamples) {
     EXPECT_EQ(rows[0], system.iz[0]);
     g_runtime.gx[0] = g_runtime.gx[1] = g_runtime.gx[2] = 0;
     for (int k = 1; k <= 5; ++k) {
-        const Matrix r = sector_propagator(system, (k - 1) * 2e-4, 77.0);
+        const Matrix r = runtime_propagator(system, (k - 1) * 2e-4, 77.0);
         EXPECT_LT(largest_difference(rows[static_cast<std::size_t>(k - 1)], rotated(r, system.iz[0])),
                   tolerance);
     }
@@ -203,7 +204,7 @@ TEST(Rotate2D, NormalSectorTurnsEveryRowAlike) {
     for (int sectortype : {1, 0, 3}) {
         const std::vector<Matrix> before = states();
         play_console("", [&] { Rotate2D_internal(sectortype, 1e-3, 55.0); });
-        const Matrix r = sector_propagator(system, 1e-3, 55.0);
+        const Matrix r = runtime_propagator(system, 1e-3, 55.0);
         for (std::size_t k = 0; k < 3; ++k) {
             EXPECT_LT(largest_difference(states()[k], rotated(r, before[k])), tolerance);
         }

@@ -64,7 +64,7 @@ int is_pulse_acquire(const std::vector<Sector>& sectors) {
     return kor_current_sequence_is_pulse_acquire_fid();
 }
 
-Sector sector(int type, const std::string& remark) {
+Sector remarked_sector(int type, const std::string& remark) {
     Sector s;
     s.type = type;
     s.remark = remark;
@@ -72,14 +72,16 @@ Sector sector(int type, const std::string& remark) {
 }
 
 TEST(PulseAcquire, IsAPlainPulseAndAPlainAcquisition) {
-    EXPECT_EQ(is_pulse_acquire({sector(1, "pulse"), sector(1, "ADC")}), 1);
-    EXPECT_EQ(is_pulse_acquire({sector(1, ""), sector(1, "acquisition")}), 1);
-    EXPECT_EQ(is_pulse_acquire({sector(1, "adc"), sector(1, "ADC")}), 0);
-    EXPECT_EQ(is_pulse_acquire({sector(1, "pulse"), sector(1, "delay")}), 0);
-    EXPECT_EQ(is_pulse_acquire({sector(2, "pulse"), sector(1, "ADC")}), 0);
-    EXPECT_EQ(is_pulse_acquire({sector(1, "pulse"), sector(2, "ADC")}), 0);
-    EXPECT_EQ(is_pulse_acquire({sector(1, "ADC")}), 0);
-    EXPECT_EQ(is_pulse_acquire({sector(1, "pulse"), sector(1, "ADC"), sector(1, "ADC")}), 0);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(1, "pulse"), remarked_sector(1, "ADC")}), 1);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(1, ""), remarked_sector(1, "acquisition")}), 1);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(1, "adc"), remarked_sector(1, "ADC")}), 0);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(1, "pulse"), remarked_sector(1, "delay")}), 0);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(2, "pulse"), remarked_sector(1, "ADC")}), 0);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(1, "pulse"), remarked_sector(2, "ADC")}), 0);
+    EXPECT_EQ(is_pulse_acquire({remarked_sector(1, "ADC")}), 0);
+    EXPECT_EQ(
+        is_pulse_acquire({remarked_sector(1, "pulse"), remarked_sector(1, "ADC"), remarked_sector(1, "ADC")}),
+        0);
 }
 
 } // namespace

@@ -15,7 +15,7 @@ using kor_test::play_console;
 using kor_test::TempTree;
 
 /// A model that is ready but for one missing waveform file.
-void ready_model(int family) {
+void model_without_waveform(int family) {
     kor_test::forget_model();
     kor_test::define_spins({1}, {1.0}, {0.0}, {}, true);
     kor_test::Sector sector;
@@ -77,34 +77,34 @@ TEST(RunCurrentPreparedModel, SpatialFamilyNeedsEveryAxisAndTheFlag) {
     const TempTree folder;
     for (int* axis : {&g_runtime.ndx, &g_runtime.ndy, &g_runtime.ndz}) {
         for (int points : {0, -1}) {
-            ready_model(1);
+            model_without_waveform(1);
             *axis = points;
             EXPECT_EQ(answer(), no_grid);
         }
     }
-    ready_model(1);
+    model_without_waveform(1);
     g_runtime.offsetset = 0;
     EXPECT_EQ(answer(), no_grid);
 }
 
 TEST(RunCurrentPreparedModel, UnknownFamilyIsNamed) {
     const TempTree folder;
-    ready_model(3);
+    model_without_waveform(3);
     EXPECT_EQ(answer(),
               "Unknown sequence type (3).\nChoose a valid sequence family and verify the current model.\n");
 }
 
 TEST(RunCurrentPreparedModel, EachFamilyAnnouncesItsRun) {
     const TempTree folder;
-    ready_model(1);
+    model_without_waveform(1);
     EXPECT_EQ(answer().find("Running current prepared spatially resolved model...\n"), 0U);
-    ready_model(2);
+    model_without_waveform(2);
     EXPECT_EQ(answer().find("Running current prepared 1D / 2D NMR model...\n"), 0U);
 }
 
 TEST(RunCurrentPreparedModel, ForwardersRunTheSame) {
     const TempTree folder;
-    ready_model(2);
+    model_without_waveform(2);
     const std::string direct = answer();
     EXPECT_EQ(play_console("", KORRunCurrentPreparedModel).out, direct);
     EXPECT_EQ(play_console("", KOR_RunCurrentPreparedModel).out, direct);
@@ -113,7 +113,7 @@ TEST(RunCurrentPreparedModel, ForwardersRunTheSame) {
 TEST(RunCurrentPreparedModel, QuietModeLeavesTheFailuresOnly) {
     const TempTree folder;
     for (int family : {1, 2}) {
-        ready_model(family);
+        model_without_waveform(family);
         KOR_SetSmokeCheckMode(1);
         EXPECT_EQ(answer(), "Error reading pulse file absent\n");
         g_runtime.systemset = 0;
@@ -129,7 +129,7 @@ TEST(RunCurrentPreparedModel, DeletesTheFilesOfAnEarlierRunOnlyWhenTheModelIsPre
         folder.write(name, "old");
     }
     folder.write("result.bin", "old");
-    ready_model(2);
+    model_without_waveform(2);
     g_runtime.sectorset = 0;
     answer();
     for (const std::string& name : scratch) {

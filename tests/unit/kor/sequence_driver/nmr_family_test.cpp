@@ -3,6 +3,7 @@
 #include "kor/smoke_check_mode.h"
 
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
@@ -19,14 +20,13 @@ namespace {
 
 using kor_test::bytes_of;
 using kor_test::ConsoleOutput;
+using kor_test::PI;
 using kor_test::play_console;
 using kor_test::Sector;
 using kor_test::system_line;
 using kor_test::TempTree;
 
 using Doubles = std::vector<double>;
-
-const double pi = std::acos(-1.0);
 
 /// A quarter turn about x in one sample of 1 ms.
 Sector pulse(const std::string& remark = "pulse") {
@@ -56,8 +56,8 @@ Sector receiver(int samples, double duration_s, double offset_hz) {
 }
 
 /// One spin 1/2 at 100 Hz.
-void model(const TempTree& folder, const std::vector<Sector>& sectors, const std::string& result) {
-    folder.write("quarter", bytes_of(Doubles{pi / 2 / 1e-3, 0}));
+void define_nmr_model(const TempTree& folder, const std::vector<Sector>& sectors, const std::string& result) {
+    folder.write("quarter", bytes_of(Doubles{PI / 2 / 1e-3, 0}));
     folder.write("free", bytes_of(Doubles{0, 0}));
     kor_test::forget_model();
     kor_test::define_spins({1}, {1.0}, {100.0}, {}, true);
@@ -68,7 +68,7 @@ ConsoleOutput run() {
     return play_console("", RunCurrentPreparedModel);
 }
 
-std::string run_text(const ConsoleOutput& printed) {
+std::string nmr_run_text(const ConsoleOutput& printed) {
     const std::size_t start = printed.out.find("Number of pulse sectors");
     return start == std::string::npos ? printed.out : printed.out.substr(start);
 }
@@ -97,38 +97,38 @@ Signals read_signals(const TempTree& folder, const std::string& name) {
 
 TEST(NmrRun, PrintsEveryStep) {
     const TempTree folder;
-    model(folder, {pulse("first"), evolution(3)}, "r");
+    define_nmr_model(folder, {pulse("first"), evolution(3)}, "r");
     const ConsoleOutput printed = run();
     EXPECT_EQ(printed.err, "");
-    EXPECT_EQ(run_text(printed), "Number of pulse sectors to calculate    : 2\n"
-                                 "\nCalculating sector                      : 1\n"
-                                 "Sector type                             : 1  # normal sector\n"
-                                 "Number of time intervals in this sector : 1\n"
-                                 "Number of evolution intervals           : 1\n"
-                                 "Sector or pulsetime                [ms] : 1\n"
-                                 "Reading pulse file                      : quarter\n"
-                                 "Remark on sector                        : first\n"
-                                 "*\n"
-                                 "\nCalculating sector                      : 2\n"
-                                 "Sector type                             : 2  # evolution sector\n"
-                                 "Number of time intervals in this sector : 1\n"
-                                 "Number of evolution intervals           : 3\n"
-                                 "Sector or pulsetime                [ms] : 1\n"
-                                 "Reading pulse file                      : free\n"
-                                 "Remark on sector                        : evolve\n"
-                                 "***\n"
-                                 "Copied density-matrix result to r\n");
+    EXPECT_EQ(nmr_run_text(printed), "Number of pulse sectors to calculate    : 2\n"
+                                     "\nCalculating sector                      : 1\n"
+                                     "Sector type                             : 1  # normal sector\n"
+                                     "Number of time intervals in this sector : 1\n"
+                                     "Number of evolution intervals           : 1\n"
+                                     "Sector or pulsetime                [ms] : 1\n"
+                                     "Reading pulse file                      : quarter\n"
+                                     "Remark on sector                        : first\n"
+                                     "*\n"
+                                     "\nCalculating sector                      : 2\n"
+                                     "Sector type                             : 2  # evolution sector\n"
+                                     "Number of time intervals in this sector : 1\n"
+                                     "Number of evolution intervals           : 3\n"
+                                     "Sector or pulsetime                [ms] : 1\n"
+                                     "Reading pulse file                      : free\n"
+                                     "Remark on sector                        : evolve\n"
+                                     "***\n"
+                                     "Copied density-matrix result to r\n");
     EXPECT_EQ(folder.read("r"), folder.read("dm.bin"));
     EXPECT_EQ(folder.read("r").size(), 12U + 3 * 64);
 }
 
 TEST(NmrRun, PulseAcquireWritesTheReceiverSignal) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(1024, 0.5, 7.0)}, "fid");
+    define_nmr_model(folder, {pulse(), receiver(1024, 0.5, 7.0)}, "fid");
     g_runtime.resofreqs[1] = 20.0;
     const ConsoleOutput printed = run();
     EXPECT_EQ(printed.err, "");
-    const std::string text = run_text(printed);
+    const std::string text = nmr_run_text(printed);
     EXPECT_TRUE(contains(text, "Number of pulse sectors to calculate    : 2\n"
                                "Detected sequence subtype               : pulse-acquire FID\n"));
     EXPECT_TRUE(contains(text, "Reading pulse file                      : never read\n"
@@ -148,7 +148,7 @@ TEST(NmrRun, PulseAcquireWritesTheReceiverSignal) {
     const std::complex<double> start(root2 * rho(0, 1).real(), -root2 * rho(0, 1).imag());
     for (std::size_t k = 0; k < 1024; ++k) {
         const double t = 0.5 * static_cast<double>(k) / 1024;
-        const std::complex<double> expected = start * std::polar(1.0, -2 * pi * 27.0 * t);
+        const std::complex<double> expected = start * std::polar(1.0, -2 * PI * 27.0 * t);
         ASSERT_NEAR(signals.values[2 * k], expected.real(), 1e-10);
         ASSERT_NEAR(signals.values[2 * k + 1], expected.imag(), 1e-10);
     }
@@ -157,11 +157,11 @@ TEST(NmrRun, PulseAcquireWritesTheReceiverSignal) {
 
 TEST(NmrRun, ReceiverSamplesMustBeAPowerOfTwo) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(1000, 0.5, 0)}, "fid");
+    define_nmr_model(folder, {pulse(), receiver(1000, 0.5, 0)}, "fid");
     EXPECT_TRUE(
         contains(run().out, "ADC sample count 1000 is not a power of two; not writing receiver signal.\n"));
     EXPECT_FALSE(folder.exists("fid"));
-    model(folder, {pulse(), evolution(2), receiver(1000, 0.5, 0)}, "fid");
+    define_nmr_model(folder, {pulse(), evolution(2), receiver(1000, 0.5, 0)}, "fid");
     EXPECT_TRUE(contains(run().out,
                          "ADC sample count 1000 is not a power of two; not writing 2D receiver signal.\n"));
     EXPECT_FALSE(folder.exists("fid"));
@@ -169,7 +169,7 @@ TEST(NmrRun, ReceiverSamplesMustBeAPowerOfTwo) {
 
 TEST(NmrRun, EvolutionAndReceiverGiveOneSignalPerRow) {
     const TempTree folder;
-    model(folder, {pulse(), evolution(3), receiver(4, 0.004, 0)}, "fid");
+    define_nmr_model(folder, {pulse(), evolution(3), receiver(4, 0.004, 0)}, "fid");
     const ConsoleOutput printed = run();
     EXPECT_TRUE(contains(printed.out, "Wrote 2D complex receiver signal to fid (samples=4, evolution rows=3, "
                                       "acquisition=0.004 s)\n"));
@@ -189,11 +189,11 @@ TEST(NmrRun, EvolutionAndReceiverGiveOneSignalPerRow) {
 
 TEST(NmrRun, UnwritableSignalFileIsTold) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(4, 0.5, 0)}, "absent/fid");
+    define_nmr_model(folder, {pulse(), receiver(4, 0.5, 0)}, "absent/fid");
     ConsoleOutput printed = run();
     EXPECT_TRUE(contains(printed.out, "Failed to write complex receiver signal to absent/fid\n"));
     EXPECT_FALSE(contains(printed.out, "Wrote"));
-    model(folder, {pulse(), evolution(2), receiver(4, 0.5, 0)}, "absent/fid");
+    define_nmr_model(folder, {pulse(), evolution(2), receiver(4, 0.5, 0)}, "absent/fid");
     printed = run();
     EXPECT_TRUE(contains(printed.out, "Failed to write 2D complex receiver signal to absent/fid\n"));
     EXPECT_EQ(g_runtime.Ixtot[1][2][1], 0.5);
@@ -201,7 +201,7 @@ TEST(NmrRun, UnwritableSignalFileIsTold) {
 
 TEST(NmrRun, ReceiverWithoutStatesHasNothingToWrite) {
     const TempTree folder;
-    model(folder, {receiver(4, 0.5, 0)}, "fid");
+    define_nmr_model(folder, {receiver(4, 0.5, 0)}, "fid");
     const ConsoleOutput printed = run();
     EXPECT_EQ(printed.err, system_line("fopen(dm.bin)", ENOENT));
     EXPECT_TRUE(contains(printed.out, "Failed to write complex receiver signal to fid\n"));
@@ -209,7 +209,7 @@ TEST(NmrRun, ReceiverWithoutStatesHasNothingToWrite) {
 
 TEST(NmrRun, LaterReceiverReplacesAnEarlierOne) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(4, 0.5, 0), receiver(8, 0.25, 0)}, "fid");
+    define_nmr_model(folder, {pulse(), receiver(4, 0.5, 0), receiver(8, 0.25, 0)}, "fid");
     EXPECT_TRUE(
         contains(run().out, "Wrote complex receiver signal to fid (samples=8, acquisition=0.25 s)\n"));
     EXPECT_EQ(read_signals(folder, "fid").points, 8);
@@ -217,14 +217,14 @@ TEST(NmrRun, LaterReceiverReplacesAnEarlierOne) {
 
 TEST(NmrRun, SectorsBehindTheReceiverAreStillRun) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(4, 0.5, 0), pulse("again")}, "fid");
+    define_nmr_model(folder, {pulse(), receiver(4, 0.5, 0), pulse("again")}, "fid");
     run();
     EXPECT_EQ(g_runtime.calc, 2);
 }
 
 TEST(NmrRun, MarkerOnAnEvolutionSectorMeansNothing) {
     const TempTree folder;
-    model(folder, {pulse(), evolution(2, "ADC")}, "r");
+    define_nmr_model(folder, {pulse(), evolution(2, "ADC")}, "r");
     const ConsoleOutput printed = run();
     EXPECT_FALSE(contains(printed.out, "ADC sector marked"));
     EXPECT_TRUE(contains(printed.out, "Copied density-matrix result to r\n"));
@@ -233,16 +233,16 @@ TEST(NmrRun, MarkerOnAnEvolutionSectorMeansNothing) {
 
 TEST(NmrRun, WithoutReceiverTheStatesAreTheResult) {
     const TempTree folder;
-    model(folder, {pulse()}, "r");
+    define_nmr_model(folder, {pulse()}, "r");
     EXPECT_TRUE(contains(run().out, "Copied density-matrix result to r\n"));
     EXPECT_EQ(folder.read("r"), folder.read("dm.bin"));
-    model(folder, {pulse()}, "absent/r");
+    define_nmr_model(folder, {pulse()}, "absent/r");
     EXPECT_TRUE(contains(run().out, "Failed to copy density-matrix result to absent/r\n"));
 }
 
 TEST(NmrRun, WithoutResultFileAndEvolutionNothingIsWritten) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(4, 0.5, 0)}, "");
+    define_nmr_model(folder, {pulse(), receiver(4, 0.5, 0)}, "");
     const ConsoleOutput printed = run();
     EXPECT_FALSE(contains(printed.out, "receiver signal"));
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"dm.bin", "free", "quarter"}));
@@ -250,7 +250,7 @@ TEST(NmrRun, WithoutResultFileAndEvolutionNothingIsWritten) {
 
 TEST(NmrRun, EvolutionWithoutResultFileEndsInA2dSpectrum) {
     const TempTree folder;
-    model(folder, {pulse(), evolution(2)}, "");
+    define_nmr_model(folder, {pulse(), evolution(2)}, "");
     EXPECT_TRUE(contains(run().out, "How many time-points (power of 2): "));
     EXPECT_EQ(g_runtime.Ixtot[1][2][1], 0.5);
     KOR_SetSmokeCheckMode(1);
@@ -264,7 +264,7 @@ TEST(NmrRun, EvolutionWithoutResultFileEndsInA2dSpectrum) {
 
 TEST(NmrRun, EvolutionWithResultFileMakesNo2dSpectrum) {
     const TempTree folder;
-    model(folder, {pulse(), evolution(2)}, "r");
+    define_nmr_model(folder, {pulse(), evolution(2)}, "r");
     run();
     EXPECT_FALSE(folder.exists("korsign.bin"));
 }
@@ -275,7 +275,7 @@ std::string refusal(const TempTree& folder, int type, int samples, int rows) {
     s.type = type;
     s.samples = samples;
     s.rows = rows;
-    model(folder, {pulse(), s}, "r");
+    define_nmr_model(folder, {pulse(), s}, "r");
     const std::string out = run().out;
     EXPECT_FALSE(folder.exists("r"));
     EXPECT_FALSE(contains(out, "Calculating sector                      : 2"));
@@ -300,13 +300,13 @@ TEST(NmrRun, UnreadableWaveformFileEndsTheRun) {
     const TempTree folder;
     Sector s = pulse();
     s.file = "absent";
-    model(folder, {s}, "r");
+    define_nmr_model(folder, {s}, "r");
     ConsoleOutput printed = run();
     EXPECT_EQ(printed.err, system_line("absent", ENOENT));
     EXPECT_TRUE(contains(printed.out, "Error reading pulse file absent\n"));
     s.file = "quarter";
     s.samples = 2;
-    model(folder, {s}, "r");
+    define_nmr_model(folder, {s}, "r");
     printed = run();
     EXPECT_EQ(printed.err, "");
     EXPECT_TRUE(contains(printed.out, "Error reading pulse file quarter\n"));
@@ -324,7 +324,7 @@ TEST(NmrRun, SampleThatIsNotFiniteEndsTheRun) {
             Doubles values{1, 2, 3, 4, 5, 6};
             values[at] = bad;
             folder.write("bad", bytes_of(values));
-            model(folder, {s}, "r");
+            define_nmr_model(folder, {s}, "r");
             char expected[80];
             std::snprintf(expected, sizeof expected, "Bad pulse sample at l=1: xb=%g yb=%g\n", values[1],
                           values[4]);
@@ -339,7 +339,7 @@ TEST(NmrRun, SampleThatIsNotFiniteEndsTheRun) {
 TEST(NmrRun, FailedPropagationEndsTheRunWithoutResult) {
     const TempTree folder;
     folder.write("store/occupied", "");
-    model(folder, {pulse(), pulse()}, "r");
+    define_nmr_model(folder, {pulse(), pulse()}, "r");
     const ConsoleOutput printed = run();
     EXPECT_EQ(printed.err, system_line("store", EISDIR));
     EXPECT_FALSE(contains(printed.out, "Calculating sector                      : 2"));
@@ -350,7 +350,7 @@ TEST(NmrRun, RowsOfALaterSectorStartFromTheFirstRow) {
     const TempTree folder;
     Sector two_rows = pulse();
     two_rows.rows = 2;
-    model(folder, {pulse(), evolution(4), two_rows}, "r");
+    define_nmr_model(folder, {pulse(), evolution(4), two_rows}, "r");
     run();
     const auto file = kor_test::read_density_file("r");
     ASSERT_EQ(file.matrices.size(), 2U);
@@ -359,7 +359,7 @@ TEST(NmrRun, RowsOfALaterSectorStartFromTheFirstRow) {
 
 TEST(NmrRun, SecondRunGivesTheSameBytesQuietOrNot) {
     const TempTree folder;
-    model(folder, {pulse(), evolution(3), receiver(16, 0.1, -30)}, "fid");
+    define_nmr_model(folder, {pulse(), evolution(3), receiver(16, 0.1, -30)}, "fid");
     run();
     const std::string first = folder.read("fid");
     folder.write("dm.bin", "spoilt");
@@ -374,10 +374,10 @@ TEST(NmrRun, SecondRunGivesTheSameBytesQuietOrNot) {
 
 TEST(NmrRun, QuietModeKeepsTheFailures) {
     const TempTree folder;
-    model(folder, {pulse(), receiver(1000, 0.5, 0)}, "fid");
+    define_nmr_model(folder, {pulse(), receiver(1000, 0.5, 0)}, "fid");
     KOR_SetSmokeCheckMode(1);
     EXPECT_EQ(run().out, "ADC sample count 1000 is not a power of two; not writing receiver signal.\n");
-    model(folder, {pulse()}, "absent/r");
+    define_nmr_model(folder, {pulse()}, "absent/r");
     KOR_SetSmokeCheckMode(1);
     EXPECT_EQ(run().out, "Failed to copy density-matrix result to absent/r\n");
     KOR_SetSmokeCheckMode(0);

@@ -3,6 +3,7 @@
 #include "kor/smoke_check_mode.h"
 
 #include "support/console_script.h"
+#include "support/constants.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
 
@@ -17,18 +18,17 @@ namespace {
 
 using kor_test::bytes_of;
 using kor_test::ConsoleOutput;
+using kor_test::NOT_A_NUMBER;
+using kor_test::PI;
 using kor_test::play_console;
+using kor_test::POSITIVE_INFINITY;
 using kor_test::Sector;
 using kor_test::system_line;
 using kor_test::TempTree;
 
 using Doubles = std::vector<double>;
 
-const double pi = std::acos(-1.0);
-const double nan = std::numeric_limits<double>::quiet_NaN();
-const double infinity = std::numeric_limits<double>::infinity();
-
-Sector sector(const std::string& file, int samples, const std::string& remark) {
+Sector waveform_sector(const std::string& file, int samples, const std::string& remark) {
     Sector s;
     s.file = file;
     s.samples = samples;
@@ -37,7 +37,7 @@ Sector sector(const std::string& file, int samples, const std::string& remark) {
 }
 
 /// One spin on 1 x 1 x 2 voxels.
-void model(const std::vector<Sector>& sectors, const std::string& result) {
+void define_spatial_model(const std::vector<Sector>& sectors, const std::string& result) {
     kor_test::forget_model();
     kor_test::define_spins({1}, {1.0}, {100.0}, {}, true);
     kor_test::define_sequence(1, sectors, result);
@@ -54,7 +54,7 @@ std::string blocks(int samples, double xb, double yb, double gx, double gy, doub
 }
 
 /// What a run prints behind the announcement and the spin-system listing.
-std::string run_text(const ConsoleOutput& printed) {
+std::string spatial_run_text(const ConsoleOutput& printed) {
     const std::size_t start = printed.out.find("# x-direction");
     return start == std::string::npos ? printed.out : printed.out.substr(start);
 }
@@ -63,7 +63,9 @@ TEST(SpatialRun, PrintsEveryStepAndCopiesTheStates) {
     const TempTree folder;
     folder.write("w1", blocks(2, 10, 20, 30, 40, 50));
     folder.write("w2", blocks(1, 0, 0, 0, 0, 0));
-    model({sector("w1", 2, "excite"), sector("w2", 1, ""), sector("absent", 4, "ADC")}, "result.bin");
+    define_spatial_model({waveform_sector("w1", 2, "excite"), waveform_sector("w2", 1, ""),
+                          waveform_sector("absent", 4, "ADC")},
+                         "result.bin");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(printed.err, "");
     const std::string grid = "Spatial starting point x-direction [cm] : 0.5\n"
@@ -72,29 +74,30 @@ TEST(SpatialRun, PrintsEveryStepAndCopiesTheStates) {
                              "Spatial y-stepsize                 [cm] : 0\n"
                              "Spatial starting point z-direction [cm] : 2\n"
                              "Spatial z-stepsize                 [cm] : 0.25\n";
-    EXPECT_EQ(run_text(printed), "# x-direction : 1  # y-direction : 1  # z-direction : 2\n"
-                                 "Number of pulse sectors to calculate      : 3\n"
-                                 "\nCalculating sector                      : 1\n"
-                                 "Number of time intervals in this sector : 2\n"
-                                 "Sector or pulsetime                [ms] : 1\n"
-                                 "Reading pulse file                      : w1\n" +
-                                     grid +
-                                     "Remark : excite\n\n"
-                                     "[KOR_PROGRESS] sector=1 sectors=2 voxel=1 voxels=2 percent=25\n"
-                                     "[KOR_PROGRESS] sector=1 sectors=2 voxel=2 voxels=2 percent=50\n"
-                                     "\n"
-                                     "\nCalculating sector                      : 2\n"
-                                     "Number of time intervals in this sector : 1\n"
-                                     "Sector or pulsetime                [ms] : 1\n"
-                                     "Reading pulse file                      : w2\n" +
-                                     grid +
-                                     "Remark : \n\n"
-                                     "[KOR_PROGRESS] sector=2 sectors=2 voxel=1 voxels=2 percent=75\n"
-                                     "[KOR_PROGRESS] sector=2 sectors=2 voxel=2 voxels=2 percent=100\n"
-                                     "\n"
-                                     "\nSpatial propagation stops at acquisition sector 3.\n"
-                                     "The density matrix is stored at acquisition start.\n"
-                                     "Copied spatial density-matrix result to result.bin\n");
+    EXPECT_EQ(spatial_run_text(printed),
+              "# x-direction : 1  # y-direction : 1  # z-direction : 2\n"
+              "Number of pulse sectors to calculate      : 3\n"
+              "\nCalculating sector                      : 1\n"
+              "Number of time intervals in this sector : 2\n"
+              "Sector or pulsetime                [ms] : 1\n"
+              "Reading pulse file                      : w1\n" +
+                  grid +
+                  "Remark : excite\n\n"
+                  "[KOR_PROGRESS] sector=1 sectors=2 voxel=1 voxels=2 percent=25\n"
+                  "[KOR_PROGRESS] sector=1 sectors=2 voxel=2 voxels=2 percent=50\n"
+                  "\n"
+                  "\nCalculating sector                      : 2\n"
+                  "Number of time intervals in this sector : 1\n"
+                  "Sector or pulsetime                [ms] : 1\n"
+                  "Reading pulse file                      : w2\n" +
+                  grid +
+                  "Remark : \n\n"
+                  "[KOR_PROGRESS] sector=2 sectors=2 voxel=1 voxels=2 percent=75\n"
+                  "[KOR_PROGRESS] sector=2 sectors=2 voxel=2 voxels=2 percent=100\n"
+                  "\n"
+                  "\nSpatial propagation stops at acquisition sector 3.\n"
+                  "The density matrix is stored at acquisition start.\n"
+                  "Copied spatial density-matrix result to result.bin\n");
     EXPECT_EQ(folder.read("result.bin"), folder.read("dm.bin"));
     EXPECT_EQ(folder.read("result.bin").size(), 12U + 2 * 64);
     EXPECT_EQ(g_runtime.calc, 2);
@@ -103,17 +106,17 @@ TEST(SpatialRun, PrintsEveryStepAndCopiesTheStates) {
 TEST(SpatialRun, SetsThePropagationParametersOfTheSector) {
     const TempTree folder;
     folder.write("w", blocks(4, 1, 2, 3, 4, 5));
-    Sector s = sector("w", 4, "");
+    Sector s = waveform_sector("w", 4, "");
     s.duration_s = 2e-3;
     s.offset_hz = 25;
-    model({s}, "");
+    define_spatial_model({s}, "");
     play_console("", RunCurrentPreparedModel);
     const RuntimeState& state = g_runtime;
     EXPECT_EQ(state.ap, 4);
     EXPECT_EQ(state.pt, 2e-3);
     EXPECT_EQ(state.h, 5e-4);
     EXPECT_EQ(state.ti, 5e-4);
-    EXPECT_DOUBLE_EQ(state.statoff_s, 50 * pi);
+    EXPECT_DOUBLE_EQ(state.statoff_s, 50 * PI);
     EXPECT_EQ(state.x0_s, 0.5);
     EXPECT_EQ(state.y0_s, -1.0);
     EXPECT_EQ(state.z0_s, 2.0);
@@ -127,7 +130,7 @@ TEST(SpatialRun, SetsThePropagationParametersOfTheSector) {
 TEST(SpatialRun, WithoutResultFileLeavesTheStatesInDmBin) {
     const TempTree folder;
     folder.write("w", blocks(1, 0, 0, 0, 0, 0));
-    model({sector("w", 1, "")}, "");
+    define_spatial_model({waveform_sector("w", 1, "")}, "");
     play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"dm.bin", "w"}));
 }
@@ -135,7 +138,9 @@ TEST(SpatialRun, WithoutResultFileLeavesTheStatesInDmBin) {
 TEST(SpatialRun, SectorsBehindTheAcquisitionAreNotRun) {
     const TempTree folder;
     folder.write("w", blocks(1, 100, 0, 0, 0, 0));
-    model({sector("w", 1, ""), sector("absent", 1, "Start ADC"), sector("absent", 1, "")}, "r");
+    define_spatial_model({waveform_sector("w", 1, ""), waveform_sector("absent", 1, "Start ADC"),
+                          waveform_sector("absent", 1, "")},
+                         "r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(g_runtime.spatial_progress_sector_count, 1);
@@ -146,7 +151,7 @@ TEST(SpatialRun, SectorsBehindTheAcquisitionAreNotRun) {
 TEST(SpatialRun, RemarkThatIsNoMarkerIsPropagated) {
     const TempTree folder;
     folder.write("w", blocks(1, 0, 0, 0, 0, 0));
-    model({sector("w", 1, "acq")}, "");
+    define_spatial_model({waveform_sector("w", 1, "acq")}, "");
     play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(g_runtime.calc, 1);
 }
@@ -154,13 +159,13 @@ TEST(SpatialRun, RemarkThatIsNoMarkerIsPropagated) {
 TEST(SpatialRun, AcquisitionFirstPropagatesNothingAndHasNothingToCopy) {
     const TempTree folder;
     folder.write("dm.bin", "of an earlier run");
-    model({sector("absent", 1, "acquisition")}, "r");
+    define_spatial_model({waveform_sector("absent", 1, "acquisition")}, "r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
-    EXPECT_EQ(run_text(printed), "# x-direction : 1  # y-direction : 1  # z-direction : 2\n"
-                                 "Number of pulse sectors to calculate      : 1\n"
-                                 "\nSpatial propagation stops at acquisition sector 1.\n"
-                                 "The density matrix is stored at acquisition start.\n"
-                                 "Failed to copy spatial density-matrix result to r\n");
+    EXPECT_EQ(spatial_run_text(printed), "# x-direction : 1  # y-direction : 1  # z-direction : 2\n"
+                                         "Number of pulse sectors to calculate      : 1\n"
+                                         "\nSpatial propagation stops at acquisition sector 1.\n"
+                                         "The density matrix is stored at acquisition start.\n"
+                                         "Failed to copy spatial density-matrix result to r\n");
     EXPECT_EQ(g_runtime.spatial_progress_sector_count, 0);
     EXPECT_EQ(g_runtime.calc, 0);
     EXPECT_TRUE(folder.names().empty());
@@ -169,7 +174,7 @@ TEST(SpatialRun, AcquisitionFirstPropagatesNothingAndHasNothingToCopy) {
 TEST(SpatialRun, UnopenableResultFileIsTold) {
     const TempTree folder;
     folder.write("w", blocks(1, 0, 0, 0, 0, 0));
-    model({sector("w", 1, "")}, "absent/r");
+    define_spatial_model({waveform_sector("w", 1, "")}, "absent/r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
     EXPECT_NE(printed.out.find("Failed to copy spatial density-matrix result to absent/r\n"),
               std::string::npos);
@@ -179,14 +184,14 @@ TEST(SpatialRun, UnopenableResultFileIsTold) {
 TEST(SpatialRun, ResultMayBeTheScratchFileItself) {
     const TempTree folder;
     folder.write("w", blocks(1, 0, 0, 0, 0, 0));
-    model({sector("w", 1, "")}, "dm.bin");
+    define_spatial_model({waveform_sector("w", 1, "")}, "dm.bin");
     play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(folder.read("dm.bin").size(), 12U + 2 * 64);
 }
 
 TEST(SpatialRun, AbsentWaveformFileEndsTheRun) {
     const TempTree folder;
-    model({sector("absent", 1, "")}, "r");
+    define_spatial_model({waveform_sector("absent", 1, "")}, "r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(printed.err, system_line("absent", ENOENT));
     EXPECT_NE(printed.out.find("Reading pulse file                      : absent\n"
@@ -199,7 +204,7 @@ TEST(SpatialRun, ShortWaveformFileInALaterSectorLeavesNoResult) {
     const TempTree folder;
     folder.write("w", blocks(2, 0, 0, 0, 0, 0));
     folder.write("short", blocks(2, 0, 0, 0, 0, 0).substr(0, 79));
-    model({sector("w", 2, ""), sector("short", 2, "")}, "r");
+    define_spatial_model({waveform_sector("w", 2, ""), waveform_sector("short", 2, "")}, "r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(printed.err, "");
     EXPECT_NE(printed.out.find("Error reading pulse file short\n"), std::string::npos);
@@ -209,7 +214,7 @@ TEST(SpatialRun, ShortWaveformFileInALaterSectorLeavesNoResult) {
 
 TEST(SpatialRun, EmptyWaveformNameIsUnreadable) {
     const TempTree folder;
-    model({sector("", 1, "")}, "r");
+    define_spatial_model({waveform_sector("", 1, "")}, "r");
     EXPECT_NE(play_console("", RunCurrentPreparedModel).out.find("Error reading pulse file \n"),
               std::string::npos);
 }
@@ -218,7 +223,7 @@ TEST(SpatialRun, TooManySamplesAreUnreadable) {
     const TempTree folder;
     folder.write("w", std::string(8193 * 40, '\0'));
     for (int samples : {8193, -1}) {
-        model({sector("w", samples, "")}, "r");
+        define_spatial_model({waveform_sector("w", samples, "")}, "r");
         const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
         EXPECT_NE(printed.out.find("Error reading pulse file w\n"), std::string::npos);
     }
@@ -226,12 +231,12 @@ TEST(SpatialRun, TooManySamplesAreUnreadable) {
 
 TEST(SpatialRun, SampleThatIsNotFiniteEndsTheRun) {
     const TempTree folder;
-    for (double bad : {nan, infinity, -infinity}) {
+    for (double bad : {NOT_A_NUMBER, POSITIVE_INFINITY, -POSITIVE_INFINITY}) {
         for (std::size_t block = 0; block < 5; ++block) {
             Doubles values(15, 1.0);
             values[3 * block + 2] = bad;
             folder.write("w", bytes_of(values));
-            model({sector("w", 3, "")}, "r");
+            define_spatial_model({waveform_sector("w", 3, "")}, "r");
             const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
             char expected[160];
             std::snprintf(expected, sizeof expected,
@@ -247,10 +252,10 @@ TEST(SpatialRun, SampleThatIsNotFiniteEndsTheRun) {
 TEST(SpatialRun, FirstBadSampleIsNamed) {
     const TempTree folder;
     Doubles values(15, 1.0);
-    values[2] = nan;       // xb, l = 2
-    values[13] = infinity; // gz, l = 1
+    values[2] = NOT_A_NUMBER;       // xb, l = 2
+    values[13] = POSITIVE_INFINITY; // gz, l = 1
     folder.write("w", bytes_of(values));
-    model({sector("w", 3, "")}, "");
+    define_spatial_model({waveform_sector("w", 3, "")}, "");
     EXPECT_NE(play_console("", RunCurrentPreparedModel)
                   .out.find("Bad pulse sample at l=1: xb=1 yb=1 gx=1 gy=1 gz=inf\n"),
               std::string::npos);
@@ -260,7 +265,7 @@ TEST(SpatialRun, FailedPropagationEndsTheRunWithoutResult) {
     const TempTree folder;
     folder.write("w", blocks(1, 0, 0, 0, 0, 0));
     folder.write("store/occupied", "");
-    model({sector("w", 1, ""), sector("w", 1, "")}, "r");
+    define_spatial_model({waveform_sector("w", 1, ""), waveform_sector("w", 1, "")}, "r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(printed.err, system_line("store", EISDIR));
     EXPECT_EQ(printed.out.find("Calculating sector                      : 2"), std::string::npos);
@@ -271,7 +276,7 @@ TEST(SpatialRun, FailedPropagationEndsTheRunWithoutResult) {
 TEST(SpatialRun, SectorWithoutSamplesCountsAndChangesNothing) {
     const TempTree folder;
     folder.write("w", "");
-    model({sector("w", 0, "")}, "r");
+    define_spatial_model({waveform_sector("w", 0, "")}, "r");
     play_console("", RunCurrentPreparedModel);
     EXPECT_EQ(g_runtime.h, 0.0);
     EXPECT_EQ(g_runtime.calc, 1);
@@ -283,7 +288,7 @@ TEST(SpatialRun, SectorWithoutSamplesCountsAndChangesNothing) {
 TEST(SpatialRun, SecondRunGivesTheSameBytesQuietOrNot) {
     const TempTree folder;
     folder.write("w", blocks(3, 500, -200, 1000, 2000, -3000));
-    model({sector("w", 3, ""), sector("w", 3, "")}, "r");
+    define_spatial_model({waveform_sector("w", 3, ""), waveform_sector("w", 3, "")}, "r");
     play_console("", RunCurrentPreparedModel);
     const std::string first = folder.read("r");
     folder.write("dm.bin", "spoilt");
