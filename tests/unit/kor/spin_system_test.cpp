@@ -163,10 +163,10 @@ TEST(BuildSpinSystem, MoreStatesThanTheMatricesHoldLeaveNoSpinSystem) {
     // The product of 2I + 1 is 257, 2^33 or, with the negative one that hides the size from it, -9963.
     for (const std::vector<int>& two_i :
          {std::vector<int>{256}, std::vector<int>{65535, 65535, 1}, std::vector<int>{2, 2, 8, 40, -4}}) {
-        build({{1}, {}, {}, {}, 1});
+        build_definition({{1}, {}, {}, {}, 1});
         ASSERT_EQ(g_runtime.spinsystemdefined, 1);
         testing::internal::CaptureStderr();
-        build({two_i, {}, {}, {}, 1});
+        build_definition({two_i, {}, {}, {}, 1});
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
                   "The spin system has more states than the 256 that can be simulated: define it again.\n");
         EXPECT_EQ(g_runtime.n, 0);

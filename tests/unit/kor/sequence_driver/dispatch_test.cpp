@@ -63,7 +63,7 @@ TEST(RunCurrentPreparedModel, NamesWhatIsMissingFirst) {
 TEST(RunCurrentPreparedModel, DoesNotRunSpinsOfTooManyStates) {
     for (const int family : {1, 2}) {
         const TempTree folder;
-        ready_model(family);
+        model_without_waveform(family);
         kor_test::define_spins({40, -4, 8}, {1.0, 1.0, 1.0}, {0.0, 0.0, 0.0}, {}, true);
         const kor_test::ConsoleOutput run = play_console("", RunCurrentPreparedModel);
         EXPECT_EQ(run.err,
