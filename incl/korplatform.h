@@ -39,6 +39,9 @@ bool platform_takes_name(const char* name);
 ///
 /// fopen with the native path. nullptr and errno on failure; a folder is a failure too.
 std::FILE* platform_open(const char* path, const char* mode);
+/// The same for a file that is to be new, mode "w" or "wb": EEXIST where anything has the name, be it a link
+/// that leads nowhere.
+std::FILE* platform_open_new(const char* path, const char* mode);
 /// Delete one file, rename one (replacing an existing target), make one folder: 0, or the errno value,
 /// which is in errno as well.
 int platform_remove(const char* path);

@@ -1,9 +1,10 @@
 // Floor 0.6 - ground: files that take the place of an older one only when they are whole
 //
-// A file is written beside its final name, as NAME.PID.new, and gets that name when its last byte is on its
-// way to the disk: a full disk, a failed write or a killed process leaves the older file, or none, and never
-// a piece of the new one. Two processes that write the same file do not mix their bytes; the last one stays.
-// (On Windows a file that another program has open is waited for, see korplatform.h.)
+// A file is written beside its final name, as NAME.PID.new (NAME.PID.1.new where that is taken, and so on),
+// and gets that name when its last byte is on its way to the disk: a full disk, a failed write or a killed
+// process leaves the older file, or none, and never a piece of the new one. Two processes that write the same
+// file do not mix their bytes; the last one stays. (On Windows a file that another program has open is waited
+// for, see korplatform.h.)
 //
 // Where renaming another file over it would not be the same as writing it (a device, a link, a file that is
 // write-protected), or no file can be made beside it (a protected folder, a name too long for the addition),

@@ -13,6 +13,27 @@ bool folder_takes_no_file(int error) {
     return error == EACCES || error == EPERM || error == ENAMETOOLONG;
 }
 
+// A killed process leaves such a file, and another one may have its number by now; so may one on another
+// machine that writes into the same folder.
+constexpr int NAMES_BESIDE = 10;
+
+std::string name_beside(const std::string& name, int attempt) {
+    const std::string number = std::to_string(platform_process_id());
+    return name + "." + number + (attempt > 0 ? "." + std::to_string(attempt) : "") + ".new";
+}
+
+/// Makes a file beside the named one that nobody else has; null with errno when none can be made.
+std::FILE* open_beside(const std::string& name, const char* mode, std::string& beside) {
+    std::FILE* file = nullptr;
+    for (int attempt = 0; attempt < NAMES_BESIDE && !file; ++attempt) {
+        beside = name_beside(name, attempt);
+        file = platform_open_new(beside.c_str(), mode);
+        if (!file && errno != EEXIST)
+            break;
+    }
+    return file;
+}
+
 /// Closes the file; 0, or the first error value of its writes and the close.
 int close_file(std::FILE* file) {
     const bool sound = !std::ferror(file);
@@ -28,8 +49,7 @@ int close_file(std::FILE* file) {
 bool open_whole_file(const char* name, const char* mode, WholeFile& out) {
     out = {nullptr, name ? name : "", ""};
     if (platform_may_replace(out.name.c_str())) {
-        out.beside = out.name + "." + std::to_string(platform_process_id()) + ".new";
-        out.file = platform_open(out.beside.c_str(), mode);
+        out.file = open_beside(out.name, mode, out.beside);
         if (out.file) {
             // Nobody may read in the new file what the older one kept from him.
             platform_copy_rights(out.name.c_str(), out.beside.c_str());

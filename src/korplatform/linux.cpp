@@ -170,6 +170,10 @@ std::FILE* platform_open(const char* path, const char* mode) {
     return std::fopen(name.c_str(), mode);
 }
 
+std::FILE* platform_open_new(const char* path, const char* mode) {
+    return std::fopen(native(path).c_str(), (std::string(mode) + "x").c_str());
+}
+
 int platform_remove(const char* path) {
     return status_of(::unlink(native(path).c_str()));
 }

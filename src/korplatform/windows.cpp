@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <io.h>
 #include <process.h>
+#include <sys/stat.h>
 #include <windows.h>
 
 namespace kor {
@@ -243,6 +244,21 @@ std::FILE* platform_open(const char* path, const char* mode) {
     if (!file && status_of(-1, name) == EACCES && is_folder(name))
         errno = EISDIR;
     return file;
+}
+
+std::FILE* platform_open_new(const char* path, const char* mode) {
+    const char* const name = path ? path : "";
+    const int kind = std::strchr(mode, 'b') ? _O_BINARY : _O_TEXT;
+    int descriptor = -1;
+    insist(name, [&descriptor, name, kind]() -> DWORD {
+        _doserrno = 0;
+        descriptor = _open(name, _O_WRONLY | _O_CREAT | _O_EXCL | kind, _S_IREAD | _S_IWRITE);
+        return descriptor >= 0 ? 0 : _doserrno;
+    });
+    if (descriptor >= 0)
+        return _fdopen(descriptor, mode);
+    status_of(-1, name);
+    return nullptr;
 }
 
 int platform_remove(const char* path) {

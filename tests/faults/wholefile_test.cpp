@@ -3,16 +3,15 @@
 #include "wholefile.h"
 
 #include "support/ordinary_user.h"
+#include "support/small_disk_linux.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <string>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,33 +20,13 @@ namespace {
 namespace fs = std::filesystem;
 using kor::WholeFile;
 using kor_test::OrdinaryUser;
+using kor_test::SmallDisk;
 using kor_test::TempTree;
 using Names = std::vector<std::string>;
 
 void write_text(WholeFile& out, const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), out.file);
 }
-
-/// No file of this process grows beyond this many bytes while it lives.
-class SmallDisk {
-public:
-    explicit SmallDisk(rlim_t bytes) {
-        before_signal_ = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit small{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~SmallDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, before_signal_);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-private:
-    rlimit before_{};
-    void (*before_signal_)(int) = SIG_DFL;
-};
 
 TEST(WholeFileFault, ThatDoesNotFitTheDiskLeavesTheOlderOne) {
     const TempTree tree;
@@ -81,6 +60,24 @@ TEST(WholeFileFault, OfTwoWritersTheLastOneStays) {
     EXPECT_TRUE(kor::keep_whole_file(out));
     EXPECT_EQ(tree.read("result"), "ours, and longer");
     EXPECT_EQ(tree.names(), Names{"result"});
+}
+
+// A killed process may have left its piece under the name, or a link may lie there in wait.
+TEST(WholeFileFault, TakesNoNameThatIsTaken) {
+    const TempTree tree;
+    tree.write("precious", "kept");
+    const std::string first = "result." + std::to_string(getpid()) + ".new";
+    const std::string second = "result." + std::to_string(getpid()) + ".1.new";
+    tree.write(first, "a piece");
+    fs::create_symlink("precious", second);
+    WholeFile out;
+    ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
+    EXPECT_EQ(out.beside, "result." + std::to_string(getpid()) + ".2.new");
+    write_text(out, "new");
+    EXPECT_TRUE(kor::keep_whole_file(out));
+    EXPECT_EQ(tree.read("result"), "new");
+    EXPECT_EQ(tree.read("precious"), "kept");
+    EXPECT_EQ(tree.names(), (Names{"precious", "result", second, first}));
 }
 
 TEST(WholeFileFault, WritesDevicesAndLinksInPlace) {

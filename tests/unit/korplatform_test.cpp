@@ -34,6 +34,25 @@ TEST(PlatformOpen, OpensThroughBackslashesAndSaysWhyNot) {
     EXPECT_EQ(errno, ENOENT);
 }
 
+TEST(PlatformOpenNew, MakesAFileThatIsNotThere) {
+    TempTree tree;
+    tree.write("there", "kept");
+    tree.make_folder("dir");
+    for (const char* taken : {"there", "dir"}) {
+        errno = 0;
+        EXPECT_EQ(platform_open_new(taken, "wb"), nullptr);
+        EXPECT_EQ(errno, EEXIST) << taken;
+    }
+    EXPECT_EQ(tree.read("there"), "kept");
+    EXPECT_EQ(platform_open_new("absent\\new", "w"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+    std::FILE* file = platform_open_new("dir\\new", "wb");
+    ASSERT_NE(file, nullptr);
+    EXPECT_GE(std::fputs("a\n", file), 0);
+    std::fclose(file);
+    EXPECT_EQ(tree.read("dir/new"), "a\n");
+}
+
 TEST(PlatformOpen, RefusesAFolder) {
     TempTree tree;
     tree.make_folder("dir");
