@@ -155,6 +155,21 @@ TEST_F(OutOfReach, ModelPathsOfEveryLengthEndCleanly) {
     }
 }
 
+TEST_F(OutOfReach, AResultInThePlaceOfItsOwnModelIsRefused) {
+    const std::string model = scenario_->arguments[1];
+    const std::string waveform = scenario_->path("sequences/grid/waveforms/sector2");
+    const std::string samples = read_file(waveform);
+    const ProgramResult over_waveform = run_with_result(waveform);
+    EXPECT_EQ(over_waveform.status, 0);
+    EXPECT_EQ(over_waveform.err, waveform + ": the result file is the waveform file of sector 2\n");
+    EXPECT_TRUE(read_file(waveform) == samples);
+    EXPECT_TRUE(scenario_->scratch_file("dm.bin").empty());
+    const ProgramResult over_model = run_with_result(model);
+    EXPECT_EQ(over_model.status, 1);
+    EXPECT_EQ(over_model.err, "[KOR] The output file " + model + " is the model file.\n");
+    EXPECT_NE(read_file(model).find("result_file: " + model), std::string::npos);
+}
+
 TEST_F(OutOfReach, AFileWhereAScratchFolderBelongsIsTold) {
     const std::string model = scenario_->arguments[1];
     for (const std::string file : {"build/runtime", "build/runtime/runs"}) {
@@ -219,6 +234,18 @@ TEST(ReadOut, AProtectedFolderIsToldAndAWritableFileInItIsWritten) {
     EXPECT_EQ(written.status, 0) << written.err;
     EXPECT_TRUE(read_file(output) == profile);
     fs::permissions(scenario->root(), fs::perms::owner_all);
+}
+
+TEST(ReadOut, NeverReplacesTheModel) {
+    for (const char* name : {"profile", "voxel-signal"}) {
+        const auto scenario = make_scenario(name);
+        const std::string model = scenario->arguments[1], text = read_file(model);
+        scenario->arguments[4] = model;
+        const ProgramResult result = run_program(scenario->call());
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err, "[KOR] The output file " + model + " is the model file.\n");
+        EXPECT_TRUE(read_file(model) == text);
+    }
 }
 
 TEST(ReadOut, NeverReplacesItsOwnInput) {

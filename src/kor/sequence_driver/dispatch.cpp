@@ -32,6 +32,18 @@ const char* what_is_missing() {
     return nullptr;
 }
 
+/// Whether the result would take the place of a waveform of its own sequence; said on standard error.
+bool result_replaces_a_waveform() {
+    const RuntimeState& s = g_runtime;
+    for (int k = 1; k <= s.nos; ++k) {
+        if (platform_same_file(s.resultflnm, s.fnames[k])) {
+            std::fprintf(stderr, "%s: the result file is the waveform file of sector %d\n", s.resultflnm, k);
+            return true;
+        }
+    }
+    return false;
+}
+
 /// An earlier run's files must not be taken for this run's; false, with a message, when one stays.
 bool delete_scratch_files() {
     for (const char* name : {"dm.bin", "store", "korsign.bin", "spectra.bin"}) {
@@ -63,7 +75,7 @@ void RunCurrentPreparedModel() {
         std::puts(missing);
         return;
     }
-    if (!delete_scratch_files()) {
+    if (result_replaces_a_waveform() || !delete_scratch_files()) {
         return;
     }
     if (g_runtime.sequencetype == FAMILY_SPATIAL) {
