@@ -20,6 +20,27 @@ namespace {
 
 using namespace kor;
 
+/// A run begins in a folder without files of an earlier one: those are not its own to remove.
+void remove_files() {
+    for (const char* name : {"dm.bin", "store", "korsign.bin"}) {
+        std::remove(name);
+    }
+}
+
+/// A run that makes files, each time in a folder without older ones.
+Workload in_new_folder(Workload workload) {
+    workload.before = remove_files;
+    return workload;
+}
+
+/// The same where a result of the same size stands already and is replaced.
+Workload over_older_result(Workload workload) {
+    workload.what = workload.name + " over an older result";
+    workload.name += "/over";
+    workload.goal_avx512 = workload.goal_avx2 = 0.0;
+    return workload;
+}
+
 void slice_pulse() {
     set_sinc_gauss(256, 5e-3, KOR_PI / 2, 800.0, 600.0, 0.0, {0.0, 0.0, 1000.0});
 }
@@ -211,6 +232,7 @@ Workload w6() {
             set_spins({{60.0, -45.0, 120.0}, [](int i, int j) { return 7.0 + i + j; }, Coupling::exact});
             CopyCMatrix(s.n, s.Ixtot, s.Istat);
             s.statoff_s = 0.0;
+            set_waveform(256, 256 * 2e-5, {0.0, 0.0, 0.0}); // the modes without a parameter stay as they are
             parameters.assign(64, 0.0);
             for (std::size_t k = 0; k < parameters.size(); ++k) {
                 parameters[k] = 400.0 * std::cos(1.0 + static_cast<double>(k * k));
@@ -244,9 +266,10 @@ Workload w7() {
 
 std::vector<Workload> all_workloads() {
     return {w0(),
-            w1(),
+            in_new_folder(w1()),
             w1_general(),
-            w2(),
+            in_new_folder(w2()),
+            over_older_result(w2()),
             w2_oblique(0.0, "W2o", "sector 2 of W2, oblique gradient", 1500.0, 800.0),
             w2_oblique(1e-6, "W2d", "W2o voxel by voxel: one gradient sample off", 60.0, 60.0),
             w3(Coupling::exact, Symmetry::none, "W3e", 85.0, 45.0),
@@ -256,7 +279,8 @@ std::vector<Workload> all_workloads() {
             w4(1024, 5000.0, 4000.0),
             w4(4096, 10000.0, 7000.0),
             w4_pulse(),
-            w5(),
+            in_new_folder(w5()),
+            over_older_result(w5()),
             w6(),
             w7()};
 }

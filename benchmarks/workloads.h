@@ -17,6 +17,7 @@ struct Workload {
     double goal_avx2;
     std::function<double()> multiply_adds = {}; // after a run, where arithmetic takes the time (arithmetic.h)
     bool opens_sector = true;                   // so that the engine can name its way
+    std::function<void()> before = {};          // before every run of either engine, outside of its time
 };
 
 /// Makes every workload; each prepares its spin system when it is called.
