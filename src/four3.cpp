@@ -1,5 +1,6 @@
 #include "four3.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -43,48 +44,118 @@ void store(double* x, Pair value) {
     x[1] = value[1];
 }
 
-/// x_i and x_j become x_i + w x_j and x_i - w x_j; real = (wr, wr), imaginary = (-wi, wi).
-void butterfly(double* xi, double* xj, Pair real, Pair imaginary) {
-    const Pair a = load(xi);
-    const Pair b = load(xj);
-    const Pair t = real * b + imaginary * __builtin_shufflevector(b, b, 1, 0);
-    store(xj, a - t);
-    store(xi, a + t);
+/// x_i and x_j become x_i + w x_j and x_i - w x_j, w = (cosine, sine) or, inverse, its conjugate.
+template <bool inverse> inline void butterfly(Pair& xi, Pair& xj, const double* w) {
+    const Pair along = Pair{w[0], w[0]} * xj;
+    const Pair across = Pair{-w[1], w[1]} * __builtin_shufflevector(xj, xj, 1, 0);
+    const Pair t = inverse ? along - across : along + across;
+    xj = xi - t;
+    xi = xi + t;
 }
 
-/// The butterflies of half-span h, the twiddle factors by the sine recurrence.
-void combine_stage(double* data, std::size_t nn, std::size_t h, bool inverse) {
-    const std::size_t span = 2 * h;
-    const double forward_angle = kTwoPi / static_cast<double>(span);
-    const double theta = inverse ? -forward_angle : forward_angle;
-    const double half_sine = std::sin(theta / 2.0);
-    const double wpr = -2.0 * half_sine * half_sine;
-    const double wpi = std::sin(theta);
-    double wr = 1.0;
-    double wi = 0.0;
-    for (std::size_t k = 0; k < h; ++k) {
-        const Pair real{wr, wr};
-        const Pair imaginary{-wi, wi};
-        for (std::size_t i = k; i < nn; i += span) {
-            butterfly(data + 2 * i, data + 2 * (i + h), real, imaginary);
+/// The twiddle factors of half-span h, from k = 0 on, by the sine recurrence.
+class Twiddles {
+public:
+    explicit Twiddles(std::size_t h) {
+        const double theta = kTwoPi / static_cast<double>(2 * h);
+        const double half_sine = std::sin(theta / 2.0);
+        wpr_ = -2.0 * half_sine * half_sine;
+        wpi_ = std::sin(theta);
+    }
+    /// The next `count`, each a cosine and a sine.
+    void fill(double* out, std::size_t count) {
+        for (std::size_t k = 0; k < count; ++k) {
+            out[2 * k] = wr_;
+            out[2 * k + 1] = wi_;
+            const double old_wr = wr_;
+            wr_ = wr_ + wr_ * wpr_ - wi_ * wpi_;
+            wi_ = wi_ + old_wr * wpi_ + wi_ * wpr_;
         }
-        const double old_wr = wr;
-        wr = wr + wr * wpr - wi * wpi;
-        wi = wi + old_wr * wpi + wi * wpr;
+    }
+
+private:
+    double wpr_, wpi_;
+    double wr_ = 1.0, wi_ = 0.0;
+};
+
+/// The factors of half-spans up to those of the longest waveform are kept.
+constexpr std::size_t kKeptSpans = 4096;
+
+/// All factors of half-span h, at most kKeptSpans.
+const double* kept_twiddles(std::size_t h) {
+    static double kept[4 * kKeptSpans]; // those of h begin at 2 h
+    static std::size_t made = 1;        // half-spans below are there
+    for (; made <= h; made *= 2) {
+        Twiddles(made).fill(kept + 2 * made, made);
+    }
+    return kept + 2 * h;
+}
+
+/// The butterflies of half-span h.
+template <bool inverse> void combine_stage(double* data, std::size_t nn, std::size_t h) {
+    constexpr std::size_t together = 512;
+    double w[2 * together];
+    Twiddles twiddles(h);
+    const std::size_t count = std::min(h, together);
+    for (std::size_t first = 0; first < h; first += count) {
+        twiddles.fill(w, count);
+        for (std::size_t i = first; i < nn; i += 2 * h) {
+            for (std::size_t k = 0; k < count; ++k) {
+                double* x = data + 2 * (i + k);
+                Pair a = load(x), b = load(x + 2 * h);
+                butterfly<inverse>(a, b, w + 2 * k);
+                store(x, a);
+                store(x + 2 * h, b);
+            }
+        }
     }
 }
 
-/// Transforms points that stand in the order of their reversed indices.
-void combine(double* data, std::size_t nn, bool inverse) {
-    for (std::size_t h = 1; h < nn; h *= 2) {
-        combine_stage(data, nn, h, inverse);
-    }
-    if (inverse) {
-        const double scale = 1.0 / static_cast<double>(nn);
-        for (std::size_t k = 0; k < 2 * nn; ++k) {
-            data[k] *= scale;
+/// Those of half-spans h and 2 h, both kept, while the points are at hand.
+template <bool inverse> void combine_two_stages(double* data, std::size_t nn, std::size_t h) {
+    const double* first = kept_twiddles(h);
+    const double* second = kept_twiddles(2 * h);
+    for (std::size_t i = 0; i < nn; i += 4 * h) {
+        for (std::size_t k = 0; k < h; ++k) {
+            double* x = data + 2 * (i + k);
+            Pair a = load(x), b = load(x + 2 * h), c = load(x + 4 * h), d = load(x + 6 * h);
+            butterfly<inverse>(a, b, first + 2 * k);
+            butterfly<inverse>(c, d, first + 2 * k);
+            butterfly<inverse>(a, c, second + 2 * k);
+            butterfly<inverse>(b, d, second + 2 * (k + h));
+            store(x, a);
+            store(x + 2 * h, b);
+            store(x + 4 * h, c);
+            store(x + 6 * h, d);
         }
     }
+}
+
+template <bool inverse> void combine_stages(double* data, std::size_t nn) {
+    std::size_t h = 1;
+    if (std::countr_zero(nn) % 2 == 1) {
+        combine_stage<inverse>(data, nn, h);
+        h = 2;
+    }
+    for (; h < nn; h *= 4) {
+        if (2 * h <= kKeptSpans) {
+            combine_two_stages<inverse>(data, nn, h);
+        } else {
+            combine_stage<inverse>(data, nn, h);
+            combine_stage<inverse>(data, nn, 2 * h);
+        }
+    }
+}
+
+/// Transforms points that stand in the order of their reversed indices; what this returns has still to be
+/// multiplied into them.
+double combine(double* data, std::size_t nn, bool inverse) {
+    if (!inverse) {
+        combine_stages<false>(data, nn);
+        return 1.0;
+    }
+    combine_stages<true>(data, nn);
+    return 1.0 / static_cast<double>(nn);
 }
 
 } // namespace
@@ -101,7 +172,10 @@ four3_status four2_status(double* data, std::size_t nn, bool inverse) {
         return FOUR3_ERR_BADLEN;
     }
     bit_reverse(data, nn);
-    combine(data, nn, inverse);
+    const double scale = combine(data, nn, inverse);
+    for (std::size_t k = 0; inverse && k < 2 * nn; ++k) {
+        data[k] *= scale;
+    }
     return FOUR3_OK;
 }
 
@@ -124,10 +198,10 @@ four3_status fft_status(std::size_t ap, double* real, double* imag, bool inverse
         work[2 * reversed + 1] = imag[k ^ half];
         reversed = next_reversed(k, reversed, ap);
     }
-    combine(work.get(), ap, inverse);
+    const double scale = combine(work.get(), ap, inverse);
     for (std::size_t k = 0; k < ap; ++k) {
-        real[k] = work[2 * (k ^ half)];
-        imag[k] = work[2 * (k ^ half) + 1];
+        real[k] = work[2 * (k ^ half)] * scale;
+        imag[k] = work[2 * (k ^ half) + 1] * scale;
     }
     return FOUR3_OK;
 }

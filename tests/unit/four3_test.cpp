@@ -108,6 +108,36 @@ TEST(Four2Status, InverseIsTheConjugateSumDividedByTheLength) {
     }
 }
 
+TEST(Four2Status, MakesALonePointItsHarmonic) {
+    Random random(88);
+    for (std::size_t n = 1; n <= 32768; n *= 2) {
+        for (const bool inverse : {false, true}) {
+            const auto p = static_cast<std::size_t>(random.uniform(0.0, static_cast<double>(n)));
+            std::vector<double> data(2 * n, 0.0);
+            data[2 * p] = 1.0;
+            EXPECT_EQ(four2_status(data.data(), n, inverse), FOUR3_OK);
+            Sequence expected;
+            for (std::size_t k = 0; k < n; ++k) {
+                const double turns = static_cast<double>(p * k % n) / static_cast<double>(n);
+                expected.push_back(std::polar(inverse ? 1.0 / static_cast<double>(n) : 1.0,
+                                              (inverse ? -kTwoPi : kTwoPi) * turns));
+            }
+            EXPECT_LE(error(data, expected), 1e-12 * std::abs(expected.front())) << n << ' ' << p;
+        }
+    }
+}
+
+TEST(Four2Status, GivesTheSameAfterALongerTransform) {
+    Random random(89);
+    const std::vector<double> x = interleaved(random_sequence(random, 256));
+    std::vector<double> before = x, after = x;
+    EXPECT_EQ(four2_status(before.data(), 256, false), FOUR3_OK);
+    std::vector<double> longer(2 * 4096, 1.0);
+    EXPECT_EQ(four2_status(longer.data(), 4096, true), FOUR3_OK);
+    EXPECT_EQ(four2_status(after.data(), 256, false), FOUR3_OK);
+    EXPECT_EQ(after, before);
+}
+
 TEST(Four2Status, LeavesOnePointUnchanged) {
     for (const bool inverse : {false, true}) {
         double data[2] = {1.25, -3.5};
