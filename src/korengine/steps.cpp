@@ -45,23 +45,25 @@ bool equal_samples(const Step& a, const Step& b) {
     return a.bx == b.bx && a.by == b.by && a.gx == b.gx && a.gy == b.gy && a.gz == b.gz;
 }
 
-/// The samples of the last step, all of one length. Their sums carry more digits than the step: a duration
-/// summed in the step's own would drift with every sample, by as much as 1e-13 of itself.
+/// The samples of the last step, all of one length. The sums of several carry more digits than the step: a
+/// duration summed in the step's own would drift with every sample, by as much as 1e-13 of itself.
 struct JoinedSamples {
     int count = 0;
-    long double gx = 0.0L, gy = 0.0L, gz = 0.0L;
-
-    void add(const Step& sample) {
-        ++count;
-        gx += sample.gx;
-        gy += sample.gy;
-        gz += sample.gz;
-    }
+    long double gx = 0.0L, gy = 0.0L, gz = 0.0L; // from the second sample on
 };
 
-/// Joins the last of `samples`, `next`, to `step`: equal samples last longer, and without RF all commutes, so
-/// that the mean gradient serves.
-void join(Step& step, const Step& next, const JoinedSamples& samples) {
+/// Joins `next` to `step`: equal samples last longer, and without RF all commutes, so that the mean gradient
+/// serves. `samples` are those of the step, before and after.
+void join(Step& step, const Step& next, JoinedSamples& samples) {
+    if (samples.count == 1) {
+        samples.gx = step.gx;
+        samples.gy = step.gy;
+        samples.gz = step.gz;
+    }
+    ++samples.count;
+    samples.gx += next.gx;
+    samples.gy += next.gy;
+    samples.gz += next.gz;
     if (!equal_samples(step, next)) {
         step.gx = static_cast<double>(samples.gx / samples.count);
         step.gy = static_cast<double>(samples.gy / samples.count);
@@ -76,12 +78,10 @@ void append(const Step& step, double max_angle, std::vector<Step>& steps, Joined
     Step* last = steps.empty() ? nullptr : &steps.back();
     const bool joins = last && (equal_samples(*last, step) || (without_field(*last) && without_field(step)));
     if (joins && last->angle + step.angle <= max_angle) {
-        samples.add(step);
         join(*last, step, samples);
     } else {
         steps.push_back(step);
-        samples = {};
-        samples.add(step);
+        samples.count = 1;
     }
 }
 
