@@ -1,22 +1,23 @@
 #include "voxel_classes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
 namespace kor {
 
 void VoxelClasses::plan(const EngineGrid& grid, const StepList& list) {
-    bool x = false, y = false, z = false;
-    for (const Step& step : list.steps) {
-        x = x || step.gx != 0.0;
-        y = y || step.gy != 0.0;
-        z = z || step.gz != 0.0;
-    }
+    const auto places = [&](int count, double step_length, double Step::*gradient) {
+        const auto matters = [=](const Step& step) { return step.*gradient != 0.0; };
+        return count > 1 && step_length != 0.0 && std::any_of(list.steps.begin(), list.steps.end(), matters)
+                   ? count
+                   : 1;
+    };
     grid_ = grid;
     places_.clear();
-    nx_ = x && grid.dx != 0.0 ? grid.ndx : 1;
-    ny_ = y && grid.dy != 0.0 ? grid.ndy : 1;
-    nz_ = z && grid.dz != 0.0 ? grid.ndz : 1;
+    nx_ = places(grid.ndx, grid.dx, &Step::gx);
+    ny_ = places(grid.ndy, grid.dy, &Step::gy);
+    nz_ = places(grid.ndz, grid.dz, &Step::gz);
 }
 
 long long VoxelClasses::of(int ix, int iy, int iz) const {
