@@ -49,15 +49,17 @@ struct LaneJob {
     const double* hw;     // steps x lanes, h times the offset
     const double* hb;     // steps x lanes, h times the field along x (of its own direction when zc is set)
     const double* hy;     // steps x lanes, h times the field along y; single spin 1/2 only, else null
-    const double* zc;     // steps x lanes, cosine and sine of the turn of the field's direction since
-    const double* zs;     // the step before; null when it does not turn
+    const double* zc;     // steps x lanes, cosine and sine of the turn of the field's direction since the
+    const double* zs;     // step before, of the first step from the x axis; null when it does not turn
+    const double* last_c; // lanes, the field's direction in the last step; unused when it does not turn
+    const double* last_s;
     const StepPlan* plan; // steps
     int stretches;        // in order; other steps are computed one by one
     const FieldStretch* stretch;
     bool one_place; // in a stretch all lanes have the same h and hw
     double* series; // room for one stretch: terms x n (n + 1) x lanes
     double* work;   // lane_work(n) x lanes
-    double* re;     // n x n x lanes, result
+    double* re;     // n x n x lanes, result; from and to the x axis when the direction turns
     double* im;
 };
 

@@ -21,7 +21,7 @@ struct LaneRange {
     int steps = 0;    // of a segment
     std::vector<StepPlan> plan;
     std::vector<FieldStretch> stretches;
-    AlignedDoubles h, hw, hb, hy, zc, zs, re, im;
+    AlignedDoubles h, hw, hb, hy, zc, zs, last_c, last_s, re, im;
     std::vector<double> gx, gy, gz;
 
     bool empty() const { return first == end; }
@@ -70,19 +70,26 @@ void pack_system(const SystemStructure& s, LanePlan& plan) {
 
 /// Fills the lanes that hold segment `segment` of whichever class; steps behind the end last no time.
 void fill_segment(const LanePlan& plan, const StepList& list, int segment, LaneRange& range) {
-    for (int j = 0; j < range.steps && range.first + segment * range.steps + j < range.end; ++j) {
-        const int at = range.first + segment * range.steps + j;
-        const Step& step = list.steps[static_cast<std::size_t>(at)];
-        const Step& before = list.steps[static_cast<std::size_t>(std::max(at - 1, 0))];
-        const bool own_axes = plan.spin_half && plan.turns; // the closed form needs no common direction
+    const bool own_axes = plan.spin_half && plan.turns; // the closed form needs no common direction
+    const int from = range.first + segment * range.steps;
+    const int count = std::clamp(range.end - from, 0, range.steps);
+    double ux = 1.0, uy = 0.0; // of the step before
+    for (int j = 0; j < count; ++j) {
+        const Step& step = list.steps[static_cast<std::size_t>(from + j)];
         for (int lane = segment; lane < plan.lanes; lane += range.segments) {
             const std::size_t e = size_of(j, plan.lanes) + static_cast<std::size_t>(lane);
             range.h[e] = step.h;
             range.hb[e] = step.h * (own_axes ? step.bx : step.b);
             range.hy[e] = own_axes ? step.h * step.by : 0.0;
-            range.zc[e] = before.ux * step.ux + before.uy * step.uy;
-            range.zs[e] = before.ux * step.uy - before.uy * step.ux;
+            range.zc[e] = ux * step.ux + uy * step.uy;
+            range.zs[e] = ux * step.uy - uy * step.ux;
         }
+        ux = step.ux;
+        uy = step.uy;
+    }
+    for (int lane = segment; lane < plan.lanes; lane += range.segments) {
+        range.last_c[static_cast<std::size_t>(lane)] = ux;
+        range.last_s[static_cast<std::size_t>(lane)] = uy;
     }
 }
 
@@ -109,6 +116,8 @@ void prepare_range(LanePlan& plan, const StepList& list, double field_bound, int
         array->assign(entries, 0.0);
     }
     range.zc.assign(entries, 1.0);
+    range.last_c.resize(static_cast<std::size_t>(plan.lanes));
+    range.last_s.resize(range.last_c.size());
     for (int segment = 0; segment < segments; ++segment) {
         fill_segment(plan, list, segment, range);
     }
@@ -225,6 +234,8 @@ void run_range(const FastSector& fast, LanePlan& plan, LaneRange& range) {
                       plan.spin_half && plan.turns ? range.hy.data() : nullptr,
                       turning ? range.zc.data() : nullptr,
                       turning ? range.zs.data() : nullptr,
+                      range.last_c.data(),
+                      range.last_s.data(),
                       range.plan.data(),
                       static_cast<int>(range.stretches.size()),
                       range.stretches.data(),
@@ -257,18 +268,11 @@ void copy_lane(const LanePlan& plan, int n, int lane, const LaneRange& range, Pl
 void join_segments(const FastSector& fast, const LanePlan& plan, int member, const LaneRange& range,
                    Planes& product) {
     static Planes segment, work;
-    const SystemStructure& s = fast.structure;
-    const std::vector<Step>& steps = fast.list.steps;
+    const int n = fast.structure.n;
     for (int k = 0; k < range.segments && range.first + k * range.steps < range.end; ++k) {
-        Planes& part = k == 0 ? product : segment;
-        copy_lane(plan, s.n, member * range.segments + k, range, part);
-        if (plan.turns && !plan.spin_half) {
-            const int from = range.first + k * range.steps;
-            const int last = std::min(from + range.steps, range.end) - 1;
-            turn_ends(s, steps[static_cast<std::size_t>(from)], steps[static_cast<std::size_t>(last)], part);
-        }
+        copy_lane(plan, n, member * range.segments + k, range, k == 0 ? product : segment);
         if (k > 0) {
-            multiply(s.n, product, segment, work);
+            multiply(n, product, segment, work);
         }
     }
 }

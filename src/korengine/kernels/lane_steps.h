@@ -1,5 +1,6 @@
-// Up to 16 states: the ordered product of the steps, P = P Z V. In a stretch of constant gradient V depends
-// on the field's strength alone, and is the sum of a short series instead of products of matrices.
+// Up to 16 states: the ordered product of the steps, P = P Z V, its ends in the frame of the operators. In a
+// stretch of constant gradient V depends on the field's strength alone, and is the sum of a short series
+// instead of products of matrices.
 #pragma once
 
 namespace kor {
@@ -188,10 +189,38 @@ template <int N> void first_step(const LaneMatrices& w, Lanes* pr, Lanes* pi) {
     }
 }
 
+/// Element (i, j) times powers[ladder[i]]: from the frame of the field's direction on the left.
+template <int N> void turn_rows(const Lanes* powers, const int* ladder, Lanes* pr, Lanes* pi) {
+    for (int i = 0; i < N; ++i) {
+        const Lanes zr = powers[2 * ladder[i]];
+        const Lanes zi = powers[2 * ladder[i] + 1];
+        for (int e = i * N; e < (i + 1) * N; ++e) {
+            const Lanes re = pr[e];
+            pr[e] = re * zr - pi[e] * zi;
+            pi[e] = re * zi + pi[e] * zr;
+        }
+    }
+}
+
+/// Element (i, j) times powers[ladder[j]]: back to that frame on the right.
+template <int N> void turn_columns(const Lanes* powers, const int* ladder, Lanes* pr, Lanes* pi) {
+    for (int j = 0; j < N; ++j) {
+        const Lanes zr = powers[2 * ladder[j]];
+        const Lanes zi = powers[2 * ladder[j] + 1];
+        for (int e = j; e < N * N; e += N) {
+            const Lanes re = pr[e];
+            pr[e] = re * zr - pi[e] * zi;
+            pi[e] = re * zi + pi[e] * zr;
+        }
+    }
+}
+
 template <int N> void lane_product_of(const LaneJob& job) {
     Lanes* powers = as_lanes(job.work);
     LaneMatrices w = lane_matrices<N>(powers + 2 * (job.ladder_top + 1));
     Lanes* series = as_lanes(job.series);
+    Lanes* pr = as_lanes(job.re);
+    Lanes* pi = as_lanes(job.im);
     const FieldStretch* next = job.stretch;
     const FieldStretch* const last = job.stretch + job.stretches;
     for (int j = 0; j < job.steps; ++j) {
@@ -205,14 +234,21 @@ template <int N> void lane_product_of(const LaneJob& job) {
         } else {
             exponential<N>(job, j, hb, job.plan[j], w);
         }
-        if (j == 0) {
-            first_step<N>(w, as_lanes(job.re), as_lanes(job.im));
-            continue;
-        }
         if (job.zc) {
             turn_powers(load(job.zc + j * kLanes), load(job.zs + j * kLanes), job.ladder_top, powers);
         }
-        multiply_step<N>(w, job.zc ? powers : nullptr, job.ladder, as_lanes(job.re), as_lanes(job.im));
+        if (j > 0) {
+            multiply_step<N>(w, job.zc ? powers : nullptr, job.ladder, pr, pi);
+        } else {
+            first_step<N>(w, pr, pi);
+            if (job.zc) {
+                turn_rows<N>(powers, job.ladder, pr, pi);
+            }
+        }
+    }
+    if (job.zc) {
+        turn_powers(load(job.last_c), -load(job.last_s), job.ladder_top, powers);
+        turn_columns<N>(powers, job.ladder, pr, pi);
     }
 }
 
