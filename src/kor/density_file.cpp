@@ -24,7 +24,7 @@ constexpr std::size_t kCopyChunk = 8192;
 // of the largest.
 constexpr std::size_t kLargestState = 2 * std::size_t{KOR_MAX_STATES} * KOR_MAX_STATES;
 constexpr std::size_t kBlockDoubles = 32768; // stays in the processor's cache
-double g_states[kLargestState];
+alignas(64) double g_states[kLargestState];  // from a cache line on, for the engine's registers
 
 std::size_t state_doubles(int n) {
     return 2 * static_cast<std::size_t>(n) * static_cast<std::size_t>(n);

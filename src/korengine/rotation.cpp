@@ -56,9 +56,9 @@ void rotate_large(int n, const double* re, const double* im, int count, double* 
 
 /// r, i r and the adjoint of r as pairs.
 struct TurnFactors {
-    double r[2 * kMaxTurnedStates * kMaxTurnedStates];
-    double ir[2 * kMaxTurnedStates * kMaxTurnedStates];
-    double adjoint[2 * kMaxTurnedStates * kMaxTurnedStates];
+    alignas(64) double r[2 * kMaxTurnedStates * kMaxTurnedStates];
+    alignas(64) double ir[2 * kMaxTurnedStates * kMaxTurnedStates];
+    alignas(64) double adjoint[2 * kMaxTurnedStates * kMaxTurnedStates];
 
     TurnFactors(int n, const double* re, const double* im) {
         for (int i = 0; i < n; ++i) {

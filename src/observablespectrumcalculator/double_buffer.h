@@ -9,14 +9,20 @@
 
 namespace kor {
 
-using DoubleBuffer = std::unique_ptr<double[]>;
+/// A cache line: vector registers are not stored across two.
+constexpr std::align_val_t kBufferAlignment{64};
 
-/// `count` doubles, not initialised: memory that is never written into costs nothing. Null when there is
-/// not enough (errno says so).
+struct FreeDoubles {
+    void operator()(double* doubles) const { ::operator delete[](doubles, kBufferAlignment); }
+};
+using DoubleBuffer = std::unique_ptr<double[], FreeDoubles>;
+
+/// `count` doubles from a cache line on, not initialised: memory that is never written into costs nothing.
+/// Null when there is not enough (errno says so).
 inline DoubleBuffer allocate_doubles(std::size_t count) {
     DoubleBuffer buffer;
     if (count <= PTRDIFF_MAX / sizeof(double))
-        buffer.reset(new (std::nothrow) double[count]);
+        buffer.reset(new (kBufferAlignment, std::nothrow) double[count]);
     if (!buffer)
         errno = ENOMEM;
     return buffer;
