@@ -65,6 +65,11 @@ void compute(const FastSector& fast, ClassBlock& block) {
     const VoxelPlace place = fast.classes.place(block.first);
     const double phase = g_whole.x * place.x + g_whole.y * place.y + g_whole.z * place.z +
                          g_whole.time * fast.sector.samples.offset;
+    if (phase == 0.0) { // nothing turns
+        block.re = g_static.re;
+        block.im = g_static.im;
+        return;
+    }
     for (std::size_t i = 0; i < n; ++i) {
         const double c = std::cos(phase * s.m[i]);
         const double minus_s = -std::sin(phase * s.m[i]);
