@@ -189,17 +189,17 @@ struct TurnJob {
 };
 
 /// pairs[p][q] = sum over lines of (xr cos - xi sin, yr cos - yi sin) at point q of block p: (xr, xi, yr, yi)
-/// are the line's amplitudes turned by (start_cosine, start_sine)[l][p], (cosine, sine)[l][q] the turn of q
-/// points.
+/// are the line's amplitudes turned by (middle_cosine, middle_sine)[l][p] to the middle of the block, cos and
+/// sin the turn from there. (cosine, sine)[l][k] is that of k + 1/2 points.
 struct SignalJob {
     int lines;
-    int blocks;                              // p, a multiple of 8
-    int points;                              // q, a multiple of 16
-    const double* amplitude;                 // lines x (xr, xi, yr, yi)
-    const double *start_cosine, *start_sine; // lines x blocks
-    const double *cosine, *sine;             // lines x points
-    double* work;                            // 4 x lines x blocks
-    double* pairs;                           // blocks x points x 2
+    int blocks;                                // p, a multiple of 8
+    int points;                                // q, a multiple of 16
+    const double* amplitude;                   // lines x (xr, xi, yr, yi)
+    const double *middle_cosine, *middle_sine; // lines x blocks
+    const double *cosine, *sine;               // lines x points / 2
+    double* work;                              // 4 x lines x blocks
+    double* pairs;                             // blocks x points x 2
 };
 
 struct FastKernels {

@@ -209,8 +209,8 @@ void sum_lines(const Lines& lines, double dt, int points, double* out_re, double
             turn[l] = lines.frequency[static_cast<std::size_t>(first + l)] * dt;
             block_turn[l] = turn[l] * within;
         }
-        fill_turns(turn, count, within, t.within_c.data(), t.within_s.data());
-        fill_turns(block_turn, count, blocks, t.start_c.data(), t.start_s.data());
+        fill_turns(turn, 0.0, count, within, t.within_c.data(), t.within_s.data());
+        fill_turns(block_turn, 0.0, count, blocks, t.start_c.data(), t.start_s.data());
         turn_amplitudes(lines, first, count, blocks, t);
         fast_kernels().line_sums({count, blocks, within, t.xr.data(), t.xi.data(), t.yr.data(), t.yi.data(),
                                   t.within_c.data(), t.within_s.data(), t.re.data(), t.im.data()});

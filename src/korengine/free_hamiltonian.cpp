@@ -62,12 +62,12 @@ bool all_finite(int n, const CMatrix& m) {
     return unsound == 0.0;
 }
 
-void fill_turns(const double* angle, int lines, int count, double* cosine, double* sine) {
+void fill_turns(const double* angle, double first, int lines, int count, double* cosine, double* sine) {
     for (int l = 0; l < lines; ++l) {
         double* c = cosine + l * count;
         double* s = sine + l * count;
-        c[0] = 1.0;
-        s[0] = 0.0;
+        c[0] = std::cos(first * angle[l]);
+        s[0] = std::sin(first * angle[l]);
         for (int half = 1; half < count; half *= 2) {
             const double turn_c = std::cos(half * angle[l]);
             const double turn_s = std::sin(half * angle[l]);

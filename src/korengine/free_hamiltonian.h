@@ -13,8 +13,9 @@ bool read_free_hamiltonian(int n, const CMatrix& H, double dt, std::vector<doubl
 
 bool all_finite(int n, const CMatrix& m);
 
-/// Turns by angle[l] times 0, 1, ..., count - 1: row l of (cosine, sine), lines x count. Powers of two come
-/// from the angle itself, the rest from one product of two earlier turns each doubling.
-void fill_turns(const double* angle, int lines, int count, double* cosine, double* sine);
+/// Turns by `first` times angle[l], one angle more each: row l of (cosine, sine), lines x count. The first
+/// turn and powers of two come from the angle itself, the rest from one product of two earlier turns each
+/// doubling.
+void fill_turns(const double* angle, double first, int lines, int count, double* cosine, double* sine);
 
 } // namespace kor

@@ -23,12 +23,12 @@ constexpr int kMostPoints = 65536; // beyond, the tables are not worth their mem
 struct Receiver {
     std::vector<double> key; // H, Ix, Iy, dt and the number of points of what follows
     int points = 0;
-    int within = 0, blocks = 0;      // points are blocks x within, the last ones beyond the end
-    std::vector<double> re, im;      // V, n x n, an eigenvector per column
-    std::vector<int> a, b;           // levels of each line
-    std::vector<double> parts;       // lines x 8: Ix(a, b), Ix(b, a), Iy(a, b), Iy(b, a)
-    AlignedDoubles cosine, sine;     // lines x within
-    AlignedDoubles start_c, start_s; // lines x blocks
+    int within = 0, blocks = 0;        // points are blocks x within, the last ones beyond the end
+    std::vector<double> re, im;        // V, n x n, an eigenvector per column
+    std::vector<int> a, b;             // levels of each line
+    std::vector<double> parts;         // lines x 8: Ix(a, b), Ix(b, a), Iy(a, b), Iy(b, a)
+    AlignedDoubles cosine, sine;       // lines x within / 2, turns from the middle of a block
+    AlignedDoubles middle_c, middle_s; // lines x blocks, turns to there
     AlignedDoubles work, amplitude, whole;
 
     int lines() const { return static_cast<int>(a.size()); }
@@ -99,15 +99,16 @@ void fill_tables(const std::vector<double>& energy, double dt, int points) {
         block_turn.push_back(frequency * dt * g.within);
     }
     const auto table = [](int count) { return g.a.size() * static_cast<std::size_t>(count); };
-    g.cosine.resize(table(g.within));
-    g.sine.resize(table(g.within));
-    g.start_c.resize(table(g.blocks));
-    g.start_s.resize(table(g.blocks));
+    g.cosine.resize(table(g.within / 2));
+    g.sine.resize(table(g.within / 2));
+    g.middle_c.resize(table(g.blocks));
+    g.middle_s.resize(table(g.blocks));
     g.work.resize(4 * table(g.blocks));
     g.amplitude.resize(table(4));
     g.whole.resize(2 * static_cast<std::size_t>(g.blocks) * static_cast<std::size_t>(g.within));
-    fill_turns(turn.data(), g.lines(), g.within, g.cosine.data(), g.sine.data());
-    fill_turns(block_turn.data(), g.lines(), g.blocks, g.start_c.data(), g.start_s.data());
+    fill_turns(turn.data(), 0.5, g.lines(), g.within / 2, g.cosine.data(), g.sine.data());
+    const double middle = 0.5 * (g.within - 1) / g.within; // of the first block, in blocks
+    fill_turns(block_turn.data(), middle, g.lines(), g.blocks, g.middle_c.data(), g.middle_s.data());
 }
 
 /// False when the operators are not for the fast engine. Nothing is done for those of the last time.
@@ -156,8 +157,8 @@ bool find_amplitudes(int n, const double* state) {
 
 void sum_lines(double* pairs) {
     const bool direct = g.blocks * g.within == g.points;
-    fast_kernels().signal_pairs({g.lines(), g.blocks, g.within, g.amplitude.data(), g.start_c.data(),
-                                 g.start_s.data(), g.cosine.data(), g.sine.data(), g.work.data(),
+    fast_kernels().signal_pairs({g.lines(), g.blocks, g.within, g.amplitude.data(), g.middle_c.data(),
+                                 g.middle_s.data(), g.cosine.data(), g.sine.data(), g.work.data(),
                                  direct ? pairs : g.whole.data()});
     if (!direct) {
         std::copy_n(g.whole.data(), 2 * g.points, pairs);
@@ -183,7 +184,7 @@ void sample_alone(int n, const CMatrix& H, double dt, int points, const double* 
 
 void fast_sample_states(int n, const CMatrix& H, double dt, int points, int count, const double* states,
                         const CMatrix& Ix, const CMatrix& Iy, double* pairs) {
-    static std::vector<double> turned;
+    static AlignedDoubles turned;
     const bool kept = n >= 1 && n <= kMaxTurnedStates && points >= 1 && points <= kMostPoints &&
                       prepare_receiver(n, H, dt, points, Ix, Iy);
     const std::size_t size = state_doubles(n);

@@ -80,7 +80,7 @@ template <int W, int Rows> inline void pair_rows(int n, const PairProduct& p, in
     }
 }
 
-template <int W> inline void pair_product(int n, const PairProduct& p) {
+template <int W> [[gnu::always_inline]] inline void pair_product(int n, const PairProduct& p) {
     int i = 0;
     for (; i + 4 <= n; i += 4) {
         pair_rows<W, 4>(n, p, i);
@@ -105,8 +105,8 @@ template <int W> inline bool state_is_finite(int n, const double* state) {
 }
 
 template <int W> inline int turn_each(int n, const TurnJob& job) {
-    double half[2 * kMaxTurnedStates * kMaxTurnedStates];
-    double ihalf[2 * kMaxTurnedStates * kMaxTurnedStates];
+    alignas(64) double half[2 * kMaxTurnedStates * kMaxTurnedStates];
+    alignas(64) double ihalf[2 * kMaxTurnedStates * kMaxTurnedStates];
     for (int k = 0; k < job.count; ++k) {
         double* state = job.states + static_cast<long>(k) * 2 * n * n;
         if (!state_is_finite<W>(n, state)) {
@@ -142,15 +142,15 @@ inline void store_interleaved(double* out, typename Pairs<W>::Vector re, typenam
     }
 }
 
-/// The amplitudes of every line at the starts of the blocks: xr, xi, yr, yi, each lines x blocks, in work.
-inline void turn_to_block_starts(const SignalJob& job) {
+/// The amplitudes of every line in the middles of the blocks: xr, xi, yr, yi, each lines x blocks, in work.
+inline void turn_to_block_middles(const SignalJob& job) {
     const int size = job.lines * job.blocks;
     for (int l = 0; l < job.lines; ++l) {
         const double* a = job.amplitude + 4 * l;
         for (int p = 0; p < job.blocks; p += kLanes) {
             const int e = l * job.blocks + p;
-            const Lanes c = load(job.start_cosine + e);
-            const Lanes s = load(job.start_sine + e);
+            const Lanes c = load(job.middle_cosine + e);
+            const Lanes s = load(job.middle_sine + e);
             store(job.work + e, c * a[0] - s * a[1]);
             store(job.work + size + e, s * a[0] + c * a[1]);
             store(job.work + 2 * size + e, c * a[2] - s * a[3]);
@@ -159,34 +159,47 @@ inline void turn_to_block_starts(const SignalJob& job) {
     }
 }
 
+/// The same backwards, to in front of `end`: (..., re[1], im[1], re[0], im[0]).
+template <int W>
+inline void store_backwards(double* end, typename Pairs<W>::Vector re, typename Pairs<W>::Vector im) {
+    if constexpr (W == 2) {
+        store_pairs<W>(end - W, __builtin_shufflevector(re, im, 0, 2));
+        store_pairs<W>(end - 2 * W, __builtin_shufflevector(re, im, 1, 3));
+    } else if constexpr (W == 4) {
+        store_pairs<W>(end - W, __builtin_shufflevector(re, im, 1, 5, 0, 4));
+        store_pairs<W>(end - 2 * W, __builtin_shufflevector(re, im, 3, 7, 2, 6));
+    } else {
+        store_pairs<W>(end - W, __builtin_shufflevector(re, im, 3, 11, 2, 10, 1, 9, 0, 8));
+        store_pairs<W>(end - 2 * W, __builtin_shufflevector(re, im, 7, 15, 6, 14, 5, 13, 4, 12));
+    }
+}
+
+/// Points as far before the middle of their block as behind it share the sums: that over the cosines is even,
+/// that over the sines odd.
 void signal_pairs(const SignalJob& job) {
-    turn_to_block_starts(job);
+    turn_to_block_middles(job);
     const int size = job.lines * job.blocks;
+    const int half = job.points / 2;
     for (int p = 0; p < job.blocks; p += 2) {
-        for (int q = 0; q < job.points; q += 2 * kLanes) {
-            Lanes re[2][2] = {}, im[2][2] = {};
+        for (int q = 0; q < half; q += kLanes) {
+            Lanes even_re[2] = {}, odd_re[2] = {}, even_im[2] = {}, odd_im[2] = {};
             for (int l = 0; l < job.lines; ++l) {
+                const Lanes c = load(job.cosine + l * half + q);
+                const Lanes s = load(job.sine + l * half + q);
+                const double* a = job.work + l * job.blocks + p;
 #pragma GCC unroll 4
-                for (int j = 0; j < 2; ++j) {
-                    const Lanes c = load(job.cosine + l * job.points + q + j * kLanes);
-                    const Lanes s = load(job.sine + l * job.points + q + j * kLanes);
-#pragma GCC unroll 4
-                    for (int i = 0; i < 2; ++i) {
-                        const double* a = job.work + l * job.blocks + p + i;
-                        re[i][j] += c * a[0];
-                        re[i][j] -= s * a[size];
-                        im[i][j] += c * a[2 * size];
-                        im[i][j] -= s * a[3 * size];
-                    }
+                for (int i = 0; i < 2; ++i) {
+                    even_re[i] += c * a[i];
+                    odd_re[i] += s * a[size + i];
+                    even_im[i] += c * a[2 * size + i];
+                    odd_im[i] += s * a[3 * size + i];
                 }
             }
 #pragma GCC unroll 4
             for (int i = 0; i < 2; ++i) {
-#pragma GCC unroll 4
-                for (int j = 0; j < 2; ++j) {
-                    const long point = static_cast<long>(p + i) * job.points + q + j * kLanes;
-                    store_interleaved<kLanes>(job.pairs + 2 * point, re[i][j], im[i][j]);
-                }
+                double* middle = job.pairs + 2 * (static_cast<long>(p + i) * job.points + half);
+                store_interleaved<kLanes>(middle + 2 * q, even_re[i] - odd_re[i], even_im[i] - odd_im[i]);
+                store_backwards<kLanes>(middle - 2 * q, even_re[i] + odd_re[i], even_im[i] + odd_im[i]);
             }
         }
     }
