@@ -57,7 +57,7 @@ struct LaneJob {
     int stretches;        // in order; other steps are computed one by one
     const FieldStretch* stretch;
     bool one_place; // in a stretch all lanes have the same h and hw
-    double* series; // room for one stretch: terms x n (n + 1) x lanes
+    double* series; // room for one stretch: terms x n (n + 1) x lanes, of which one_place needs no lanes
     double* work;   // lane_work(n) x lanes
     double* re;     // n x n x lanes, result; from and to the x axis when the direction turns
     double* im;

@@ -99,10 +99,20 @@ void exponential_at_nodes(const LaneJob& job, const FieldStretch& f, int m, Lane
     exponential<N>(job, f.first, hb, f.plan, w);
 }
 
-/// The series of a stretch in hb from the exponentials at its nodes.
-template <int N> void make_series(const LaneJob& job, const FieldStretch& f, LaneMatrices& w, Lanes* series) {
+/// An element as a series holds it: for every lane, or once for all of them.
+inline void take_lane(Lanes from, int, Lanes& to) {
+    to = from;
+}
+inline void take_lane(Lanes from, int lane, double& to) {
+    to = from[lane];
+}
+
+/// The series of a stretch in hb from the exponentials at its nodes; Value is double where all lanes have one
+/// place, else Lanes.
+template <int N, typename Value>
+void make_series(const LaneJob& job, const FieldStretch& f, LaneMatrices& w, Value* series) {
     for (int e = 0; e < N * (N + 1) * f.terms; ++e) {
-        series[e] = Lanes{};
+        series[e] = Value{};
     }
     const int at_once = job.one_place ? kLanes : 1;
     for (int m = 0; m < f.terms; ++m) {
@@ -113,14 +123,11 @@ template <int N> void make_series(const LaneJob& job, const FieldStretch& f, Lan
         int element = 0;
         for (int i = 0; i < N; ++i) {
             for (int j = i; j < N; ++j, ++element) {
-                Lanes d = w.d[i * N + j];
-                Lanes s = w.s[i * N + j];
-                if (job.one_place) {
-                    d = Lanes{} + d[lane];
-                    s = Lanes{} + s[lane];
-                }
+                Value d, s;
+                take_lane(w.d[i * N + j], lane, d);
+                take_lane(w.s[i * N + j], lane, s);
                 for (int k = 0; k < f.terms; ++k) {
-                    Lanes* to = series + series_at(element, k, f.terms);
+                    Value* to = series + series_at(element, k, f.terms);
                     to[0] += d * f.to_series[k * f.terms + m];
                     to[1] += s * f.to_series[k * f.terms + m];
                 }
@@ -140,13 +147,13 @@ inline void chebyshev_values(const FieldStretch& f, Lanes hb, Lanes* chebyshev) 
 }
 
 /// w.d and w.s, from the series at the field of these polynomials; kTerms = 0: any number of terms.
-template <int N, int kTerms>
-void sum_terms(const FieldStretch& f, const Lanes* series, const Lanes* chebyshev, LaneMatrices& w) {
+template <int N, int kTerms, typename Value>
+void sum_terms(const FieldStretch& f, const Value* series, const Lanes* chebyshev, LaneMatrices& w) {
     const int terms = kTerms > 0 ? kTerms : f.terms;
     for (int i = 0; i < N; ++i) {
         for (int j = i; j < N; ++j) {
-            Lanes d = series[0];
-            Lanes s = series[1];
+            Lanes d = Lanes{} + series[0];
+            Lanes s = Lanes{} + series[1];
 #pragma GCC unroll 16
             for (int k = 1; k < terms; ++k) {
                 d += series[2 * k] * chebyshev[k];
@@ -159,22 +166,23 @@ void sum_terms(const FieldStretch& f, const Lanes* series, const Lanes* chebyshe
     }
 }
 
-template <int N> void sum_series(const FieldStretch& f, const Lanes* series, Lanes hb, LaneMatrices& w) {
+template <int N, typename Value>
+void sum_series(const FieldStretch& f, const Value* series, Lanes hb, LaneMatrices& w) {
     Lanes chebyshev[kMaxFieldTerms];
     chebyshev_values(f, hb, chebyshev);
     switch (f.terms) {
     case 4:
-        return sum_terms<N, 4>(f, series, chebyshev, w);
+        return sum_terms<N, 4, Value>(f, series, chebyshev, w);
     case 5:
-        return sum_terms<N, 5>(f, series, chebyshev, w);
+        return sum_terms<N, 5, Value>(f, series, chebyshev, w);
     case 6:
-        return sum_terms<N, 6>(f, series, chebyshev, w);
+        return sum_terms<N, 6, Value>(f, series, chebyshev, w);
     case 8:
-        return sum_terms<N, 8>(f, series, chebyshev, w);
+        return sum_terms<N, 8, Value>(f, series, chebyshev, w);
     case 10:
-        return sum_terms<N, 10>(f, series, chebyshev, w);
+        return sum_terms<N, 10, Value>(f, series, chebyshev, w);
     default:
-        return sum_terms<N, 0>(f, series, chebyshev, w);
+        return sum_terms<N, 0, Value>(f, series, chebyshev, w);
     }
 }
 
@@ -215,21 +223,21 @@ template <int N> void turn_columns(const Lanes* powers, const int* ladder, Lanes
     }
 }
 
-template <int N> void lane_product_of(const LaneJob& job) {
+template <int N, typename Value> void lane_product_of(const LaneJob& job) {
     Lanes* powers = as_lanes(job.work);
     LaneMatrices w = lane_matrices<N>(powers + 2 * (job.ladder_top + 1));
-    Lanes* series = as_lanes(job.series);
+    Value* const series = reinterpret_cast<Value*>(job.series);
     Lanes* pr = as_lanes(job.re);
     Lanes* pi = as_lanes(job.im);
     const FieldStretch* next = job.stretch;
     const FieldStretch* const last = job.stretch + job.stretches;
     for (int j = 0; j < job.steps; ++j) {
         if (next != last && j == next->first) {
-            make_series<N>(job, *next, w, series);
+            make_series<N, Value>(job, *next, w, series);
         }
         const Lanes hb = load(job.hb + j * kLanes);
         if (next != last && j >= next->first) {
-            sum_series<N>(*next, series, hb, w);
+            sum_series<N, Value>(*next, series, hb, w);
             next += j + 1 == next->end;
         } else {
             exponential<N>(job, j, hb, job.plan[j], w);
@@ -250,6 +258,10 @@ template <int N> void lane_product_of(const LaneJob& job) {
         turn_powers(load(job.last_c), -load(job.last_s), job.ladder_top, powers);
         turn_columns<N>(powers, job.ladder, pr, pi);
     }
+}
+
+template <int N> void lane_product_of(const LaneJob& job) {
+    job.one_place ? lane_product_of<N, double>(job) : lane_product_of<N, Lanes>(job);
 }
 
 void lane_product(const LaneJob& job) {
