@@ -2,6 +2,7 @@
 // Fourier Transform and Its Applications, chapter 11.
 #include "four3.h"
 #include "support/constants.h"
+#include "support/deviation.h"
 #include "support/random_systems.h"
 
 #include <gtest/gtest.h>
@@ -17,14 +18,6 @@ using Series = std::vector<Complex>;
 Series transform(Series x, bool inverse = false) {
     EXPECT_EQ(kor::four2_status(reinterpret_cast<double*>(x.data()), x.size(), inverse), kor::FOUR3_OK);
     return x;
-}
-
-double series_gap(const Series& a, const Series& b) {
-    double worst = a.size() == b.size() ? 0.0 : HUGE_VAL;
-    for (std::size_t k = 0; k < a.size() && k < b.size(); ++k) {
-        worst = std::max(worst, std::abs(a[k] - b[k]));
-    }
-    return worst;
 }
 
 Complex root(std::size_t N, double power) {
@@ -81,7 +74,7 @@ TEST(FourierTransform, TurnsAShiftIntoAPhase) {
         for (std::size_t k = 0; k < N; ++k) {
             expected[k] *= root(N, static_cast<double>(k * shift));
         }
-        EXPECT_LE(series_gap(transform(shifted), expected), 1e-13 * N) << shift;
+        EXPECT_LE(largest_gap(transform(shifted), expected), 1e-13 * N) << shift;
     }
 }
 
@@ -101,7 +94,7 @@ TEST(FourierTransform, TurnsAConvolutionIntoAProduct) {
     for (std::size_t k = 0; k < N; ++k) {
         product[k] *= B[k];
     }
-    EXPECT_LE(series_gap(transform(product, true), convolved), 1e-12);
+    EXPECT_LE(largest_gap(transform(product, true), convolved), 1e-12);
 }
 
 TEST(FourierTransform, OfADecayIsAGeometricSum) {
@@ -111,7 +104,7 @@ TEST(FourierTransform, OfADecayIsAGeometricSum) {
     const Series x = series_of(N, [&](double j) { return std::pow(q, j); });
     const Series expected =
         series_of(N, [&](double k) { return (1.0 - std::pow(q, N)) / (1.0 - q * root(N, k)); });
-    EXPECT_LE(series_gap(transform(x), expected), 1e-11);
+    EXPECT_LE(largest_gap(transform(x), expected), 1e-11);
 }
 
 TEST(FourierTransform, OfAPulseOfOnesIsDirichletsKernel) {
@@ -123,7 +116,7 @@ TEST(FourierTransform, OfAPulseOfOnesIsDirichletsKernel) {
             const double a = 0.5 * TWO_PI * k / N;
             return k == 0.0 ? Complex(L) : root(N, 0.5 * k * (L - 1)) * (std::sin(a * L) / std::sin(a));
         });
-        EXPECT_LE(series_gap(transform(x), expected), 1e-12) << L;
+        EXPECT_LE(largest_gap(transform(x), expected), 1e-12) << L;
     }
 }
 
@@ -136,7 +129,7 @@ TEST(FourierTransform, OfACombIsAComb) {
         const Series expected = series_of(N, [teeth](double k) {
             return static_cast<int>(k) % teeth == 0 ? static_cast<double>(teeth) : 0.0;
         });
-        EXPECT_LE(series_gap(transform(x), expected), 1e-13) << step;
+        EXPECT_LE(largest_gap(transform(x), expected), 1e-13) << step;
     }
 }
 
@@ -151,7 +144,7 @@ TEST(FourierTransform, OfBinomialsIsAPowerOfACosine) {
         binomial = binomial * (n - j) / (j + 1);
     }
     const Series expected = series_of(N, [&](double k) { return std::pow(1.0 + root(N, k), n); });
-    EXPECT_LE(series_gap(transform(x), expected), 1e-14 * std::pow(2.0, n));
+    EXPECT_LE(largest_gap(transform(x), expected), 1e-14 * std::pow(2.0, n));
 }
 
 TEST(FourierTransform, OfAPeriodicGaussianIsAPeriodicGaussian) {
@@ -168,7 +161,7 @@ TEST(FourierTransform, OfAPeriodicGaussianIsAPeriodicGaussian) {
     for (Complex& v : expected) {
         v *= 8.0;
     }
-    EXPECT_LE(series_gap(transform(theta), expected), 1e-13);
+    EXPECT_LE(largest_gap(transform(theta), expected), 1e-13);
 }
 
 TEST(FourierTransform, OfTheChirpIsAChirp) {
@@ -176,7 +169,7 @@ TEST(FourierTransform, OfTheChirpIsAChirp) {
     const std::size_t N = 256;
     const Series x = series_of(N, [](double j) { return root(256, 0.5 * j * j); });
     const Series expected = series_of(N, [](double k) { return 16.0 * root(256, 32.0 - 0.5 * k * k); });
-    EXPECT_LE(series_gap(transform(x), expected), 1e-11);
+    EXPECT_LE(largest_gap(transform(x), expected), 1e-11);
 }
 
 TEST(FourierTransform, FourTimesIsTheSeriesItselfTimesTheSquaredLength) {
@@ -186,7 +179,7 @@ TEST(FourierTransform, FourTimesIsTheSeriesItselfTimesTheSquaredLength) {
     for (Complex& v : four) {
         v /= 32.0 * 32.0;
     }
-    EXPECT_LE(series_gap(four, x), 1e-14);
+    EXPECT_LE(largest_gap(four, x), 1e-14);
 }
 
 TEST(FourierTransform, OfRealSeriesIsConjugateEven) {

@@ -2,11 +2,11 @@
 // transverse magnetisation along x, so that a line of frequency f and intensity a gives a exp(2 pi i f t).
 #include "support/constants.h"
 #include "support/coupled_hamiltonian.h"
+#include "support/deviation.h"
 #include "support/laboratory.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 
 using namespace kor_test;
@@ -45,7 +45,7 @@ template <typename Expected> double signal_gap(const std::vector<Complex>& actua
     for (std::size_t k = 0; k < actual.size(); ++k) {
         const Complex wanted = expected(static_cast<double>(k) * kDwell);
         const Complex first = expected(0.0);
-        worst = std::max(worst, std::abs(actual[k] / actual[0].real() - wanted / first.real()));
+        worst = larger_deviation(worst, std::abs(actual[k] / actual[0].real() - wanted / first.real()));
     }
     return worst;
 }

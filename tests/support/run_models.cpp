@@ -2,6 +2,7 @@
 
 #include "kor/runtime_state.h"
 #include "kor/smoke_check_mode.h"
+#include "support/deviation.h"
 #include "support/temp_tree.h"
 
 #include <cmath>
@@ -140,7 +141,11 @@ double largest_difference(const Matrix& a, const Matrix& b) {
     if (a.rows() != b.rows() || a.cols() != b.cols()) {
         return HUGE_VAL;
     }
-    return (a - b).cwiseAbs().maxCoeff();
+    double worst = 0.0;
+    for (Eigen::Index k = 0; k < a.size(); ++k) {
+        worst = larger_deviation(worst, std::abs(a(k) - b(k)));
+    }
+    return worst;
 }
 
 Matrix dense(int n, const kor::CMatrix& matrix) {

@@ -39,6 +39,7 @@ DenseSystem dense_system(const std::vector<int>& twice_spin, const std::vector<d
                          bool weak);
 /// exp(-i H dt) of a Hermitian H, through its eigenvectors.
 Matrix step_propagator(const Matrix& H, double dt);
+/// Infinity when anything in it is not a number, or for matrices of different sizes.
 double largest_difference(const Matrix& a, const Matrix& b);
 
 /// The leading n x n block of a CMatrix, and a CMatrix from a dense matrix.

@@ -1,5 +1,6 @@
 #include "four3.h"
 #include "support/constants.h"
+#include "support/deviation.h"
 #include "support/random_systems.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +49,7 @@ std::vector<double> interleaved(const Sequence& x) {
 double error(const std::vector<double>& data, const Sequence& expected) {
     double largest = 0.0;
     for (std::size_t k = 0; k < expected.size(); ++k) {
-        largest = std::fmax(largest, std::abs(Complex(data[2 * k], data[2 * k + 1]) - expected[k]));
+        largest = larger_deviation(largest, std::abs(Complex(data[2 * k], data[2 * k + 1]) - expected[k]));
     }
     return largest;
 }

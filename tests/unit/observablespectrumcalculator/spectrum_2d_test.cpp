@@ -1,6 +1,7 @@
 #include "observablespectrumcalculator/spectrum_2d.h"
 
 #include "korlimits.h"
+#include "support/deviation.h"
 #include "support/signal_files.h"
 #include "support/transform_2d.h"
 
@@ -15,6 +16,7 @@ using kor_test::Complex;
 using kor_test::complex_bytes;
 using kor_test::forward;
 using kor_test::header_bytes;
+using kor_test::largest_gap;
 using kor_test::read_signal_file;
 using kor_test::Row;
 using kor_test::SignalFile;
@@ -33,14 +35,6 @@ Row random_points(std::size_t count, unsigned seed) {
     return points;
 }
 
-double row_difference(const Row& a, const Row& b) {
-    EXPECT_EQ(a.size(), b.size());
-    double largest = 0.0;
-    for (std::size_t k = 0; k < std::min(a.size(), b.size()); ++k)
-        largest = std::max(largest, std::abs(a[k] - b[k]));
-    return largest;
-}
-
 TEST(Calc2Dfft, AgreesWithDirectSumsInBothDimensions) {
     const TempTree folder;
     for (const auto& [cols, rows] : {std::pair<int, int>{8, 4}, {4, 16}, {2, 2}, {32, 64}}) {
@@ -51,7 +45,7 @@ TEST(Calc2Dfft, AgreesWithDirectSumsInBothDimensions) {
         EXPECT_EQ(spectrum.header[0], 1);
         EXPECT_EQ(spectrum.header[1], cols);
         EXPECT_EQ(spectrum.header[2], rows);
-        EXPECT_LT(row_difference(spectrum.samples, transform_2d(data, static_cast<std::size_t>(cols))), 1e-12)
+        EXPECT_LT(largest_gap(spectrum.samples, transform_2d(data, static_cast<std::size_t>(cols))), 1e-12)
             << cols << " x " << rows;
     }
 }
@@ -78,7 +72,7 @@ TEST(Calc2Dfft, OtherLengthsAreWeightedButNotTransformed) {
     const Row data = random_points(6, 9);
     folder.write("korsign.bin", header_bytes(1, 6, 1) + complex_bytes(data));
     DispTransvSign();
-    EXPECT_LT(row_difference(read_signal_file("spectra.bin").samples, weighted(data)), 1e-15);
+    EXPECT_LT(largest_gap(read_signal_file("spectra.bin").samples, weighted(data)), 1e-15);
 }
 
 TEST(Calc2Dfft, SaysWhenThereIsNoSignalFile) {
@@ -140,7 +134,7 @@ TEST(DispTransvSign, IsTheFirstPassAlone) {
     DispTransvSign();
     const SignalFile spectra = read_signal_file("spectra.bin");
     EXPECT_EQ(spectra.header[1], 8);
-    EXPECT_LT(row_difference(spectra.samples, forward(weighted(data))), 1e-13);
+    EXPECT_LT(largest_gap(spectra.samples, forward(weighted(data))), 1e-13);
     EXPECT_FALSE(folder.exists("sort.bin"));
 }
 
