@@ -86,9 +86,11 @@ std::vector<double> signals(const RandomSystem& system, const Acquisition& acqui
     return pairs;
 }
 
-/// The next number away from zero.
+/// Each part that is not 0 becomes the next number away from 0.
 void change_one_bit(std::complex<double>& element) {
-    element = {std::nextafter(element.real(), 1e300 * element.real()), element.imag()};
+    const auto next = [](double part) { return std::nextafter(part, 1e300 * part); };
+    ASSERT_NE(element, 0.0);
+    element = {next(element.real()), next(element.imag())};
 }
 
 } // namespace
