@@ -1,5 +1,5 @@
 // The largest deviation of many checks of one kind. It is printed when the object ends, so that a run tells
-// how much of what is allowed was used.
+// how much of what is allowed was used. No check at all is a failure.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,12 +16,13 @@ public:
     Worst(const Worst&) = delete;
     Worst& operator=(const Worst&) = delete;
     ~Worst() {
+        EXPECT_GT(count_, 0) << what_ << ": nothing was checked";
         std::printf("[ MEASURED ] %s: at most %.2e (allowed there %.2e), at most %.1f %% of what is allowed, "
                     "%lld checks\n",
                     what_.c_str(), largest_, allowed_there_, 100.0 * share_, count_);
     }
 
-    /// A deviation and the limit that it must not pass; what is not a number passes every limit.
+    /// A deviation and the limit that it must not pass; what is not a number is beyond every limit.
     void check(double deviation, double allowed, const std::string& where) {
         ++count_;
         if (!(deviation <= largest_)) {
