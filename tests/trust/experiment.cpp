@@ -112,6 +112,7 @@ std::vector<Dense> Bench::run(const Experiment& experiment) const {
         sectors.push_back(sector);
     }
     define_sequence(1, sectors, "result");
+    std::filesystem::remove(folder_.root() / "result"); // a run that ends early leaves no states
     kor::RunCurrentPreparedModel();
     return read_density_file("result").matrices;
 }

@@ -1,11 +1,16 @@
 #include "trust/random_experiment.h"
 #include "support/constants.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kor_test {
 
 namespace {
+
+int random_twice_spin(Random& random, int max_states) {
+    return random.integer(0, 9) ? random.integer(1, 3) : random.integer(4, std::min(7, max_states - 1));
+}
 
 /// Makes the last spin of a system the like of the first where both are spins 1/2.
 void make_alike(Spins& spins) {
@@ -63,16 +68,31 @@ Train slice_pulse(Random& random) {
     return train;
 }
 
+/// Thousands of samples of changing field and gradient, hundreds to thousands of radians in all.
+Train long_pulse(Random& random) {
+    Train train;
+    train.dt = random.uniform(5e-6, 2e-4);
+    const auto samples = static_cast<std::size_t>(random.integer(1000, 4096));
+    const Place direction = random_gradient(random);
+    while (train.samples() < samples) {
+        add_random_sample(random, Kind::shaped, Gradients::one_direction, direction, train);
+    }
+    return train;
+}
+
 } // namespace
 
 Spins random_spins(Random& random, int max_states) {
     Spins spins;
     const int wanted = random.integer(1, 4);
     for (int s = 0; s < wanted; ++s) {
-        spins.twice_spins.push_back(random.integer(1, 3));
+        spins.twice_spins.push_back(random_twice_spin(random, max_states));
         if (spins.states() > max_states) {
             spins.twice_spins.pop_back();
         }
+    }
+    if (max_states >= 32) {
+        spins.twice_spins.assign(5, 1);
     }
     const std::size_t count = spins.count();
     double squares = 0.0;
@@ -102,6 +122,9 @@ Train random_train(Random& random) {
     }
     Train train;
     train.dt = kind == Kind::delay ? random.uniform(0.0, 0.05) : random.uniform(5e-6, 2e-4);
+    if (kind == Kind::delay && random.integer(0, 19) == 0) {
+        train.dt = 0.0;
+    }
     train.offset_hz = random.integer(0, 1) ? random.uniform(-1000.0, 1000.0) : 0.0;
     const int samples = kind == Kind::delay ? 1 : random.integer(1, 30);
     const auto gradients = static_cast<Gradients>(kind == Kind::delay      ? 0
@@ -143,6 +166,9 @@ Experiment random_experiment(Random& random, int max_states) {
     }
     if (experiment.voxels() > 64) {
         experiment.trains.push_back(slice_pulse(random));
+    }
+    if (experiment.voxels() == 1 && experiment.spins.states() <= 4 && random.integer(0, 9) == 0) {
+        experiment.trains.push_back(long_pulse(random));
     }
     return experiment;
 }
