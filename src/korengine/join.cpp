@@ -6,8 +6,9 @@ namespace kor {
 
 // Element (i, j) is multiplied by exp(i (ladder_i phi0 - ladder_j phi1)).
 void turn_ends(const SystemStructure& s, const Step& first, const Step& last, Planes& p) {
-    if (first.ux == 1.0 && last.ux == 1.0) {
-        return; // both along x already
+    const auto along_x = [](const Step& step) { return step.ux == 1.0 && step.uy == 0.0; };
+    if (along_x(first) && along_x(last)) {
+        return;
     }
     std::vector<double> left{1.0, 0.0}, right{1.0, 0.0};
     for (int k = 0; k < s.ladder_top; ++k) {
