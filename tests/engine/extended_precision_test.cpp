@@ -2,8 +2,10 @@
 // with a 64-bit mantissa throughout.
 #include "support/engine_system.h"
 #include "support/engines.h"
+#include "support/worst.h"
 
 #include <cmath>
+#include <string>
 
 using namespace kor;
 using namespace kor_test;
@@ -47,11 +49,17 @@ Dense exact_propagator(const EngineCase& problem, double x, double y, double z) 
     return r.cast<Complex>();
 }
 
-class ExtendedPrecision : public EngineTest {};
+class ExtendedPrecision : public EngineTest {
+protected:
+    static std::string name_of_test() {
+        return testing::UnitTest::GetInstance()->current_test_info()->name();
+    }
+};
 
 } // namespace
 
 TEST_P(ExtendedPrecision, ConfirmsPropagators) {
+    Worst worst(name_of_test());
     Random random(181);
     const std::vector<std::vector<int>> systems = {{1},    {2},       {1, 1},       {1, 2},   {1, 1, 1},
                                                    {2, 2}, {1, 1, 2}, {1, 1, 1, 1}, {1, 2, 2}};
@@ -72,12 +80,13 @@ TEST_P(ExtendedPrecision, ConfirmsPropagators) {
         EngineOpenSector(problem.sector(line));
         MarkedMatrix r;
         EngineSectorPropagator(2, 1, 1, r);
-        EXPECT_LE(distance(r, exact_propagator(problem, -0.25, 0.0, 0.0)), 1e-13)
-            << testing::PrintToString(spins) << ' ' << trial;
+        worst.check(distance(r, exact_propagator(problem, -0.25, 0.0, 0.0)), 1e-13,
+                    testing::PrintToString(spins) + ' ' + testing::PrintToString(trial));
     }
 }
 
 TEST_P(ExtendedPrecision, ConfirmsPropagatorsOfManyStates) {
+    Worst worst(name_of_test());
     Random random(182);
     const std::vector<std::vector<int>> systems = {{1, 1, 1, 1, 1}, {1, 2, 2}, {1, 1, 1, 1, 1, 1}};
     for (int trial = 0; trial < 6; ++trial) {
@@ -89,8 +98,8 @@ TEST_P(ExtendedPrecision, ConfirmsPropagatorsOfManyStates) {
         EngineOpenSector(problem.sector({2, 1, 1, 0.0, 0.0, 0.0, 0.5, 0.0, 0.0}));
         MarkedMatrix r;
         EngineSectorPropagator(2, 1, 1, r);
-        EXPECT_LE(distance(r, exact_propagator(problem, 0.5, 0.0, 0.0)), 1e-13)
-            << testing::PrintToString(spins) << ' ' << trial;
+        worst.check(distance(r, exact_propagator(problem, 0.5, 0.0, 0.0)), 1e-13,
+                    testing::PrintToString(spins) + ' ' + testing::PrintToString(trial));
     }
 }
 
@@ -98,6 +107,7 @@ TEST_P(ExtendedPrecision, ConfirmsShapedPulsesUnderAConstantGradient) {
     // The gradient stands still while the field changes: its size, its size and direction, or its
     // direction alone; then perhaps a second gradient. Several voxels, and one, whose pulse is cut into
     // pieces.
+    Worst worst(name_of_test());
     Random random(183);
     const std::vector<std::vector<int>> systems = {{2}, {1, 1}, {1, 1, 1}, {5}, {1, 1, 2}, {1, 1, 1, 1}};
     for (int trial = 0; trial < 24; ++trial) {
@@ -120,13 +130,14 @@ TEST_P(ExtendedPrecision, ConfirmsShapedPulsesUnderAConstantGradient) {
         EngineOpenSector(problem.sector(grid));
         MarkedMatrix r;
         EngineSectorPropagator(alone ? 1 : 4, 1, 1, r);
-        EXPECT_LE(distance(r, exact_propagator(problem, alone ? -0.5 : -0.125, 0.0, 0.0)), 1e-13)
-            << testing::PrintToString(spins) << ' ' << trial;
+        worst.check(distance(r, exact_propagator(problem, alone ? -0.5 : -0.125, 0.0, 0.0)), 1e-13,
+                    testing::PrintToString(spins) + ' ' + testing::PrintToString(trial));
     }
 }
 
 TEST_P(ExtendedPrecision, ConfirmsAmplitudesThatDifferByARounding) {
     // A range of the field between whose ends are no numbers, as in the amplitude of a frequency sweep.
+    Worst worst(name_of_test());
     Random random(187);
     for (int trial = 0; trial < 12; ++trial) {
         RandomWaveform wave = random_waveform(random, 200, 0);
@@ -143,11 +154,13 @@ TEST_P(ExtendedPrecision, ConfirmsAmplitudesThatDifferByARounding) {
         const double allowed = GetParam().engine == Engine::reference ? 4e-12 // its halvings, 2000 rad
                                : trial % 2                            ? 4e-13
                                                                       : 2e-13;
-        EXPECT_LE(distance(r, exact_propagator(problem, 0.0, 0.0, 0.0)), allowed) << size;
+        worst.check(distance(r, exact_propagator(problem, 0.0, 0.0, 0.0)), allowed,
+                    testing::PrintToString(size));
     }
 }
 
 TEST_P(ExtendedPrecision, ConfirmsFieldsTooSmallToTurnAnything) {
+    Worst worst(name_of_test());
     Random random(188);
     for (const double field : {1e-320, 1e-309, 1e-250, 1e-30}) {
         RandomWaveform wave = random_waveform(random, 40, 1);
@@ -160,13 +173,15 @@ TEST_P(ExtendedPrecision, ConfirmsFieldsTooSmallToTurnAnything) {
         EngineOpenSector(problem.sector({4, 1, 1, 0.0, 0.0, 0.0, 0.25, 0.0, 0.0}));
         MarkedMatrix r;
         EngineSectorPropagator(4, 1, 1, r);
-        EXPECT_LE(distance(r, exact_propagator(problem, 0.75, 0.0, 0.0)), 1e-13) << field;
+        worst.check(distance(r, exact_propagator(problem, 0.75, 0.0, 0.0)), 1e-13,
+                    testing::PrintToString(field));
     }
 }
 
 TEST_P(ExtendedPrecision, ConfirmsTheCentreOfASteepGradient) {
     // Its steps turn by little, those at the rim of the grid by 1.7 to 1000 rad: an error that grows with
     // the halvings there, or adds up over alike steps, must not reach the centre.
+    Worst worst(name_of_test());
     Random random(186);
     for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1}, {2}, {1, 1, 1}}) {
         for (const double rim : {1.7, 20.0, 1000.0}) {
@@ -182,8 +197,8 @@ TEST_P(ExtendedPrecision, ConfirmsTheCentreOfASteepGradient) {
             EngineOpenSector(problem.sector({1, 1, 5, 0.0, 0.0, -1.0, 0.0, 0.0, 0.5}));
             MarkedMatrix r;
             EngineSectorPropagator(1, 1, 3, r);
-            EXPECT_LE(distance(r, exact_propagator(problem, 0.0, 0.0, 0.0)), 1e-13)
-                << testing::PrintToString(spins) << ' ' << rim;
+            worst.check(distance(r, exact_propagator(problem, 0.0, 0.0, 0.0)), 1e-13,
+                        testing::PrintToString(spins) + ' ' + testing::PrintToString(rim));
         }
     }
 }
@@ -191,6 +206,7 @@ TEST_P(ExtendedPrecision, ConfirmsTheCentreOfASteepGradient) {
 TEST_P(ExtendedPrecision, ConfirmsTheDurationOfManyEqualSamples) {
     // 8192 samples of one spin, together exp(-i T (w Iz + B Ix)) or, without the field, exp(-i T w Iz): an
     // angle of 500 to 640 rad, in which a relative error of the duration shows enlarged.
+    Worst worst(name_of_test());
     Random random(184);
     for (const double field : {3000.0, 0.0}) {
         RandomWaveform wave = random_waveform(random, 8192, 0);
@@ -211,13 +227,14 @@ TEST_P(ExtendedPrecision, ConfirmsTheDurationOfManyEqualSamples) {
         EngineOpenSector(problem.sector());
         MarkedMatrix r;
         EngineSectorPropagator(1, 1, 1, r);
-        EXPECT_LE(distance(r, turn.cast<Complex>()), 1e-12) << field;
+        worst.check(distance(r, turn.cast<Complex>()), 1e-12, testing::PrintToString(field));
     }
 }
 
 TEST_P(ExtendedPrecision, ConfirmsLongRampsOfAGradientWithoutField) {
     // The phase is the integral of a gradient that changes from sample to sample, once with a field at both
     // ends.
+    Worst worst(name_of_test());
     Random random(185);
     for (const double field : {0.0, 4000.0}) {
         RandomWaveform wave = random_waveform(random, 4096, 0);
@@ -233,7 +250,8 @@ TEST_P(ExtendedPrecision, ConfirmsLongRampsOfAGradientWithoutField) {
         EngineOpenSector(problem.sector({3, 1, 1, 0.7, 0.0, 0.0, 0.125, 0.0, 0.0}));
         MarkedMatrix r;
         EngineSectorPropagator(3, 1, 1, r);
-        EXPECT_LE(distance(r, exact_propagator(problem, 0.95, 0.0, 0.0)), 1e-12) << field;
+        worst.check(distance(r, exact_propagator(problem, 0.95, 0.0, 0.0)), 1e-12,
+                    testing::PrintToString(field));
     }
 }
 
