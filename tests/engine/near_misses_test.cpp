@@ -13,83 +13,76 @@ namespace {
 
 class NearMisses : public EngineTest {};
 
-constexpr std::size_t kSamples = 18;
+constexpr std::size_t kSampleCount = 18;
 constexpr double kX = 0.4, kY = -0.3, kZ = 0.2; // cm
-constexpr double kTolerance = 3e-13;
+constexpr double kAllowed = 3e-13;
 
-const std::vector<std::vector<int>> kSpinLists = {{1}, {1, 1}, {1, 2}, {1, 1, 1, 1, 1}};
+const std::vector<std::vector<int>> kSpinSystems = {{1}, {1, 1}, {1, 2}, {1, 1, 1, 1, 1}};
 
-enum class Kind { steady, along_x, along_y, tilted, turning, palindrome, none };
-const std::vector<Kind> kKinds = {Kind::steady,  Kind::along_x,    Kind::along_y, Kind::tilted,
-                                  Kind::turning, Kind::palindrome, Kind::none};
+enum class Course { steady, along_x, along_y, tilted, turning, palindrome, none };
+const std::vector<Course> kCourses = {Course::steady,  Course::along_x,    Course::along_y, Course::tilted,
+                                      Course::turning, Course::palindrome, Course::none};
 
-double size_of_field(Kind kind, std::size_t j) {
-    switch (kind) {
-    case Kind::none:
+double size_of_field(Course course, std::size_t j) {
+    switch (course) {
+    case Course::none:
         return 0.0;
-    case Kind::steady:
-    case Kind::turning:
+    case Course::steady:
+    case Course::turning:
         return 3000.0;
-    case Kind::palindrome:
-        return 3000.0 * std::cos(0.3 + 0.1 * static_cast<double>(std::min(j, kSamples - 1 - j)));
+    case Course::palindrome:
+        return 3000.0 * std::cos(0.3 + 0.1 * static_cast<double>(std::min(j, kSampleCount - 1 - j)));
     default:
         return 3000.0 * std::cos(0.3 + 0.1 * static_cast<double>(j));
     }
 }
 
-double direction_of_field(Kind kind, std::size_t j) {
-    switch (kind) {
-    case Kind::along_x:
+double direction_of_field(Course course, std::size_t j) {
+    switch (course) {
+    case Course::along_x:
         return 0.0;
-    case Kind::turning:
+    case Course::turning:
         return 0.05 * static_cast<double>(j * j);
     default:
         return 0.7;
     }
 }
 
-/// Of one of the kinds, under a gradient that stands still; each sample turns by some tenths of a radian.
-RandomWaveform waveform(Random& random, Kind kind) {
-    RandomWaveform wave = random_waveform(random, static_cast<int>(kSamples), 0);
+/// A field of one course under a gradient that stands still; each sample turns by some tenths of a radian.
+RandomWaveform waveform_of(Random& random, Course course) {
+    RandomWaveform wave = random_waveform(random, static_cast<int>(kSampleCount), 0);
     wave.dt = 1e-4;
-    wave.gx.assign(kSamples, 1500.0);
-    wave.gy.assign(kSamples, -2500.0);
-    wave.gz.assign(kSamples, 3500.0);
-    for (std::size_t j = 0; j < kSamples; ++j) {
-        const double size = size_of_field(kind, j);
-        const double direction = direction_of_field(kind, j);
-        wave.xb[j] = kind == Kind::along_y ? 0.0 : size * std::cos(direction);
-        wave.yb[j] = kind == Kind::along_y ? size : size * std::sin(direction);
+    wave.gx.assign(kSampleCount, 1500.0);
+    wave.gy.assign(kSampleCount, -2500.0);
+    wave.gz.assign(kSampleCount, 3500.0);
+    for (std::size_t j = 0; j < kSampleCount; ++j) {
+        const double size = size_of_field(course, j);
+        const double direction = direction_of_field(course, j);
+        wave.xb[j] = course == Course::along_y ? 0.0 : size * std::cos(direction);
+        wave.yb[j] = course == Course::along_y ? size : size * std::sin(direction);
     }
     return wave;
 }
 
-Dense propagator(const EngineCase& problem, const EngineGrid& grid, int ix, int iy, int iz) {
-    static CMatrix r;
-    EngineOpenSector(problem.sector(grid));
-    EngineSectorPropagator(ix, iy, iz, r);
-    return to_dense(problem.system.n, r);
-}
-
 } // namespace
 
-TEST_P(NearMisses, OfOneNumberOfOneSampleCount) {
+TEST_P(NearMisses, InOneNumberOfOneSampleAreSeen) {
     Random random(221);
     const EngineGrid here = {1, 1, 1, kX, kY, kZ, 0.0, 0.0, 0.0};
-    for (const std::vector<int>& spins : kSpinLists) {
-        for (const Kind kind : kKinds) {
-            EngineCase problem(random_system(random, spins, Coupling::exact), waveform(random, kind));
+    for (const std::vector<int>& spins : kSpinSystems) {
+        for (const Course course : kCourses) {
+            EngineCase problem(random_system(random, spins, Coupling::exact), waveform_of(random, course));
             const Dense exact = problem.expected(kX, kY, kZ);
             RandomWaveform& wave = problem.wave;
             for (std::vector<double>* values : {&wave.xb, &wave.yb, &wave.gx, &wave.gy, &wave.gz}) {
-                for (const std::size_t at : {std::size_t{0}, std::size_t{4}, kSamples - 1}) {
+                for (const std::size_t at : {std::size_t{0}, std::size_t{4}, kSampleCount - 1}) {
                     const double kept = (*values)[at];
                     (*values)[at] = kept + 3e-6;
                     const Dense expected = problem.expected(kX, kY, kZ);
-                    EXPECT_LE(distance(propagator(problem, here, 1, 1, 1), expected), kTolerance)
-                        << testing::PrintToString(spins) << " kind " << static_cast<int>(kind) << " sample "
-                        << at;
-                    EXPECT_GT(distance(expected, exact), 20.0 * kTolerance);
+                    EXPECT_LE(distance(sector_propagator(problem.sector(here), 1, 1, 1), expected), kAllowed)
+                        << testing::PrintToString(spins) << " course " << static_cast<int>(course)
+                        << " sample " << at;
+                    EXPECT_GT(distance(expected, exact), 20.0 * kAllowed);
                     (*values)[at] = kept;
                 }
             }
@@ -97,12 +90,12 @@ TEST_P(NearMisses, OfOneNumberOfOneSampleCount) {
     }
 }
 
-TEST_P(NearMisses, OfPlacesThatCoincideCount) {
+TEST_P(NearMisses, InPlacesThatCoincideAreSeen) {
     Random random(222);
     const double step = 1e-7; // cm
-    for (const std::vector<int>& spins : kSpinLists) {
+    for (const std::vector<int>& spins : kSpinSystems) {
         const EngineCase problem(random_system(random, spins, Coupling::exact),
-                                 waveform(random, Kind::tilted));
+                                 waveform_of(random, Course::tilted));
         for (int axis = 0; axis < 3; ++axis) {
             const auto along = [axis](int which, int count) { return which == axis ? count : 1; };
             const auto apart = [axis, step](int which) { return which == axis ? step : 0.0; };
@@ -111,20 +104,20 @@ TEST_P(NearMisses, OfPlacesThatCoincideCount) {
             for (int k = 0; k < 3; ++k) {
                 const Dense expected =
                     problem.expected(kX + k * apart(0), kY + k * apart(1), kZ + k * apart(2));
-                EXPECT_LE(
-                    distance(propagator(problem, grid, along(0, k + 1), along(1, k + 1), along(2, k + 1)),
-                             expected),
-                    kTolerance)
+                EXPECT_LE(distance(sector_propagator(problem.sector(grid), along(0, k + 1), along(1, k + 1),
+                                                     along(2, k + 1)),
+                                   expected),
+                          kAllowed)
                     << testing::PrintToString(spins) << " axis " << axis;
             }
         }
     }
 }
 
-TEST_P(NearMisses, OfAPalindromeOfRunsOfEqualSamplesCount) {
+TEST_P(NearMisses, InTheRunsOfAPalindromeAreSeen) {
     // The same fields forth and back, the runs of them of other lengths.
     Random random(223);
-    for (const std::vector<int>& spins : kSpinLists) {
+    for (const std::vector<int>& spins : kSpinSystems) {
         for (const std::size_t longer : {std::size_t{1}, std::size_t{6}}) {
             RandomWaveform wave = random_waveform(random, 0, 0);
             wave.dt = 1e-4;
@@ -139,9 +132,10 @@ TEST_P(NearMisses, OfAPalindromeOfRunsOfEqualSamplesCount) {
                 }
             }
             const EngineCase problem(random_system(random, spins, Coupling::exact), wave);
-            EXPECT_LE(distance(propagator(problem, {1, 1, 1, kX, kY, kZ, 0.0, 0.0, 0.0}, 1, 1, 1),
-                               problem.expected(kX, kY, kZ)),
-                      kTolerance)
+            EXPECT_LE(
+                distance(sector_propagator(problem.sector({1, 1, 1, kX, kY, kZ, 0.0, 0.0, 0.0}), 1, 1, 1),
+                         problem.expected(kX, kY, kZ)),
+                kAllowed)
                 << testing::PrintToString(spins) << ' ' << longer;
         }
     }
