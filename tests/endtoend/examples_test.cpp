@@ -14,8 +14,8 @@
 namespace {
 
 using namespace example_oracle;
-using kor_test::PI;
 using kor_test::largest_gap;
+using kor_test::PI;
 using kor_test::read_file;
 namespace fs = std::filesystem;
 
