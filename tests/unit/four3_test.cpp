@@ -121,7 +121,7 @@ TEST(Four2Status, MakesALonePointItsHarmonic) {
             for (std::size_t k = 0; k < n; ++k) {
                 const double turns = static_cast<double>(p * k % n) / static_cast<double>(n);
                 expected.push_back(std::polar(inverse ? 1.0 / static_cast<double>(n) : 1.0,
-                                              (inverse ? -kTwoPi : kTwoPi) * turns));
+                                              (inverse ? -TWO_PI : TWO_PI) * turns));
             }
             EXPECT_LE(error(data, expected), 1e-12 * std::abs(expected.front())) << n << ' ' << p;
         }
