@@ -8,11 +8,33 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <cstdlib>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace kor;
 using namespace kor_test;
+
+namespace {
+
+/// From now on the system refuses to rename files, as on a file system that has become read-only.
+bool refuse_renaming() {
+    sock_filter rules[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_rename, 2, 0),
+                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 1, 0),
+                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EROFS)};
+    const sock_fprog program = {sizeof rules / sizeof rules[0], rules};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+} // namespace
 
 TEST(WaveformFile, EveryShortBlockIsTold) {
     const double v[2] = {1, 2};
@@ -59,4 +81,18 @@ TEST(WaveformFile, AReadErrorIsToldByTheSystemsText) {
     EXPECT_EQ(blocks.err, system_line(unreadable, EIO));
     const auto pulse = play_console("", [&] { EXPECT_EQ(koropt_load_waveform_xy(unreadable, 2, x, y), 0); });
     EXPECT_EQ(pulse.err, system_line(unreadable, EIO));
+}
+
+TEST(WaveformFile, OneThatCannotBeGivenItsNameIsToldAndTheOlderOneStays) {
+    const TempTree folder;
+    folder.write("w", "older");
+    const double v[2] = {1, 2};
+    const auto write_without_renaming = [&] {
+        if (!refuse_renaming())
+            std::exit(2);
+        std::exit(BinArrayOut2D(2, v, v, "w"));
+    };
+    EXPECT_EXIT(write_without_renaming(), testing::ExitedWithCode(0), "^w: Read-only file system\n$");
+    EXPECT_EQ(folder.read("w"), "older");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"w"});
 }
