@@ -248,7 +248,7 @@ std::FILE* platform_open(const char* path, const char* mode) {
 
 std::FILE* platform_open_new(const char* path, const char* mode) {
     const char* const name = path ? path : "";
-    const int kind = std::strchr(mode, 'b') ? _O_BINARY : _O_TEXT;
+    const int kind = std::strchr(mode, 'b') ? _O_BINARY : 0; // as fopen takes the mode
     int descriptor = -1;
     insist(name, [&descriptor, name, kind]() -> DWORD {
         _doserrno = 0;

@@ -9,7 +9,6 @@
 #include "rfwaveformfile.h"
 #include "support/console_script.h"
 #include "support/constants.h"
-#include "support/ordinary_user.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +26,6 @@ namespace {
 
 using kor::g_runtime;
 using kor_test::ConsoleOutput;
-using kor_test::OrdinaryUser;
 using kor_test::play_console;
 using kor_test::TempTree;
 using kor_test::TWO_PI;
@@ -304,27 +302,6 @@ TEST(OfferWriteback, AFailedWriteLeavesTheOldFile) {
               std::string::npos);
     EXPECT_EQ(console.out, ask_write_back);
     EXPECT_EQ(tree.read("pulse"), before);
-}
-
-TEST(OfferWriteback, AReadOnlyFileIsNotReplaced) {
-    const TempTree tree;
-    prepare_model();
-    const std::string before = tree.read("pulse");
-    std::filesystem::permissions(tree.path(), std::filesystem::perms::all);
-    std::filesystem::permissions("pulse",
-                                 std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
-    g_runtime.ap = 64;
-    std::fill_n(g_runtime.xb, 64, 1.0);
-    ConsoleOutput console;
-    {
-        const OrdinaryUser rights;
-        console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
-    }
-    EXPECT_EQ(console.err, "pulse: Permission denied\n"
-                           "The waveform file pulse could not be written and was left as it was.\n");
-    EXPECT_EQ(console.out, ask_write_back);
-    EXPECT_EQ(tree.read("pulse"), before);
-    EXPECT_EQ(tree.names(), std::vector<std::string>{"pulse"});
 }
 
 TEST(OfferWriteback, MakesAFileThatIsNotThereYet) {

@@ -239,37 +239,6 @@ TEST_F(RuntimeFolder, WarnsWhenAFileIsInItsPlace) {
     EXPECT_EQ(result.err, "");
 }
 
-TEST_F(RuntimeFolder, WarnsWhenTheExecutablesFolderIsReadOnly) {
-    fs::permissions(tree_.root(), fs::perms::owner_all | fs::perms::others_exec);
-    fs::permissions(tree_.path("build"),
-                    fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_exec);
-    const ProgramResult result =
-        run_program({.executable = program_.executable(), .working_dir = tree_.path(), .unprivileged = true});
-    fs::permissions(tree_.path("build"), fs::perms::owner_all);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out,
-              "[KOR] Warning: could not create runtime directory: Permission denied\n" + MENU_AND_EXIT);
-}
-
-TEST_F(RuntimeFolder, IsTheStartingFolderForAnExecutableThatCannotBeNamed) {
-    const std::string deep = "deep/" + std::string(200, 'd') + "/" + std::string(100, 'e');
-    const std::string path = program_.write_model(two_spin_model("two"));
-    tree_.make_folder(deep);
-    tree_.make_folder("start");
-    fs::copy_file(kor_program(), tree_.path(deep + "/" + program_file()));
-    const ProgramResult result = run_program({.executable = tree_.path(deep + "/" + program_file()),
-                                              .arguments = {"--run-model", "../models/two.kormodel"},
-                                              .working_dir = tree_.path("start")});
-    EXPECT_EQ(result.status, 0) << result.err;
-    const std::string begin = "[KOR] Warning: could not determine executable directory; using current "
-                              "directory for scratch files.\n"
-                              "[KOR] Warning: could not determine executable directory; using current "
-                              "directory for run scratch files.\n";
-    EXPECT_EQ(result.out.substr(0, begin.size()), begin);
-    EXPECT_TRUE(tree_.exists("start/dm.bin"));
-    EXPECT_EQ(tree_.names(deep), Names{program_file()});
-}
-
 TEST_F(ExpectationProfileMode, WritesRelativePathsFromTheRuntimeFolder) {
     const std::string path = program_.write_model(two_spin_model("two"));
     ASSERT_EQ(program_.run({"--run-model", path}).status, 0);

@@ -1,5 +1,7 @@
 // Folders of the program that are not what they should be: every failure is told, and nothing is overwritten.
+#include "support/build_paths.h"
 #include "support/composer_sessions.h"
+#include "support/menu_texts.h"
 #include "support/program_tree.h"
 #include "support/temp_tree.h"
 #include "support/two_spin_model.h"
@@ -74,4 +76,55 @@ TEST(OddFolders, AnEarlierRunsStatesThatCannotBeDeletedStopTheRun) {
               std::string::npos)
         << result.out << result.err;
     EXPECT_EQ(tree.read("build/runtime/dm.bin"), "an earlier run");
+}
+
+TEST(OddFolders, AReadOnlyFolderOfTheExecutableIsWarnedOf) {
+    const TempTree tree;
+    const ProgramTree program(tree.root());
+    fs::permissions(tree.root(), fs::perms::owner_all | fs::perms::others_exec);
+    fs::permissions(tree.path("build"),
+                    fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_exec);
+    const ProgramResult result =
+        run_program({.executable = program.executable(), .working_dir = tree.path(), .unprivileged = true});
+    fs::permissions(tree.path("build"), fs::perms::owner_all);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "[KOR] Warning: could not create runtime directory: Permission denied\n" +
+                              main_menu_text() + EXITING);
+}
+
+TEST(OddFolders, AnExecutableThatCannotBeNamedWorksInTheStartingFolder) {
+    const TempTree tree;
+    const ProgramTree program(tree.root());
+    const std::string deep = "deep/" + std::string(200, 'd') + "/" + std::string(100, 'e');
+    program.write_model(two_spin_model("two"));
+    tree.make_folder(deep);
+    tree.make_folder("start");
+    fs::copy_file(kor_program(), tree.path(deep + "/" + program_file()));
+    const ProgramResult result = run_program({.executable = tree.path(deep + "/" + program_file()),
+                                              .arguments = {"--run-model", "../models/two.kormodel"},
+                                              .working_dir = tree.path("start")});
+    EXPECT_EQ(result.status, 0) << result.err;
+    const std::string begin = "[KOR] Warning: could not determine executable directory; using current "
+                              "directory for scratch files.\n"
+                              "[KOR] Warning: could not determine executable directory; using current "
+                              "directory for run scratch files.\n";
+    EXPECT_EQ(result.out.substr(0, begin.size()), begin);
+    EXPECT_TRUE(tree.exists("start/dm.bin"));
+    EXPECT_EQ(tree.names(deep), std::vector<std::string>{program_file()});
+}
+
+TEST(OddFolders, AnExecutableThatCannotBeNamedKnowsNoModelsFolder) {
+    const TempTree tree;
+    const std::string deep = "build/" + std::string(200, 'd') + "/" + std::string(100, 'e');
+    tree.make_folder(deep);
+    fs::copy_file(kor_program(), tree.path(deep + "/" + program_file()));
+    const ProgramResult result = run_program({.executable = tree.path(deep + "/" + program_file()),
+                                              .input = "3\n\n4\n\n6\n",
+                                              .working_dir = tree.path()});
+    const std::string unknown = "\n[KOR] Could not determine default models directory.\n" + ENTER_FOR_MENU;
+    EXPECT_EQ(result.out, "[KOR] Warning: could not determine executable directory; using current directory "
+                          "for scratch files.\n" +
+                              main_menu_text() + unknown + main_menu_text() + unknown + main_menu_text() +
+                              EXITING);
+    EXPECT_EQ(result.status, 0);
 }

@@ -80,9 +80,9 @@ ProgramResult ProgramTree::run(const std::vector<std::string>& arguments, const 
 }
 
 std::string ProgramTree::write_model(const ModelText& model) const {
-    const fs::path sequence = root_ / "sequences" / model.name;
-    write_file(root_ / "spin-systems" / (model.name + ".korspin"), spin_text(model));
-    write_file(sequence / (model.name + ".korseq"), sequence_text(model));
+    const fs::path sequence = root_ / "sequences" / file_name(model.name);
+    write_file(root_ / "spin-systems" / file_name(model.name + ".korspin"), spin_text(model));
+    write_file(sequence / file_name(model.name + ".korseq"), sequence_text(model));
     for (std::size_t k = 1; k <= model.sectors.size(); ++k) {
         std::string samples;
         for (const std::vector<double>& block : model.sectors[k - 1].blocks)
@@ -90,7 +90,7 @@ std::string ProgramTree::write_model(const ModelText& model) const {
         write_file(sequence / "waveforms" / ("sector" + std::to_string(k)), samples);
     }
     const std::string path = root() + "/models/" + model.name + ".kormodel";
-    write_file(path, model_text(model));
+    write_file(file_name(path), model_text(model));
     return path;
 }
 

@@ -39,7 +39,7 @@ TEST(ModelFile, FillsTheThreeRecords) {
     EXPECT_EQ(loaded_model.spin.j_hz[1][2], 12.0);
     EXPECT_EQ(loaded_model.seq.sector_count, 1);
     EXPECT_STREQ(loaded_model.seq.sectors[1].remark, "test");
-    EXPECT_EQ(loaded_model.seq.sectors[1].pulse_filename,
+    EXPECT_EQ(with_slashes(loaded_model.seq.sectors[1].pulse_filename),
               plain_name(set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation"));
     EXPECT_EQ(loaded_model.cfg.ndx, 5);
     EXPECT_EQ(loaded_model.cfg.ndy, 1);
@@ -239,23 +239,13 @@ TEST(ModelFile, EndsWithTheCheckOfTheWholeModel) {
               (Outcome{KOR_MODEL_ERR_RANGE, "result_filename is required"}));
 }
 
-TEST(ModelFile, BackslashesAndCaseOfStoredPathsDoNotMatter) {
-    const ModelSet set;
-    std::string text = replaced(valid_model_text, "../spin-systems/test", "..\\Spin-Systems\\Test");
-    text = replaced(text, "../sequences/test-gradient/test-gradient.korseq",
-                    "..\\SEQUENCES\\Test-Gradient\\TEST-GRADIENT.KORSEQ");
-    EXPECT_EQ(load_model_text(set, text), ok);
-    EXPECT_EQ(loaded_model.seq.sectors[1].pulse_filename,
-              plain_name(set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation"));
-}
-
 TEST(ModelFile, ResultsLieInTheRuntimeFolderUnlessAbsolute) {
     EXPECT_EQ(load_model_text(replaced(valid_model_text, "split-composition-result.bin", "sub/r.bin")), ok);
     EXPECT_EQ(with_slashes(loaded_model.cfg.result_filename), with_slashes(results_folder()) + "/sub/r.bin");
     EXPECT_EQ(
-        load_model_text(replaced(valid_model_text, "split-composition-result.bin", "/data/My result.bin")),
+        load_model_text(replaced(valid_model_text, "split-composition-result.bin", "C:/data/My result.bin")),
         ok);
-    EXPECT_EQ(with_slashes(loaded_model.cfg.result_filename), "/data/My result.bin");
+    EXPECT_EQ(with_slashes(loaded_model.cfg.result_filename), "C:/data/My result.bin");
 }
 
 TEST(ModelFile, AFileInTheWorkingDirectoryNeedsNoFolder) {
@@ -263,8 +253,8 @@ TEST(ModelFile, AFileInTheWorkingDirectoryNeedsNoFolder) {
     const ScopedChdir models(set.root() / "models");
     EXPECT_EQ(load_model("case.kormodel", loaded_model), ok);
     EXPECT_EQ(load_model("./case.kormodel", loaded_model), ok);
-    EXPECT_STREQ(loaded_model.seq.sectors[1].pulse_filename,
-                 "./../sequences/test-gradient/waveforms/wave1-excitation");
+    EXPECT_EQ(with_slashes(loaded_model.seq.sectors[1].pulse_filename),
+              "./../sequences/test-gradient/waveforms/wave1-excitation");
 }
 
 TEST(ModelFile, NanCoordinatesAreAccepted) {

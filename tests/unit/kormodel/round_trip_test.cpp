@@ -161,9 +161,10 @@ TEST(ModelRoundTrip, GivesEveryFieldBackOver200RandomModels) {
         expect_equal(model.seq, loaded.seq);
         expect_equal(model.cfg, loaded.cfg);
         EXPECT_STREQ(loaded.cfg.model_name, "random");
-        EXPECT_EQ(with_slashes(loaded.cfg.result_filename), std::string(results) + "/result.bin");
+        EXPECT_EQ(with_slashes(loaded.cfg.result_filename),
+                  with_slashes(std::string(results)) + "/result.bin");
         for (int k = 1; k <= loaded.seq.sector_count; ++k)
-            EXPECT_EQ(loaded.seq.sectors[k].pulse_filename,
+            EXPECT_EQ(with_slashes(loaded.seq.sectors[k].pulse_filename),
                       tree.path("models/../sequences/random/waveforms/wave.bin"));
         if (HasFailure())
             break;

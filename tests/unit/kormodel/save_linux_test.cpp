@@ -2,20 +2,65 @@
 
 #include "model_set.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 
 using namespace kor;
 using namespace kor_test;
 namespace fs = std::filesystem;
 
+namespace {
+
+Outcome io_error(const std::string& message) {
+    return {KOR_MODEL_ERR_IO, message};
+}
+
+void name_model(Model& model, const std::string& name) {
+    copy_truncated(name.c_str(), model.cfg.model_name, sizeof model.cfg.model_name);
+}
+
+} // namespace
+
 // Windows takes none of these names.
 TEST(SaveModel, ANameMayHaveAnyOtherLetter) {
     const ModelSet set;
     Model model = two_spin_model();
     for (const char* name : {"...", "b..", "b ", "C:", "a<b>|\"?*\x01", "NUL"}) {
-        copy_truncated(name, model.cfg.model_name, sizeof model.cfg.model_name);
+        name_model(model, name);
         EXPECT_EQ(save_model(plain_name(set.root() / "models/out.kormodel"), model), ok) << name;
     }
+}
+
+// Windows knows no such long names, or not without being told to.
+TEST(SaveModel, LeafNamesHaveAtMost255Characters) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    const std::string file = plain_name(set.root() / "models/x.kormodel");
+    name_model(model, std::string(247, 'n'));
+    EXPECT_EQ(save_model(file, model), ok);
+    name_model(model, std::string(248, 'n'));
+    EXPECT_EQ(save_model(file, model), io_error("split output path is too long"));
+    EXPECT_TRUE(fs::is_directory(set.root() / "sequences" / std::string(248, 'n')));
+}
+
+TEST(SaveModel, FullPathsHaveAtMost1023Characters) {
+    const ModelSet set;
+    fs::path root = set.root();
+    while (root.string().size() < 780)
+        root /= std::string(100, 'd');
+    // The longest path is ROOT/sequences/NAME/NAME.korseq; an odd rest goes into ROOT.
+    const std::size_t rest = 1023 - root.string().size() -
+                             std::strlen("/sequences/"
+                                         "/.korseq");
+    if (rest % 2 == 1)
+        root += "d";
+    fs::create_directories(root / "models");
+    Model model = two_spin_model();
+    name_model(model, std::string(rest / 2, 'n'));
+    EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), model), ok);
+    name_model(model, std::string(rest / 2 + 1, 'n'));
+    EXPECT_EQ(save_model(plain_name(root / "models/x.kormodel"), model),
+              io_error("split output path is too long"));
 }
 
 TEST(SaveModel, AFullDiskIsReported) {
@@ -24,7 +69,7 @@ TEST(SaveModel, AFullDiskIsReported) {
         const fs::path file = set.root() / name;
         fs::create_directories(file.parent_path());
         fs::create_symlink("/dev/full", file);
-        const Outcome failed{KOR_MODEL_ERR_IO, "failed while closing '" + file.string() + "'"};
+        const Outcome failed = io_error("failed while closing '" + file.string() + "'");
         EXPECT_EQ(save_model(plain_name(set.root() / "models/x.kormodel"), two_spin_model()), failed);
     }
 }

@@ -34,3 +34,11 @@ TEST(SaveModel, ATypedFileNameNamesTheSetToo) {
     EXPECT_EQ(save_model(file, two_spin_model()),
               (Outcome{KOR_MODEL_ERR_IO, "model name 'a|b' cannot be a file name"}));
 }
+
+TEST(SaveModel, AFolderWithATooLongNameIsNotMade) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    copy_truncated(std::string(248, 'n').c_str(), model.cfg.model_name, sizeof model.cfg.model_name);
+    EXPECT_EQ(save_model(plain_name(set.root() / "models/x.kormodel"), model),
+              (Outcome{KOR_MODEL_ERR_IO, "could not create split output directories"}));
+}
