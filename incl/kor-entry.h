@@ -10,7 +10,7 @@ namespace kor {
 
 /// The whole program; argv[0] is the program, argc may be 0 with a null argv. Enters the runtime folder,
 /// then runs the mode that the arguments name, or the main menu. A mode's word counts only with exactly
-/// its number of arguments. Returns the exit status: 0, or 1 when a mode failed.
+/// its number of arguments. Returns the exit status: 0, or 1 when a mode failed or memory ran out.
 int kor_main(int argc, char** argv);
 
 /// Start-up defaults of the runtime state; then the spin system's dialogues, if the defaults define one.

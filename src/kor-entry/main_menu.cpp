@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 namespace kor {
 
@@ -77,6 +78,18 @@ void report_unwritten_output() {
         std::fputs("[KOR] Warning: not all of the program's output could be written.\n", stderr);
 }
 
+/// The exit status.
+int run_mode_or_menu(int argc, char** argv) {
+    enter_runtime_work_dir();
+    TotalStartUp();
+    clear_loaded_model_path();
+    int status = 0;
+    if (!run_named_mode(argc, argv, &status))
+        while (act_on(read_menu_choice()))
+            continue;
+    return status;
+}
+
 } // namespace
 
 int read_menu_choice() {
@@ -96,13 +109,13 @@ int read_menu_choice() {
 
 int kor_main(int argc, char** argv) {
     platform_start();
-    enter_runtime_work_dir();
-    TotalStartUp();
-    clear_loaded_model_path();
     int status = 0;
-    if (!run_named_mode(argc, argv, &status))
-        while (act_on(read_menu_choice()))
-            continue;
+    try {
+        status = run_mode_or_menu(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fputs("[KOR] There is not enough memory to go on.\n", stderr);
+        status = 1;
+    }
     report_unwritten_output();
     return status;
 }
