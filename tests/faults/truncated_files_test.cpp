@@ -1,8 +1,10 @@
 // Density-matrix files of every wrong length, given to the two modes that read them.
+#include "faults/injection.h"
 #include "faults/scenarios.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 
 namespace {
@@ -83,6 +85,28 @@ TEST(LongDensityFile, GivesWhatTheWholeOneGives) {
             EXPECT_TRUE(read_file(output) == wanted) << more;
         }
     }
+}
+
+/// Lets every read of the scenario fail with EIO in turn. The number of runs that said `message`, each of
+/// which must have given `reason` too.
+int reads_with_reason(const char* name, const std::string& message, const std::string& reason) {
+    const auto scenario = make_scenario(name);
+    const long reads = run_undisturbed(*scenario).run.witness.counts.at("read");
+    int said = 0;
+    for (long k = 1; k <= reads; ++k) {
+        const ProgramResult run = run_with_fault(*scenario, {"read", k, std::to_string(EIO)}).result;
+        if ((run.out + run.err).find(message) == std::string::npos)
+            continue;
+        ++said;
+        EXPECT_NE(run.err.find(reason + ": Input/output error\n"), std::string::npos) << name << " at " << k;
+    }
+    return said;
+}
+
+// A disk that fails in the middle of a file is not a file that ends there.
+TEST(UnreadableDensityFile, IsToldFromATruncatedOne) {
+    EXPECT_GT(reads_with_reason("wide-profile", "truncated density matrix", "/density.bin"), 0);
+    EXPECT_GT(reads_with_reason("wide-spatial", "Rotate3D: read error from dm.bin", "dm.bin"), 0);
 }
 
 } // namespace
