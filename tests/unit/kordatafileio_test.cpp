@@ -168,16 +168,6 @@ TEST(SeriesFiles, AnOpenFailureIsReportedOnce) {
     EXPECT_EQ(values, three);
 }
 
-TEST(SeriesFiles, AFullDiskIsReported) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "this system has no /dev/full";
-    const std::string full = "fprintf: No space left on device\n";
-    std::vector<double> many(5000, 1.0 / 3.0);
-    EXPECT_EQ(error_text(DATAIO_ERR_IO, [&] { return AsciiOut_status(5000, many.data(), "/dev/full"); }),
-              full);
-    EXPECT_EQ(error_text(DATAIO_ERR_IO, [&] { return SGFileOut_status(2, many.data(), "/dev/full"); }), full);
-}
-
 TEST(SeriesFiles, MissingPointersAreRefused) {
     double value = 4;
     EXPECT_EQ(AsciiOut_status(1, nullptr, "a"), DATAIO_ERR_NULLPTR);

@@ -39,10 +39,6 @@ Matrix numbered(int n, double from) {
     return m;
 }
 
-bool has_full_device() {
-    return std::filesystem::exists("/dev/full");
-}
-
 TEST(CreateDensityFile, HoldsCopiesBehindTheHeader) {
     const TempTree folder;
     static CMatrix m;
@@ -73,23 +69,6 @@ TEST(CreateDensityFile, CountThatTheHeaderCannotHoldIsAHeaderFailure) {
     auto printed =
         play_console("taken\nkept\n", [] { EXPECT_FALSE(create_density_file(waiting, 2, 2147483648LL, m)); });
     EXPECT_EQ(printed.out, "Rotate3D: failed to write dm.bin header\n");
-    EXPECT_EQ(unread_answers(), "kept\n");
-}
-
-TEST(CreateDensityFile, FullDiskIsTold) {
-    if (!has_full_device()) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const TempTree folder;
-    std::filesystem::create_symlink("/dev/full", "dm.bin");
-    static CMatrix m;
-    auto printed = play_console("taken\nkept\n", [] { EXPECT_FALSE(create_density_file(waiting, 2, 1, m)); });
-    EXPECT_EQ(printed.out, "Rotate3D: write error while initializing dm.bin\n");
-    EXPECT_EQ(printed.err, system_line("dm.bin", ENOSPC));
-    EXPECT_EQ(unread_answers(), "kept\n");
-    printed = play_console("kept\n", [] { EXPECT_FALSE(create_density_file(silent, 16, 20, m)); });
-    EXPECT_EQ(printed.out, "Rotate2D: write error while initializing dm.bin\n");
-    EXPECT_EQ(printed.err, system_line("dm.bin", ENOSPC));
     EXPECT_EQ(unread_answers(), "kept\n");
 }
 
@@ -192,28 +171,6 @@ TEST(DensityStream, MissingMatrixIsAReadError) {
     EXPECT_EQ(unread_answers(), "kept\n");
 }
 
-TEST(DensityStream, FullDiskIsAWriteErrorWithoutWaiting) {
-    if (!has_full_device()) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const TempTree folder;
-    write_density_file("dm.bin", 2, {numbered(2, 1)});
-    std::filesystem::create_symlink("/dev/full", "store");
-    for (const DensityReport& report : {waiting, silent}) {
-        const auto printed = play_console("kept\n", [&] {
-            DensityStream stream;
-            ASSERT_TRUE(open_density_stream(report, 2, 1, stream));
-            const bool written = read_next_densities(report, stream, 2, 1) == 1 &&
-                                 write_next_densities(report, stream, 2, 1) &&
-                                 close_density_stream(report, stream);
-            EXPECT_FALSE(written);
-        });
-        EXPECT_EQ(printed.out, std::string(report.prefix) + ": write error to store\n");
-        EXPECT_EQ(printed.err, system_line("store", ENOSPC));
-    }
-    EXPECT_EQ(unread_answers(), "kept\n");
-}
-
 TEST(ResizeDensityFile, RepeatsTheFirstMatrix) {
     const TempTree folder;
     static CMatrix work;
@@ -256,14 +213,6 @@ TEST(ResizeDensityFile, SaysWhatFailed) {
     std::filesystem::create_directory("store");
     printed = play_console("", [] { EXPECT_FALSE(resize_density_file(silent, 2, 5, work)); });
     EXPECT_EQ(printed.err, system_line("store", EISDIR));
-    if (has_full_device()) {
-        std::filesystem::remove("store");
-        std::filesystem::create_symlink("/dev/full", "store");
-        printed = play_console("", [] { EXPECT_FALSE(resize_density_file(silent, 2, 5, work)); });
-        EXPECT_EQ(printed.out, "Rotate2D: write error while resizing dm.bin\n");
-        EXPECT_EQ(printed.err, system_line("store", ENOSPC));
-        EXPECT_EQ(read_density_file("dm.bin").count, 1);
-    }
 }
 
 TEST(RenameStore, ReplacesDmBin) {
@@ -348,9 +297,6 @@ TEST(CopyDensityFile, FailsWithoutAWord) {
         EXPECT_EQ(copy_density_file(nullptr, "to"), 0);
         EXPECT_EQ(copy_density_file("from", nullptr), 0);
         EXPECT_EQ(copy_density_file(".", "to"), 0);
-        if (has_full_device()) {
-            EXPECT_EQ(copy_density_file("from", "/dev/full"), 0);
-        }
     });
     EXPECT_EQ(printed.out + printed.err, "");
 }

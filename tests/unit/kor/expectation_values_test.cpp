@@ -221,19 +221,6 @@ TEST(KORWriteExpectationProfile, APointCountBeyondTheDataIsATruncation) {
               "Expectation profile: truncated density matrix at point 2.\n");
 }
 
-TEST(KORWriteExpectationProfile, ReportsAFailedWrite) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device /dev/full";
-    TempTree tree;
-    define_spins({0.0});
-    write_file("in.bin", density_file(0, 2, 1, {bloch_matrix(1, 0, 0)}));
-    const CallOutcome outcome = profile("in.bin", "Ix", "/dev/full");
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.err,
-              "Expectation profile: write error on output file /dev/full: No space left on device\n");
-    EXPECT_EQ(outcome.out, "");
-}
-
 TEST(KORWriteExpectationProfile, TwelvePointsOfATwoByTwoByThreeGridRunWithZFastest) {
     TempTree tree;
     define_spins({0.0});
@@ -473,24 +460,6 @@ TEST(KORWriteVoxelSignal, ReportsATemporaryFileThatCannotBeCreated) {
     const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.err, "Voxel signal: cannot create temporary single-voxel density file.\n");
-}
-
-TEST(KORWriteVoxelSignal, ATemporaryFileThatCannotBeWrittenIsToldAndRemoved) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device /dev/full";
-    TempTree tree;
-    for (std::size_t spins : {1u, 5u}) { // less and more than a stream's buffer
-        define_spins(std::vector<double>(spins, 0.0));
-        acquisition_sector(8, 0.1, 0.0);
-        const std::size_t elements = std::size_t{1} << (2 * spins);
-        write_file("in.bin", density_file(0, g_runtime.n, 1, {DenseMatrix(elements)}));
-        std::filesystem::create_symlink("/dev/full", "dm.bin");
-        const CallOutcome outcome = voxel_signal("in.bin", 1, "out.bin");
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.err, "Voxel signal: cannot write temporary density matrix.\n");
-        EXPECT_EQ(outcome.out, "");
-        EXPECT_EQ(tree.names(), std::vector<std::string>{"in.bin"});
-    }
 }
 
 TEST(KORWriteVoxelSignal, AnOutputThatCannotBeOpenedLeavesNoTemporaryFile) {

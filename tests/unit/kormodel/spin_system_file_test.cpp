@@ -247,9 +247,3 @@ TEST(SpinSystemFile, AZeroByteInALastLineWithoutAnEndIsNoTextEither) {
                   parse_error("line 10: holds a zero byte: no text file"));
     EXPECT_EQ(load_spin_system_text(valid_spin_text + "# no line end"), ok);
 }
-
-TEST(SpinSystemFile, ADeviceWithoutAnEndIsRefused) {
-    if (!std::filesystem::exists("/dev/zero"))
-        GTEST_SKIP() << "no such device";
-    EXPECT_EQ(load_spin_system_file("/dev/zero"), parse_error("line 1: holds a zero byte: no text file"));
-}

@@ -1,6 +1,7 @@
-// Signals of more points than the memory holds.
+// Signals of more points than the memory holds, and on a disk that is full.
 #include "observablespectrumcalculator/signal_file.h"
 
+#include "kor/smoke_check_mode.h"
 #include "support/signal_files.h"
 
 #include <gtest/gtest.h>
@@ -57,6 +58,27 @@ TEST(SignalFile, SaysWhenThereIsNoMemoryForItsPoints) {
     EXPECT_EQ(write_line_list_signal_file(n, INT_MAX, 1.0, densmat, Istat, Ixtot, Iytot), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "signal buffer: Cannot allocate memory\n");
     EXPECT_FALSE(folder.exists("korsign.bin"));
+}
+
+TEST(SignalFile, SaysWhenTheDiskIsFull) {
+    static CMatrix densmat, Istat, Ixtot, Iytot, Iztot;
+    static SpinKet ket;
+    constexpr SpinIList one_spin = {0, 1};
+    const TempTree folder;
+    KOR_SetSmokeCheckMode(1);
+    const int n = 2;
+    kor_test::write_density_file(0, n, 1, {kor_test::single_spin(1, 'x')});
+    kor_test::from_dense(kor_test::single_spin(1, 'x'), Ixtot);
+    kor_test::from_dense(kor_test::single_spin(1, 'y'), Iytot);
+    kor_test::from_dense(kor_test::single_spin(1, 'z'), Iztot);
+    kor_test::from_dense(kor_test::single_spin(1, 'z'), Istat);
+    for (const int points : {1, 8192}) { // found at the close, and at a write
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(SeparateSpectra_GenerateSignalWithParams(&n, points, 1.0, 0.0, "/dev/full", densmat, Istat,
+                                                           Ixtot, Iytot, Iztot, ket, one_spin),
+                  0.0);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "/dev/full: No space left on device\n");
+    }
 }
 
 } // namespace

@@ -210,19 +210,6 @@ TEST(SignalFile, SaysWhenTheOutputCannotBeMade) {
     EXPECT_EQ(out, "");
 }
 
-TEST(SignalFile, SaysWhenTheDiskIsFull) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device that is always full";
-    const TempTree folder;
-    write_density_file(0, 2, 1, {one_x()});
-    Generator generator({1}, one_z());
-    std::string out, err;
-    for (const int points : {1, 8192}) { // found at the close, and at a write
-        EXPECT_EQ(generator.run_printing(out, err, points, 1.0, "/dev/full"), 0.0);
-        EXPECT_EQ(err, "/dev/full: No space left on device\n");
-    }
-}
-
 TEST(SignalFile, DoesNotReplaceTheStatesItIsCalculatedFrom) {
     const TempTree folder;
     write_density_file(0, 2, 1, {one_x()});

@@ -138,17 +138,6 @@ TEST(DispTransvSign, IsTheFirstPassAlone) {
     EXPECT_FALSE(folder.exists("sort.bin"));
 }
 
-TEST(DispTransvSign, SaysWhenTheDiskIsFull) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device that is always full";
-    const TempTree folder;
-    folder.write("korsign.bin", header_bytes(1, 4096, 1) + complex_bytes(random_points(4096, 3)));
-    std::filesystem::create_symlink("/dev/full", "spectra.bin");
-    testing::internal::CaptureStdout();
-    DispTransvSign();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), ">>> WRITE TO BINARY FILE ERROR <<<\n");
-}
-
 TEST(TransposeDataMatrix, ExchangesRowsAndColumns) {
     const TempTree folder;
     const Row data = {1.0, 2.0, {3.0, -3.0}, 4.0, 5.0, 6.0};

@@ -221,15 +221,6 @@ TEST(SpectrumCsv, SaysWhichTableCannotBeMade) {
     EXPECT_EQ(folder.read("a_td.csv"), "");
 }
 
-TEST(SpectrumCsv, SaysWhenTheDiskIsFull) {
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "needs the device that is always full";
-    const TempTree folder;
-    write_signals(1, 1, {1.0});
-    EXPECT_EQ(said([] { return write_spectrum_csv_files("a_td.csv", "/dev/full", 1.0); }),
-              "0||/dev/full: No space left on device\n");
-}
-
 int write_pv_wave() {
     return write_pv_wave_file("wave");
 }

@@ -109,25 +109,6 @@ TEST(FailedSector, UnwritableStoreIsToldAndTheStatesKept) {
     expect_failure(system_line("store", EISDIR), system_line("store", EISDIR), 0);
 }
 
-TEST(FailedSector, FullDiskIsToldAndTheStatesKept) {
-    if (!std::filesystem::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const TempTree folder;
-    prepare_one_spin(1, 1e-3);
-    KOR_SetSmokeCheckMode(1);
-    std::filesystem::create_symlink("/dev/full", "store");
-    const std::string reason = system_line("store", ENOSPC);
-    for (const int count : {1, 40000}) { // noticed at the file's end, and on the way
-        kor_test::define_grid(1, 1, count, 0, 0, 0, 0, 0, 0);
-        g_runtime.ndw = count;
-        write_density_file("dm.bin", 2,
-                           std::vector<Matrix>(static_cast<std::size_t>(count), Matrix::Identity(2, 2)));
-        expect_failure("Rotate3D: write error to store\n" + reason,
-                       "Rotate2D: write error to store\n" + reason, 0);
-    }
-}
-
 TEST(FailedSector, UncreatableStatesGiveTheSystemText) {
     const TempTree folder;
     prepare_one_spin(1, 1e-3);
