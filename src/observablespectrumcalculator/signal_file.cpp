@@ -35,6 +35,13 @@ struct Receiver {
     const SpinIList& Ilist;
 };
 
+/// States of "dm.bin" that could not be read, with the system's reason where the file does not simply end.
+void report_unread(std::FILE* in) {
+    if (std::ferror(in))
+        std::perror("dm.bin");
+    std::puts(read_error);
+}
+
 enum class Outcome { done, input_ended, no_memory, unwritten };
 
 Outcome report_no_memory() {
@@ -49,7 +56,7 @@ Outcome write_single_signal(std::FILE* in, std::FILE* out, const Receiver& recei
     if (!re || !im)
         return report_no_memory();
     if (!read_density_matrix(in, receiver.n, receiver.n, densmat)) {
-        std::puts(read_error);
+        report_unread(in);
         return Outcome::input_ended;
     }
     if (!KOR_GetSmokeCheckMode())
@@ -82,7 +89,7 @@ Outcome write_signals(std::FILE* in, std::FILE* out, int count, const Receiver& 
         if (got > 0)
             CMatFromPairs(receiver.n, states.get() + state * static_cast<std::size_t>(got - 1), densmat);
         if (got < wanted) {
-            std::puts(read_error);
+            report_unread(in);
             return Outcome::input_ended;
         }
         done += got;
@@ -179,7 +186,7 @@ int sum_density_matrices(std::FILE* in, int n, int count, CMatrix& sum) {
     CMatZero(n, sum);
     for (int m = 1; m <= count; ++m) {
         if (!read_density_matrix(in, n, n, tmp)) {
-            std::puts(read_error);
+            report_unread(in);
             return 0;
         }
         CMatAdd(n, sum, tmp, sum);
