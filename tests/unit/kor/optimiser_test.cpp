@@ -186,18 +186,18 @@ Place on_sine(double start, double x) {
     return {x, -0.5 * std::sin(start + x)};
 }
 
-// From 0 and b downhill by the golden ratio to c; where the parabola's extremum lies between b and c and
+// From a and b downhill by the golden ratio to c; where the parabola's extremum lies between b and c and
 // below both, it is the middle of the bracket.
 TEST(Mnbrak, TakesTheExtremumOfTheParabolaBetweenItsLastTwoPlaces) {
     const struct {
-        double start, b;
-    } lines[] = {{0.97, 0.3}, {0.5, 0.5}, {1.2, 0.2}, {0.75, 0.4}, {0.1, 0.8}};
-    for (const auto& [start, b] : lines) {
+        double start, a, b;
+    } lines[] = {{0.97, 0.0, 0.3}, {0.5, 0.0, 0.5}, {1.2, -0.1, 0.1}, {0.25, 0.5, 0.9}, {2.97, -0.7, -1.0}};
+    for (const auto& [start, a, b] : lines) {
         prepare_sine_line(start);
-        const double c = b + 1.618034 * b;
-        const double vertex = parabola_extremum(on_sine(start, 0.0), on_sine(start, b), on_sine(start, c));
-        ASSERT_TRUE(b < vertex && vertex < c);
-        double ax = 0.0, bx = b, cx = 0.0, fa = 0.0, fb = 0.0, fc = 0.0;
+        const double c = b + 1.618034 * (b - a);
+        const double vertex = parabola_extremum(on_sine(start, a), on_sine(start, b), on_sine(start, c));
+        ASSERT_GT((b - vertex) * (vertex - c), 0.0);
+        double ax = a, bx = b, cx = 0.0, fa = 0.0, fb = 0.0, fc = 0.0;
         play_console("", [&] { kor::mnbrak(&ax, &bx, &cx, &fa, &fb, &fc); });
         EXPECT_EQ(ax, b);
         EXPECT_NEAR(bx, vertex, 1e-12) << start;
@@ -212,6 +212,21 @@ std::vector<double> objectives(const std::string& log) {
     for (std::size_t at = log.find(label); at != std::string::npos; at = log.find(label, at + 1))
         values.push_back(std::stod(log.substr(at + label.size())));
     return values;
+}
+
+// The parabola through places on a slope that grows has a maximum, which leads nowhere.
+TEST(Mnbrak, WalksOnByTheGoldenRatioWhereTheSlopeGrows) {
+    for (const double start : {-1.5, -1.3, -1.1}) {
+        prepare_sine_line(start);
+        double ax = 0.0, bx = 0.1, cx = 0.0, fa = 0.0, fb = 0.0, fc = 0.0;
+        const auto values =
+            objectives(play_console("", [&] { kor::mnbrak(&ax, &bx, &cx, &fa, &fb, &fc); }).out);
+        ASSERT_GE(values.size(), 4U);
+        const double third = 0.1 + 1.618034 * 0.1;
+        const double fourth = third + 1.618034 * (third - 0.1);
+        EXPECT_NEAR(values[2], on_sine(start, third).f, 1e-12);
+        EXPECT_NEAR(values[3], on_sine(start, fourth).f, 1e-12) << start;
+    }
 }
 
 /// The objectives of a search on the sine line from 0.
@@ -243,16 +258,21 @@ TEST(Brent, ConvergesFasterThanByGoldenSections) {
                     << low << " " << middle << " " << high;
 }
 
-// The objective falls from one end to the other: the parabola points beyond that end.
-TEST(Brent, StaysInsideItsBracketWithoutAMinimum) {
+// The objective falls from one end to the other: the parabola points beyond that end, and golden sections
+// lead there.
+TEST(Brent, ClosesInOnTheLowerEndWithoutAMinimumInside) {
     for (const double end : {0.4, 0.8, 1.2, 1.5})
         for (const double part : {0.02, 0.1, 0.3, 0.5, 0.7, 0.9, 0.97}) {
-            for (const double f : brent_objectives(0.0, part * end, end, 1e-6))
-                EXPECT_TRUE(f >= on_sine(0.0, end).f - 1e-12 && f <= 1e-12) << end << " " << part;
-            const double far = kor::KOR_PI - end; // the mirror image at the line's minimum
+            const double mirrored = kor::KOR_PI - end; // at the line's minimum
             const double middle = kor::KOR_PI - part * end;
-            for (const double f : brent_objectives(far, middle, kor::KOR_PI, 1e-6))
-                EXPECT_TRUE(f >= on_sine(0.0, far).f - 1e-12 && f <= 1e-12) << end << " " << part;
+            for (const auto& values : {brent_objectives(0.0, part * end, end, 1e-6),
+                                       brent_objectives(mirrored, middle, kor::KOR_PI, 1e-6)}) {
+                const auto [least, most] = std::minmax_element(values.begin(), values.end());
+                EXPECT_NEAR(*least, on_sine(0.0, end).f, 3e-6) << end << " " << part;
+                EXPECT_GE(*least, on_sine(0.0, end).f - 1e-12) << end << " " << part;
+                EXPECT_LE(*most, 1e-12) << end << " " << part;
+                EXPECT_LE(values.size(), 30U) << end << " " << part;
+            }
         }
 }
 
