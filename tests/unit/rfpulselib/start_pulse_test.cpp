@@ -109,6 +109,22 @@ TEST(StartPulseCore, PhaseNinetyLiesAlongY) {
               std::string::npos);
 }
 
+TEST(StartPulseCore, SamplesBehindThePulseDoNotCount) {
+    const StartPulse expected = core(64, 1e-3 / 64, 4, 1000.0, 90.0, 30.0);
+    StartPulse pulse;
+    std::fill(pulse.xb.begin() + 64, pulse.xb.end(), 1e9);
+    std::fill(pulse.yb.begin() + 64, pulse.yb.end(), -1e9);
+    pulse.console = play_console("", [&] {
+        pulse.result = kor::generate_optimization_start_pulse_core(64, 1e-3 / 64, pulse.xb.data(),
+                                                                   pulse.yb.data(), 4, 1000.0, 90.0, 30.0);
+    });
+    EXPECT_EQ(pulse.console.out, expected.console.out);
+    EXPECT_TRUE(std::equal(expected.xb.begin(), expected.xb.begin() + 64, pulse.xb.begin()));
+    EXPECT_TRUE(std::equal(expected.yb.begin(), expected.yb.begin() + 64, pulse.yb.begin()));
+    EXPECT_EQ(pulse.xb[64], 1e9);
+    EXPECT_EQ(pulse.yb[64], -1e9);
+}
+
 TEST(StartPulseCore, RefusesWhatItCannotMake) {
     double one = 0.0;
     const auto refusal = [&](int ap, double h, double* xb, int npar, double limit, double flip) {

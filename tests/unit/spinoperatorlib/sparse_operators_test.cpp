@@ -40,3 +40,17 @@ TEST(SparseProduct, OfTwoSpinsIsTheMatrixProduct) {
             }
     }
 }
+
+TEST(SparseOperators, ServeTheFullCapacity) {
+    const Spins halves(8, 1);
+    const SpinBasis basis = make_basis(halves);
+    const auto op = std::make_unique<SparseOperator>();
+    for (const int s : {1, 5, 8})
+        for (const auto& component : sparse_components) {
+            component.build(basis.Ilist, basis.ket, 256, s, *op);
+            MarkedMatrix out;
+            SparseToMatrix(*op, out);
+            EXPECT_EQ(distance(out, spin_operator(halves, s, component.axis)), 0.0) << s;
+            EXPECT_TRUE(out.border_untouched(256));
+        }
+}
