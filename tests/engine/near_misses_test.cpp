@@ -163,4 +163,26 @@ TEST_P(NearMisses, InTheRunsOfAPalindromeAreSeen) {
     }
 }
 
+TEST_P(NearMisses, InTheLengthsOfAShapedPulsesStepsAreSeen) {
+    // Neighbours of equal amplitude are one longer step among those that share the gradient.
+    Random random(225);
+    Worst worst("near misses of steps, " + EngineName(GetParam()));
+    const EngineGrid line = {11, 1, 1, kX, kY, kZ, 0.01, 0.0, 0.0};
+    for (const std::vector<int>& spins : std::vector<std::vector<int>>{{1}, {1, 1}, {1, 2}, {1, 1, 1}}) {
+        RandomWaveform wave = random_waveform(random, 192, 0);
+        wave.dt = 4e-5;
+        wave.gx.assign(192, 1500.0);
+        wave.yb.assign(192, 0.0);
+        for (std::size_t j = 0; j < 192; ++j) {
+            wave.xb[j] = 2000.0 * std::cos(0.02 * static_cast<double>(j % 97 == 96 ? j - 1 : j));
+        }
+        const EngineCase problem(random_system(random, spins, Coupling::exact), wave);
+        for (const int ix : {1, 6, 11}) {
+            worst.check(distance(sector_propagator(problem.sector(line), ix, 1, 1),
+                                 problem.expected(kX + (ix - 1) * line.dx, kY, kZ)),
+                        kAllowed, testing::PrintToString(spins));
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, NearMisses, testing::ValuesIn(AllEngines()), EngineParamName);
