@@ -13,9 +13,11 @@ wineserver=$(command -v wineserver64 || command -v wineserver)
 mkdir -p "$WINEPREFIX"
 exec 9>"$WINEPREFIX/lock"
 flock 9
-"$wineserver" -p120 9>&- </dev/null >/dev/null 2>&1 || true # says 2 when there is one
-if [ ! -e "$WINEPREFIX/ready" ]; then
-    wine64 wineboot --init 9>&- </dev/null >/dev/null 2>&1
+if "$wineserver" -p120 9>&- </dev/null >/dev/null 2>&1; then # it says 2 when there is one
+    # Its services start with the first program and would keep that one's output open as long as they live.
+    first=(wine64 cmd /c exit)
+    [ -e "$WINEPREFIX/ready" ] || first=(wine64 wineboot --init)
+    "${first[@]}" 9>&- </dev/null >/dev/null 2>&1
     touch "$WINEPREFIX/ready"
 fi
 flock -u 9
