@@ -271,7 +271,7 @@ std::vector<Workload> all_workloads() {
             in_new_folder(w2()),
             over_older_result(w2()),
             w2_oblique(0.0, "W2o", "sector 2 of W2, oblique gradient", 1500.0, 800.0),
-            w2_oblique(1e-6, "W2d", "W2o voxel by voxel: one gradient sample off", 60.0, 60.0),
+            w2_oblique(1e-6, "W2d", "W2o voxel by voxel: one gradient sample off", 60.0, 0.0),
             w3(Coupling::exact, Symmetry::none, "W3e", 85.0, 45.0),
             w3(Coupling::weak, Symmetry::none, "W3w", 150.0, 95.0),
             w3(Coupling::exact, Symmetry::palindrome, "W3ep", 150.0, 0.0),
