@@ -120,6 +120,27 @@ TEST_P(FreeEvolution, CarriesAStateThatIsNotANumberThrough) {
     EXPECT_TRUE(std::isnan(re[1]));
 }
 
+TEST_P(FreeEvolution, SeesEveryElementThatIsNotANumber) {
+    Random random(137);
+    const RandomSystem system = random_system(random, {1, 1}, Coupling::exact);
+    MarkedMatrix Hmat(system.H0);
+    for (const int wrong : {0, 1, 2})
+        for (int r = 1; r <= system.n; ++r)
+            for (int c = 1; c <= system.n; ++c)
+                for (const int part : {1, 2}) {
+                    MarkedMatrix given[] = {MarkedMatrix(system.Fx), MarkedMatrix(system.Fx),
+                                            MarkedMatrix(system.Fy)}; // state and observables
+                    given[wrong].get()[r][c][part] = std::nan("");
+                    std::vector<double> re(2), im(2);
+                    EngineSampleFreeEvolution(system.n, Hmat, 1e-3, 2, given[0], given[1], given[2],
+                                              re.data(), im.data());
+                    for (const std::size_t k : {0U, 1U}) {
+                        EXPECT_EQ(std::isnan(re[k]), wrong != 2) << wrong << " (" << r << ", " << c << ")";
+                        EXPECT_EQ(std::isnan(im[k]), wrong != 1) << wrong << " (" << r << ", " << c << ")";
+                    }
+                }
+}
+
 TEST_P(FreeEvolutionParity, IsThatOfTheReferenceEngine) {
     Random random(138);
     for (int trial = 0; trial < 30; ++trial) {
