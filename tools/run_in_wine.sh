@@ -4,8 +4,9 @@
 # stays for two minutes, so that a program starts at once.
 set -euo pipefail
 export WINEPREFIX=$1/wine WINEARCH=win64 WINEDEBUG=-all
-# No window, no menu entry, no .NET, no browser; file names in UTF-8.
-export DISPLAY= WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe=' LC_ALL=C.UTF-8
+# No window, no menu entry, no .NET, no browser; file names in UTF-8. No desktop: "start" wants one and waits ten
+# seconds for it in vain.
+export DISPLAY= WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,explorer.exe=' LC_ALL=C.UTF-8
 shift
 PATH=$PATH:/usr/lib/wine
 wineserver=$(command -v wineserver64 || command -v wineserver)
