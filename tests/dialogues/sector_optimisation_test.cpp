@@ -89,8 +89,8 @@ std::string after(const std::string& text, const std::string& marker) {
 
 /// The name that a file of this process has until it is whole.
 std::string unfinished(const std::string& name, int attempt) {
-    const std::string number = std::to_string(getpid());
-    return name + "." + number + (attempt > 0 ? "." + std::to_string(attempt) : "") + ".new";
+    const std::string process = std::to_string(getpid());
+    return name + "." + process + (attempt > 0 ? "." + std::to_string(attempt) : "") + ".new";
 }
 
 TEST(OptimizeSector, RefusesWithoutASystemASequenceOrTheRightFamily) {

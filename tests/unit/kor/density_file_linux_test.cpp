@@ -1,6 +1,7 @@
 // Density-matrix files on a disk that is full.
 #include "kor/density_file.h"
 
+#include "density_reports.h"
 #include "support/console_script.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
@@ -19,9 +20,6 @@ using kor_test::system_line;
 using kor_test::TempTree;
 using kor_test::unread_answers;
 using kor_test::write_density_file;
-
-constexpr DensityReport waiting{"Rotate3D", true};
-constexpr DensityReport silent{"Rotate2D", false};
 
 TEST(CreateDensityFile, FullDiskIsTold) {
     const TempTree folder;

@@ -1,5 +1,6 @@
 #include "kor/density_file.h"
 
+#include "density_reports.h"
 #include "support/console_script.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
@@ -25,9 +26,6 @@ using kor_test::TempTree;
 using kor_test::unread_answers;
 using kor_test::write_density_file;
 using kor_test::write_file;
-
-constexpr DensityReport waiting{"Rotate3D", true};
-constexpr DensityReport silent{"Rotate2D", false};
 
 Matrix numbered(int n, double from) {
     Matrix m(n, n);

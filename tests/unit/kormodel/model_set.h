@@ -26,6 +26,11 @@ inline Outcome parse_error(const std::string& message) {
     return {kor::KOR_MODEL_ERR_PARSE, message};
 }
 
+/// Of a file that cannot be read or written.
+inline Outcome io_error(const std::string& message) {
+    return {kor::KOR_MODEL_ERR_IO, message};
+}
+
 /// Calls operation(errbuf, errbufsz); the message is what it left in a buffer of 512 characters.
 template <class Operation> Outcome outcome_of(Operation operation) {
     char message[kor::KOR_MESSAGE_SIZE] = "";

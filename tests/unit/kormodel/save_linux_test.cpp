@@ -11,10 +11,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-Outcome io_error(const std::string& message) {
-    return {KOR_MODEL_ERR_IO, message};
-}
-
 void name_model(Model& model, const std::string& name) {
     copy_truncated(name.c_str(), model.cfg.model_name, sizeof model.cfg.model_name);
 }

@@ -13,10 +13,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-Outcome io_error(const std::string& message) {
-    return {KOR_MODEL_ERR_IO, message};
-}
-
 template <std::size_t size> void set_field(char (&field)[size], const std::string& text) {
     copy_truncated(text.c_str(), field, size);
 }
