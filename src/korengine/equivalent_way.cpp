@@ -16,7 +16,7 @@ struct Part {
 };
 
 std::vector<ExchangeBlock> g_blocks; // of the system below, kept for its next sector
-std::vector<double> g_h0, g_fx;
+std::vector<double> g_h0, g_fx, g_m;
 std::vector<int> g_group;
 std::vector<Part> g_parts;
 
@@ -88,11 +88,13 @@ bool has_equivalent_spins(const FastSector& fast) {
     const EngineSystem& system = fast.sector.system;
     const std::vector<int> group(system.spin_group,
                                  system.spin_group + (system.spin_group ? system.spins : 0));
-    if (group != g_group || fast.structure.h0 != g_h0 || fast.structure.fx != g_fx) {
+    if (group != g_group || fast.structure.h0 != g_h0 || fast.structure.fx != g_fx ||
+        fast.structure.m != g_m) {
         g_blocks = exchange_blocks(fast.structure, system.spins, system.spin_group);
         g_group = group;
         g_h0 = fast.structure.h0;
         g_fx = fast.structure.fx;
+        g_m = fast.structure.m;
     }
     return !g_blocks.empty();
 }

@@ -101,6 +101,24 @@ TEST_P(FastSymmetry, LooksAgainWhenTheFieldOperatorsChange) {
     EXPECT_LE(distance(open_sector_propagator(4, 1, 1, 1), expected), 2e-13);
 }
 
+TEST_P(FastSymmetry, LooksAgainWhenTheOffsetsOperatorChanges) {
+    Random random(200);
+    const Grouped grouped = grouped_spins(random, {0, 0}, Coupling::exact);
+    const RandomWaveform wave = random_waveform(random, 5, 3);
+    const EngineCase alike(grouped.system, wave);
+    EngineOpenSector(with_groups(alike, kOrigin, grouped.group));
+    EXPECT_STREQ(EngineSectorPlan(), "equivalent spins");
+    RandomSystem other = grouped.system; // half a turn about x: the same H0 and Fx
+    other.Fy *= -1.0;
+    other.Fz *= -1.0;
+    const EngineCase upside_down(other, wave);
+    const EngineSector sector = with_groups(upside_down, kOrigin, grouped.group);
+    const Dense expected = reference_propagator(sector, 1, 1, 1);
+    EngineOpenSector(sector);
+    EXPECT_STREQ(EngineSectorPlan(), "equivalent spins");
+    EXPECT_LE(distance(open_sector_propagator(4, 1, 1, 1), expected), 2e-13);
+}
+
 TEST_P(FastSymmetry, TakesAlikeSpinsTogether) {
     Random random(191);
     for (const std::vector<int>& group : std::vector<std::vector<int>>{{0, 0},
