@@ -79,7 +79,7 @@ struct EngineSector {
 void EngineOpenSector(const EngineSector& sector);
 
 /// How the open sector's propagators are made, for tests and timings: "reference", "identity", "free
-/// precession", "equivalent spins", "lanes", "columns" or "interpolation".
+/// precession", "equivalent spins", "lanes", "columns", "binary columns" or "interpolation".
 const char* EngineSectorPlan();
 
 /// r = U_0 U_1 ... U_(count-1) of the open sector at voxel (ix, iy, iz), indices from 1, with

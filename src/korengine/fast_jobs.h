@@ -58,7 +58,7 @@ struct LaneJob {
     const FieldStretch* stretch;
     bool one_place; // in a stretch all lanes have the same h and hw
     double* series; // room for one stretch: terms x n (n + 1) x lanes, of which one_place needs no lanes
-    double* work;   // lane_work(n) x lanes
+    double* work;   // (2 (ladder_top + 1) + kLaneWorkMatrices n n) x lanes
     double* re;     // n x n x lanes, result; from and to the x axis when the direction turns
     double* im;
 };
@@ -74,7 +74,7 @@ struct TurnJoinJob {
     double *re, *im;
 };
 
-/// Number of n x n matrices that LaneJob::work holds, behind 2 (ladder_top + 1) entries.
+/// Number of n x n matrices that LaneJob::work holds, behind the powers of a turn.
 constexpr int kLaneWorkMatrices = 9;
 
 /// hw[j][lane] = h[j][lane] (gx[j] x[lane] + gy[j] y[lane] + gz[j] z[lane] + offset)
