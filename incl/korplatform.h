@@ -33,6 +33,10 @@ bool platform_path_is_absolute(const char* path);
 /// somewhere else. On Linux always.
 bool platform_takes_name(const char* name);
 
+/// errno's value where a file ends before what it should hold, which is no error of the system: ENODATA; on
+/// Windows, whose runtime library has no text for that, EIO.
+extern const int PLATFORM_NO_DATA;
+
 /// Opening, deleting and renaming wait up to two seconds on Windows while somebody else has the file open in
 /// a way that forbids it: another process that writes the same result, or a virus scanner. Then they fail
 /// with EACCES.

@@ -31,6 +31,7 @@ bool read_number(std::FILE* file, int* value, const char* context) {
     if (std::fread(value, sizeof *value, 1, file) == 1) {
         return true;
     }
+    errno = errno != 0 ? errno : PLATFORM_NO_DATA;
     print_io_error(context);
     return false;
 }

@@ -46,8 +46,10 @@ dataio_status read_items(unsigned N, const double* values, const char* path, Rea
         errno = 0; // an item that is missing has no error of the system, and an earlier one is not its reason
         complete = read_item(file, i);
     }
-    if (!complete)
+    if (!complete) {
+        errno = errno != 0 ? errno : PLATFORM_NO_DATA;
         print_io_error("fscanf");
+    }
     std::fclose(file);
     return complete ? DATAIO_OK : DATAIO_ERR_IO;
 }

@@ -167,6 +167,8 @@ std::FILE* platform_open(const char* path, const char* mode) {
         errno = EISDIR;
         return nullptr;
     }
+const int PLATFORM_NO_DATA = ENODATA;
+
     return std::fopen(name.c_str(), mode);
 }
 

@@ -233,6 +233,8 @@ bool platform_takes_name(const char* name) {
     return true;
 }
 
+const int PLATFORM_NO_DATA = EIO;
+
 std::FILE* platform_open(const char* path, const char* mode) {
     const char* const name = path ? path : "";
     std::FILE* file = nullptr;

@@ -1,5 +1,6 @@
 #include "binaryfilehandling.h"
 
+#include "korplatform.h"
 #include "support/console_script.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
@@ -81,7 +82,7 @@ TEST(BinFileHeader, ShortFileNamesTheMissingNumberAndLeavesTheOutputs) {
         EXPECT_EQ(printed.err, system_line(length < 4   ? "fread(type)"
                                            : length < 8 ? "fread(num1)"
                                                         : "fread(num2)",
-                                           0));
+                                           PLATFORM_NO_DATA));
         EXPECT_EQ(printed.out, "");
         EXPECT_EQ(type, 7);
         EXPECT_EQ(num1, 8);

@@ -44,6 +44,10 @@ TEST(TakesName, TakesEveryName) {
 TEST(NativePath, FitsToTheLastCharacterAndLeavesTheEmptyTextOtherwise) {
     char out[6];
     EXPECT_EQ(platform_native_path("a\\b\\c", out, 6), 1);
+TEST(NoData, IsNamedSo) {
+    EXPECT_STREQ(std::strerror(PLATFORM_NO_DATA), "No data available");
+}
+
     EXPECT_STREQ(out, "a/b/c");
     EXPECT_EQ(platform_native_path("a\\b\\c", out, 5), 0);
     EXPECT_STREQ(out, "");

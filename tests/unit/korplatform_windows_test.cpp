@@ -79,6 +79,10 @@ TEST(TakesName, RefusesWhatTheSystemWritesElsewhere) {
     EXPECT_TRUE(platform_takes_name(MANY_SCRIPTS.c_str()));
 }
 
+TEST(NoData, HasATextOfTheSystem) {
+    EXPECT_STREQ(std::strerror(PLATFORM_NO_DATA), "Input/output error");
+}
+
 TEST(PlatformOpen, TextFilesHaveTheSystemsLineEnds) {
     TempTree tree;
     std::FILE* file = platform_open("a.txt", "wt");
