@@ -8,9 +8,9 @@ namespace kor {
 
 namespace {
 
-/// Whether the folder, not the disk, is the reason that no file can be made beside another one.
+/// Whether the folder or its names, not the disk, are the reason that no file can be made beside another one.
 bool folder_takes_no_file(int error) {
-    return error == EACCES || error == EPERM || error == ENAMETOOLONG;
+    return error == EACCES || error == EPERM || error == ENAMETOOLONG || error == EEXIST;
 }
 
 // A killed process leaves such a file, and another one may have its number by now; so may one on another
@@ -22,7 +22,8 @@ std::string name_beside(const std::string& name, int attempt) {
     return name + "." + number + (attempt > 0 ? "." + std::to_string(attempt) : "") + ".new";
 }
 
-/// Makes a file beside the named one that nobody else has; null with errno when none can be made.
+/// Makes a file beside the named one that nobody else has; null with errno when none can be made, EEXIST
+/// where every name is taken.
 std::FILE* open_beside(const std::string& name, const char* mode, std::string& beside) {
     std::FILE* file = nullptr;
     for (int attempt = 0; attempt < NAMES_BESIDE && !file; ++attempt) {

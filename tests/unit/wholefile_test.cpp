@@ -1,5 +1,6 @@
 #include "wholefile.h"
 
+#include "korplatform.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -51,6 +52,22 @@ TEST(WholeFile, DroppedLeavesNothing) {
     EXPECT_EQ(errno, EDOM);
     EXPECT_EQ(tree.read("result"), "the older one");
     EXPECT_EQ(tree.names(), Names{"result"});
+}
+
+// Processes that are killed again and again under one number, as in a container, leave their pieces.
+TEST(WholeFile, IsWrittenInPlaceWhereEveryNameBesideItIsTaken) {
+    const TempTree tree;
+    tree.write("result", "the older one");
+    const std::string number = "result." + std::to_string(kor::platform_process_id());
+    for (const char* attempt : {"", ".1", ".2", ".3", ".4", ".5", ".6", ".7", ".8", ".9"})
+        tree.write(number + attempt + ".new", "a piece");
+    WholeFile out;
+    ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
+    write_text(out, "new");
+    EXPECT_TRUE(kor::keep_whole_file(out));
+    EXPECT_EQ(tree.read("result"), "new");
+    EXPECT_EQ(tree.names().size(), 11U);
+    EXPECT_EQ(tree.read(number + ".9.new"), "a piece");
 }
 
 } // namespace
