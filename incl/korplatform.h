@@ -54,7 +54,8 @@ int platform_make_dir(const char* path);
 /// An existing folder is EEXIST when it is to be made, whatever else may be wrong with it.
 ///
 /// Whether renaming another file to `path` has the effect of writing it anew: nothing is there, or a plain
-/// file with one name that this process may write and whose owner the other file can have.
+/// file with one name that this process may write and whose owner the other file can have. On Linux not one
+/// with an access list.
 bool platform_may_replace(const char* path);
 /// Gives the file `to` the owner, group and access rights of `from`; nothing when that is not there. A group
 /// that this process cannot give gets no rights. Windows: nothing, a file has the rights of its folder.

@@ -15,6 +15,7 @@
 #include <strings.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace kor {
@@ -47,6 +48,12 @@ bool is_folder(const std::string& path) {
 bool is_regular_file(const std::string& path) {
     struct stat info;
     return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+/// Whether users and groups other than the file's own have rights of their own: the bits of its mode do not
+/// say then what its group may.
+bool has_access_list(const std::string& path) {
+    return ::lgetxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
 }
 
 bool exists(const std::string& path) {
@@ -160,6 +167,8 @@ bool platform_takes_name(const char*) {
     return true;
 }
 
+const int PLATFORM_NO_DATA = ENODATA;
+
 std::FILE* platform_open(const char* path, const char* mode) {
     const std::string name = native(path);
     // Linux opens a folder for reading and fails only at the first read.
@@ -167,8 +176,6 @@ std::FILE* platform_open(const char* path, const char* mode) {
         errno = EISDIR;
         return nullptr;
     }
-const int PLATFORM_NO_DATA = ENODATA;
-
     return std::fopen(name.c_str(), mode);
 }
 
@@ -196,7 +203,7 @@ bool platform_may_replace(const char* path) {
     if (::lstat(name.c_str(), &info) != 0)
         return errno == ENOENT && !name.empty();
     const bool owner_stays = info.st_uid == ::geteuid() || ::geteuid() == 0;
-    return S_ISREG(info.st_mode) && info.st_nlink == 1 && owner_stays &&
+    return S_ISREG(info.st_mode) && info.st_nlink == 1 && owner_stays && !has_access_list(name) &&
            ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
