@@ -7,7 +7,6 @@
 #include "korcurrentmodel/loaded_model.h"
 #include "korcurrentmodel/model_summary.h"
 #include "korcurrentmodel/work_dirs.h"
-#include "korplatform.h"
 
 #include <algorithm>
 #include <climits>
@@ -46,14 +45,6 @@ bool enter_model(const char* path, const StepNames& names, KORModelRecords* reco
     return false;
 }
 
-/// Whether what a mode writes would take the place of the model file; said on standard error.
-bool replaces_model(const char* model_path, const char* output_path) {
-    if (!platform_same_file(model_path, output_path))
-        return false;
-    std::fprintf(stderr, "[KOR] The output file %s is the model file.\n", output_path);
-    return true;
-}
-
 /// The whole text as a positive number, values above the range of int cut to INT_MAX.
 bool read_point_index(const char* text, int* index) {
     if (!text)
@@ -76,7 +67,7 @@ int run_kor_model_file(const char* path) {
     }
     enter_private_model_run_work_dir(path);
     KORModelRecords records;
-    if (!enter_model(path, names, &records) || replaces_model(path, records.cfg.result_filename))
+    if (!enter_model(path, names, &records) || replaces_model_file(path, records.cfg.result_filename))
         return FAILURE;
     print_model_summary(path, &records.spin, &records.seq, &records.cfg);
     warn_of_relative_result(records.cfg);
@@ -90,7 +81,7 @@ int write_expectation_profile_file(const char* model_path, const char* density_p
     static const StepNames names = {"Expectation profile model load", "Expectation profile model activation",
                                     false};
     KORModelRecords records;
-    if (!enter_model(model_path, names, &records) || replaces_model(model_path, output_path))
+    if (!enter_model(model_path, names, &records) || replaces_model_file(model_path, output_path))
         return FAILURE;
     return KORWriteExpectationProfile(density_path, operator_expression, output_path) ? SUCCESS : FAILURE;
 }
@@ -105,7 +96,7 @@ int write_voxel_signal_file(const char* model_path, const char* density_path, co
     }
     enter_private_model_run_work_dir(model_path);
     KORModelRecords records;
-    if (!enter_model(model_path, names, &records) || replaces_model(model_path, output_path))
+    if (!enter_model(model_path, names, &records) || replaces_model_file(model_path, output_path))
         return FAILURE;
     return KORWriteVoxelSignal(density_path, point_index, output_path) ? SUCCESS : FAILURE;
 }

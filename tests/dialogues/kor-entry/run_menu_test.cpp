@@ -129,6 +129,18 @@ TEST_F(RunMenu, RunsAnImportedModelInTheRuntimeFolder) {
     EXPECT_FALSE(tree_.exists("build/runtime/runs"));
 }
 
+TEST_F(RunMenu, RunsNoModelWhoseResultWouldReplaceItsFile) {
+    const std::string path = program_.write_model(two_spin_model("two"));
+    std::string text = tree_.read("models/two.kormodel");
+    text.replace(text.find("two.bin"), std::string("two.bin").size(), path);
+    tree_.write("models/two.kormodel", text);
+    const ProgramResult result = program_.run({}, "3\n1\n\n2\n2\n\n7\n6\n");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "[KOR] The output file " + path + " is the model file.\n");
+    EXPECT_EQ(tree_.read("models/two.kormodel"), text);
+    EXPECT_FALSE(tree_.exists("build/runtime/dm.bin"));
+}
+
 TEST_F(SpectrumItem, AsksForTheKindOfSpectrum) {
     const std::string average = played("4\n1\n");
     EXPECT_TRUE(contains(average, SPECTRUM_QUESTION));
