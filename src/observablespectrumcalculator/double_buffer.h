@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -17,11 +16,15 @@ struct FreeDoubles {
 };
 using DoubleBuffer = std::unique_ptr<double[], FreeDoubles>;
 
+/// More is refused without asking the system (1 TiB): a damaged header can promise anything, and a heap may
+/// lose the address space that it reserved in vain.
+constexpr std::size_t kMostDoubles = std::size_t{1} << 37;
+
 /// `count` doubles from a cache line on, not initialised: memory that is never written into costs nothing.
 /// Null when there is not enough (errno says so).
 inline DoubleBuffer allocate_doubles(std::size_t count) {
     DoubleBuffer buffer;
-    if (count <= PTRDIFF_MAX / sizeof(double))
+    if (count <= kMostDoubles)
         buffer.reset(new (kBufferAlignment, std::nothrow) double[count]);
     if (!buffer)
         errno = ENOMEM;
