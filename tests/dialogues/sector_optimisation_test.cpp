@@ -87,12 +87,6 @@ std::string after(const std::string& text, const std::string& marker) {
     return at == std::string::npos ? "(no " + marker + ")" : text.substr(at);
 }
 
-/// The name that a file of this process has until it is whole.
-std::string unfinished(const std::string& name, int attempt) {
-    const std::string process = std::to_string(getpid());
-    return name + "." + process + (attempt > 0 ? "." + std::to_string(attempt) : "") + ".new";
-}
-
 TEST(OptimizeSector, RefusesWithoutASystemASequenceOrTheRightFamily) {
     const TempTree tree;
     prepare_model();
@@ -289,19 +283,19 @@ TEST(OfferWriteback, NeverStoresASampleThatIsNotFinite) {
     EXPECT_EQ(tree.read("pulse"), before);
 }
 
-TEST(OfferWriteback, AFailedWriteLeavesTheOldFile) {
+TEST(OfferWriteback, AFolderInItsPlaceStays) {
     const TempTree tree;
     prepare_model();
-    const std::string before = tree.read("pulse");
-    for (int attempt = 0; attempt < 10; ++attempt) // every name that it may have until it is whole
-        tree.make_folder(unfinished("pulse", attempt));
+    std::filesystem::remove("pulse");
+    tree.make_folder("pulse/kept");
     g_runtime.ap = 64;
     std::fill_n(g_runtime.xb, 64, 1.0);
     const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
     EXPECT_NE(console.err.find("The waveform file pulse could not be written and was left as it was.\n"),
               std::string::npos);
     EXPECT_EQ(console.out, ask_write_back);
-    EXPECT_EQ(tree.read("pulse"), before);
+    EXPECT_EQ(tree.names(), std::vector<std::string>{"pulse"});
+    EXPECT_TRUE(std::filesystem::is_directory("pulse/kept"));
 }
 
 TEST(OfferWriteback, MakesAFileThatIsNotThereYet) {
