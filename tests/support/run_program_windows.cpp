@@ -12,6 +12,10 @@
 namespace kor_test {
 namespace {
 
+/// A busy system may refuse to start a program for a moment, and a file just copied may still be looked at:
+/// this many starts are tried again, 10 ms apart.
+constexpr int kStarts = 300;
+
 /// A file that its last handle deletes, so that a program may write more than a pipe holds. Children inherit
 /// it.
 class Stream {
@@ -86,9 +90,15 @@ public:
         start.hStdOutput = out_.handle();
         start.hStdError = err_.handle();
         const char* const folder = call.working_dir.empty() ? nullptr : call.working_dir.c_str();
-        if (!CreateProcessA(call.executable.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder,
-                            &start, &child_))
-            throw std::runtime_error("cannot run " + call.executable);
+        for (int attempt = 0; !CreateProcessA(call.executable.c_str(), line.data(), nullptr, nullptr, TRUE, 0,
+                                              nullptr, folder, &start, &child_);
+             ++attempt) {
+            const DWORD error = GetLastError();
+            if (attempt == kStarts)
+                throw std::runtime_error("cannot run " + call.executable + ": error " +
+                                         std::to_string(error));
+            Sleep(10);
+        }
     }
     ~Running() {
         CloseHandle(child_.hThread);
