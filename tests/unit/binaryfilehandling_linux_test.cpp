@@ -3,43 +3,22 @@
 
 #include "support/console_script.h"
 #include "support/run_models.h"
+#include "support/small_disk_linux.h"
 #include "support/temp_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
-
-#include <sys/resource.h>
 
 namespace kor {
 namespace {
 
 using kor_test::play_console;
 using kor_test::read_file;
+using kor_test::SmallDisk;
 using kor_test::system_line;
 using kor_test::TempTree;
 using kor_test::write_file;
-
-/// While it lives, no file may grow beyond `bytes`; writing further is an error and not a signal.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before_;
-    void (*handler_)(int);
-};
 
 TEST(BinFileHeader, WriteNamesTheFirstNumberThatDoesNotFit) {
     const TempTree folder;
@@ -51,7 +30,7 @@ TEST(BinFileHeader, WriteNamesTheFirstNumberThatDoesNotFit) {
         std::fseek(file, most - 4 * fitting, SEEK_SET);
         binfh_status status = BINFH_OK;
         const auto printed = play_console("", [&] {
-            const FileSizeLimit limit(most);
+            const SmallDisk limit(most);
             status = WriteBinFileHeader_status(file, 0, 4, 3);
         });
         std::fclose(file);
