@@ -4,27 +4,33 @@
 usage: tools/mutants.py [--count N] [--seed N] [--only REGEX] [--skip REGEX] [--parallel N] [--report FILE]
 
 A mutant is the source with one operator, number or word exchanged ('+' for '-', '<' for '<=', 1 for 2, sin for
-cos, ...). N of them are drawn with a fixed seed, every place alike. Each is built in a copy of the tree in out/mutants
-and tested: first the unit tests of its room, then all of them, then (when all mutants were through that) the other test
-programs, until one fails, crashes or does not end. A mutant that does not compile does not count. What FILE (default
-out/mutants/report.txt) tells of an earlier run is taken over; survivors are tried again. A survivor is printed with file,
-line and change; whoever reads the list decides whether the change has no effect or a test is missing
-(docs/validation.md names the former).
+cos, ...). N of them are drawn with a fixed seed, every place alike. The tree is built once, in out/mutants/build; of a
+mutant only the changed source is compiled, or the sources that include the changed header, and linked in front of the
+library into each test program as its turn comes: first the unit tests under the source's own name, then all of its kind,
+then the other programs, until one fails, crashes or takes six times as long as without the change. A mutant that does not
+compile does not count. What FILE (default out/mutants/report.txt) tells of an earlier run is taken over; survivors are tried
+again. A survivor is printed with file, line and change; whoever reads the list decides whether the change has no effect or a
+test is missing (docs/validation.md names the former).
 """
 import argparse
+import json
+import os
 import queue
 import random
 import re
 import resource
+import shlex
 import shutil
 import subprocess
 import sys
+import time
 from concurrent.futures import ThreadPoolExecutor
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 WORK = ROOT / "out" / "mutants"
+BUILD = WORK / "build"
 ROOMS = [  # numerics, then parsers
     "matrixmathlib", "spinoperatorlib", "four3", "rfpulseparam", "korengine", "rfpulselib", "fieldgradientlib",
     "koroptseq", "kor/propagation", "kor/spin_system.cpp", "kor/spatial_grid.cpp", "kor/product_operators",
@@ -32,9 +38,10 @@ ROOMS = [  # numerics, then parsers
     "kordatafileio", "rfwaveformfile", "korpaths",
 ]
 NOT_MUTATED = re.compile(r"dialogues|_menu|sector_optimisation")
-QUICK = [("unit", "-*Mutations.*:*OddHeaders*:SpinSystemBits.*")]  # (test program, filter)
-SLOW = [("engine", ""), ("physics", ""), ("dialogues", ""), ("unit", "*Mutations.*:*OddHeaders*:SpinSystemBits.*"),
-        ("endtoend", ""), ("trust", "")]
+LINKER = "the linker"
+DAMAGES = "*Mutations.*:*OddHeaders*:SpinSystemBits.*"
+STAGES = [("unit", "-" + DAMAGES), ("engine", "*"), ("physics", "*"), ("dialogues", "*"), ("unit", DAMAGES),
+          ("endtoend", "*"), ("trust", "*")]  # (test program, filter)
 EXCHANGES = {
     "+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+=", "*=": "/=", "/=": "*=", "<": "<=", "<=": "<",
     ">": ">=", ">=": ">", "==": "!=", "!=": "==", "&&": "||", "||": "&&", "++": "--", "!": "", "%": "*",
@@ -100,35 +107,95 @@ def all_mutants(only, skip):
     return chosen
 
 
-def copy_tree(source):
-    listed = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, capture_output=True, text=True, check=True)
-    for name in filter(None, listed.stdout.split("\0")):
-        target = source / name
-        target.parent.mkdir(parents=True, exist_ok=True)
-        if not target.exists() or target.read_bytes() != (ROOT / name).read_bytes():
-            shutil.copy(ROOT / name, target)
+@dataclass
+class Tree:
+    """The built tree without a change: how to compile a source and to link a program, and who includes what."""
+
+    compile: dict = field(default_factory=dict)  # path from the root -> arguments
+    link: dict = field(default_factory=dict)  # program -> arguments
+    users: dict = field(default_factory=dict)  # path from the root -> sources that include it, itself if it is one
+    seconds: dict = field(default_factory=dict)  # stage -> what it takes
 
 
-def build(source, program):
-    return subprocess.run(["cmake", "--build", "--preset", "release", "--parallel", "1", "--target",
-                           f"kor_{program}_tests"], cwd=source, capture_output=True).returncode == 0
+def ninja(*arguments):
+    return subprocess.run(["ninja", "-C", BUILD, "-t", *arguments], capture_output=True, text=True, check=True).stdout
 
 
-def prepare(source):
-    """A copy of the tree in `source`, configured."""
-    copy_tree(source)
+def from_root(path):
+    path = Path(os.path.normpath(BUILD / path))
+    return path.relative_to(ROOT).as_posix() if path.is_relative_to(ROOT) else ""
+
+
+def build_tree():
+    """Builds the unchanged tree with its tests."""
     linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"] if shutil.which("ld.lld") else []
-    subprocess.run(["cmake", "--preset", "release", "-DKOR_BUILD_TESTS=ON", *linker], cwd=source, check=True,
+    subprocess.run(["cmake", "--preset", "release", "-B", BUILD, "-DKOR_BUILD_TESTS=ON", *linker], cwd=ROOT, check=True,
                    stdout=subprocess.DEVNULL)
-    return source
+    subprocess.run(["cmake", "--build", BUILD], check=True, stdout=subprocess.DEVNULL)
+    tree = Tree()
+    sources = {}  # object -> its source
+    for entry in json.loads(ninja("compdb")):
+        source = from_root(entry["file"])
+        if not entry["output"].endswith(".o") or not source.endswith(".cpp"):
+            continue
+        arguments = shlex.split(entry["command"])
+        if Path(arguments[0]).name == "ccache":
+            arguments = arguments[1:]
+        for option, length in (("-MD", 1), ("-MT", 2), ("-MF", 2), ("-o", 2), ("-c", 2)):
+            if option in arguments:
+                at = arguments.index(option)
+                del arguments[at:at + length]
+        tree.compile[source] = arguments
+        if "korlib.dir" in entry["output"]:
+            sources[entry["output"]] = source
+    for block in ninja("deps").split("\n\n"):
+        built, *needed = block.split("\n")
+        if source := sources.get(built.split(":")[0]):
+            for name in needed:
+                tree.users.setdefault(from_root(name.strip()), []).append(source)
+    for program in ["kor", "tests/kor_reference", *(f"tests/kor_{stage[0]}_tests" for stage in STAGES)]:
+        command = shlex.split(ninja("commands", program).strip().splitlines()[-1])
+        start = command.index("&&") + 1
+        tree.link[program] = command[start:command.index("&&", start)]
+    return tree
 
 
-def suites_of_room(source, file):
+def compile_source(tree, copy, source):
+    """Compiles `source` as it stands in `copy`; returns the object, None when it does not compile."""
+    built = copy / "objects" / (source.replace("/", "+") + ".o")
+    built.parent.mkdir(exist_ok=True)
+    file = copy / source if (copy / source).exists() else ROOT / source
+    where = [argument.replace(str(BUILD), str(copy / "build")) for argument in tree.compile[source]]
+    done = subprocess.run([*where, "-c", file, "-o", built], cwd=BUILD, capture_output=True)
+    return built if done.returncode == 0 else None
+
+
+def link_program(tree, copy, program, objects):
+    """`program` with `objects`, which come before what it has of the same names, in `copy`; whether that worked."""
+    target = copy / "build" / program
+    compiler, *rest = tree.link[program]
+    rest[rest.index("-o") + 1] = str(target)
+    return subprocess.run([compiler, *objects, *rest], cwd=BUILD, capture_output=True).returncode == 0
+
+
+def prepare(tree, copy):
+    """A place for one worker: the sources, and programs of its own for the tests that start them."""
+    shutil.rmtree(copy, ignore_errors=True)
+    shutil.copytree(ROOT / "src", copy / "src")
+    (copy / "build" / "tests").mkdir(parents=True)
+    paths = compile_source(tree, copy, "tests/support/build_paths.cpp")
+    shutil.move(paths, copy / "build_paths.o")
+    for program in ("kor", "tests/kor_reference", "make-example-waveforms"):
+        shutil.copy(BUILD / program, copy / "build" / program)
+    return copy
+
+
+def suites_of_room(file):
     """A filter of the unit tests that stand under the mutated file's own name."""
     room = Path(file).relative_to("src").with_suffix("").as_posix()
     names = set()
-    for test in (source / "tests" / "unit").rglob("*_test.cpp"):
-        own = test.relative_to(source / "tests" / "unit").as_posix().removesuffix("_test.cpp")
+    for test in (ROOT / "tests" / "unit").rglob("*_test.cpp"):
+        own = test.relative_to(ROOT / "tests" / "unit").as_posix().removesuffix("_test.cpp")
         if own.startswith(room) or room.startswith(own):
             names |= set(re.findall(r"^TEST(?:_[FP])?\((\w+),", test.read_text(encoding="utf-8"), re.MULTILINE))
     return ":".join(f"*{name}.*" for name in sorted(names))
@@ -140,12 +207,12 @@ def limit_resources():
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
 
 
-def passes(source, program, seconds=300, chosen=""):
-    command = [source / "build" / "tests" / f"kor_{program}_tests", "--gtest_fail_fast", "--gtest_brief=1"]
-    if chosen:
-        command.append(f"--gtest_filter={chosen}")
+def passes(copy, stage, seconds):
+    program, chosen = stage
+    command = [copy / "build" / "tests" / f"kor_{program}_tests", "--gtest_fail_fast", "--gtest_brief=1",
+               f"--gtest_filter={chosen}"]
     try:
-        done = subprocess.run(command, cwd=source / "build" / "tests", stdin=subprocess.DEVNULL,
+        done = subprocess.run(command, cwd=copy / "build" / "tests", stdin=subprocess.DEVNULL,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=seconds,
                               preexec_fn=limit_resources)
     except subprocess.TimeoutExpired:
@@ -153,52 +220,68 @@ def passes(source, program, seconds=300, chosen=""):
     return done.returncode == 0
 
 
-def first_to_fail(source, programs, seconds):
-    """The first of the (program, test filter) pairs that does not pass; None when all do."""
-    for program, chosen in programs:
-        build(source, program)
-        if not passes(source, program, seconds, chosen):
-            return program
+def first_to_fail(tree, copy, objects, stages):
+    """The test program of the first of the (program, filter) pairs that does not pass; None when all do."""
+    linked = set()
+    for stage in stages:
+        program = f"tests/kor_{stage[0]}_tests"
+        started = ["kor", "tests/kor_reference"] if stage[0] in ("dialogues", "endtoend") else []
+        for name in {*started, program} - linked:
+            own = [copy / "build_paths.o"] if name.endswith("_tests") else []
+            if not link_program(tree, copy, name, [*objects, *own]):
+                return LINKER
+            linked.add(name)
+        if not passes(copy, stage, 10 + 6 * tree.seconds.get(stage, 30)):
+            return stage[0]
     return None
 
 
-def outcome_of(source, mutant, programs, seconds):
+def outcome_of(tree, copy, mutant):
     """'killed by' a test program, 'survived' or 'does not compile'."""
-    target = source / mutant.file
+    target = copy / mutant.file
     text = target.read_text(encoding="utf-8")
     target.write_text(text[:mutant.start] + mutant.new + text[mutant.end:], encoding="utf-8")
     try:
-        if not build(source, programs[0][0]):
+        objects = [compile_source(tree, copy, source) for source in tree.users[mutant.file]]
+        if None in objects:
             return "does not compile"
-        own = suites_of_room(source, mutant.file)
-        if programs == QUICK and own and not passes(source, "unit", seconds, own):
-            return "killed by unit"
-        killer = first_to_fail(source, programs, seconds)
+        stages = sorted(STAGES, key=lambda stage: "korengine" in mutant.file and stage[0] != "engine")
+        if own := suites_of_room(mutant.file):
+            stages = [("unit", own), *stages]
+        killer = first_to_fail(tree, copy, objects, stages)
+        if killer == LINKER:
+            return "does not compile"
         return f"killed by {killer}" if killer else "survived"
     finally:
         target.write_text(text, encoding="utf-8")
 
 
-def check_unchanged(source, programs, seconds):
-    if killer := first_to_fail(source, programs, 10 * seconds):
-        sys.exit(f"the unchanged tree does not build or pass: {killer} in {source}")
-    return source
+def time_stages(tree, copy):
+    """How long every stage takes without a change. Ends the script when one does not pass."""
+    for stage in STAGES:
+        begin = time.monotonic()
+        tree.seconds[stage] = 600
+        if killer := first_to_fail(tree, copy, [], [stage]):
+            sys.exit(f"the unchanged tree does not pass: {killer}")
+        tree.seconds[stage] = time.monotonic() - begin
 
 
-def outcomes_of(mutants, count, copies, programs, seconds, report):
-    """Outcomes of the mutants, in the order they end, until `count` of them compiled."""
+def outcomes_of(tree, mutants, known, count, copies, report):
+    """Outcomes of the first mutants, those of an earlier run among them, until `count` of them compiled."""
     free = queue.Queue()
-    with ThreadPoolExecutor(len(copies)) as workers:
-        for source in workers.map(lambda copy: check_unchanged(copy, programs, seconds), copies):
-            free.put(source)
+    for copy in copies:
+        free.put(copy)
     outcomes = {}
 
     def work(mutant):
         if sum(outcome != "does not compile" for outcome in outcomes.values()) >= count:
             return
-        source = free.get()
-        outcome = outcome_of(source, mutant, programs, seconds)
-        free.put(source)
+        if mutant in known:
+            outcomes[mutant] = known[mutant]
+            return
+        copy = free.get()
+        outcome = outcome_of(tree, copy, mutant)
+        free.put(copy)
         outcomes[mutant] = outcome
         print(f"{mutant}: {outcome}", file=report, flush=True)
 
@@ -224,23 +307,19 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--only", default="", help="files whose path matches this expression")
     parser.add_argument("--skip", default="", help="no files whose path matches this expression")
-    parser.add_argument("--parallel", type=int, default=2, help="copies of the tree that work at the same time")
-    parser.add_argument("--seconds", type=int, default=120, help="a test program that runs longer has noticed")
+    parser.add_argument("--parallel", type=int, default=2, help="mutants that are tested at the same time")
     parser.add_argument("--report", type=Path, default=WORK / "report.txt")
     arguments = parser.parse_args()
 
     places = all_mutants(arguments.only, arguments.skip)
     all_places = len(places)
     random.Random(arguments.seed).shuffle(places)
-    with ThreadPoolExecutor(arguments.parallel) as workers:
-        copies = list(workers.map(prepare, [WORK / f"copy{k}" for k in range(arguments.parallel)]))
-    outcomes = known_outcomes(arguments.report, places)
-    places = [mutant for mutant in places if mutant not in outcomes]
-    count = arguments.count - sum(outcome != "does not compile" for outcome in outcomes.values())
+    tree = build_tree()
+    copies = [prepare(tree, WORK / f"copy{k}") for k in range(arguments.parallel)]
+    time_stages(tree, copies[0])
+    known = known_outcomes(arguments.report, places)
     with arguments.report.open("a", encoding="utf-8") as report:
-        outcomes |= outcomes_of(places, count, copies, QUICK, arguments.seconds, report)
-        left = [mutant for mutant, outcome in outcomes.items() if outcome == "survived"]
-        outcomes |= outcomes_of(left, len(left), copies, SLOW, 10 * arguments.seconds, report)
+        outcomes = outcomes_of(tree, places, known, arguments.count, copies, report)
     survivors = [mutant for mutant, outcome in outcomes.items() if outcome == "survived"]
     killed = sum(outcome.startswith("killed") for outcome in outcomes.values())
     total = killed + len(survivors)
