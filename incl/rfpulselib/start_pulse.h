@@ -9,7 +9,8 @@
 namespace kor {
 
 /// Asks for points, amplitude limit (Hz), flip angle and phase (degrees) and time step (ms), then runs the
-/// core. Fills *ap (samples), *h (s), xb and yb; npar is the length of the parameter vector. 1, or 0.
+/// core. Fills *ap (samples), *h (s), xb and yb; npar is the length of the parameter vector. 1, or 0. A
+/// number of points that is no power of two is refused; the two below leave that check to their callers.
 int GenerateOptimizationStartPulse(int* ap, double* h, double* xb, double* yb, int npar);
 /// The same for a fixed grid *ap, *h: asks only amplitude limit, flip angle and phase.
 int GenerateOptimizationStartPulseFixedGridInteractive(int* ap, double* h, double* xb, double* yb, int npar);

@@ -1,6 +1,7 @@
 #include "kormodel/sector_optimisation.h"
 
 #include "consoleutil.h"
+#include "four3.h"
 #include "kor/optimiser.h"
 #include "kor/optimiser_dialogues.h"
 #include "kor/product_operator_dialogues.h"
@@ -80,6 +81,13 @@ int sector_is_optimisable(int k) {
     if (g_runtime.nevo[k] != 1) {
         std::fprintf(stderr, "Selected sector %d has nevo=%d.\n", k, g_runtime.nevo[k]);
         std::fprintf(stderr, "This stage supports only nevo == 1 sectors.\n");
+        return 0;
+    }
+    // The parameters are Fourier modes of the pulse.
+    if (!is_power_of_two(static_cast<std::size_t>(g_runtime.noti[k]))) {
+        std::fprintf(stderr,
+                     "Selected sector %d has ap=%d: only a power of two of time points can be optimized.\n",
+                     k, g_runtime.noti[k]);
         return 0;
     }
     return 1;

@@ -1,6 +1,7 @@
 #include "rfpulselib/start_pulse.h"
 
 #include "consoleutil.h"
+#include "four3.h"
 #include "korlimits.h"
 #include "rfpulseparam.h"
 
@@ -150,6 +151,8 @@ int GenerateOptimizationStartPulse(int* ap, double* h, double* xb, double* yb, i
     int points = 0;
     if (!console_read_int(&points) || points <= 1 || points > KOR_MAX_RF_POINTS)
         return fail("Invalid number of points");
+    if (!is_power_of_two(static_cast<std::size_t>(points)))
+        return fail("Invalid number of points: only a power of two can be optimized");
     StartPulseWishes wishes{};
     if (!ask_wishes(&wishes))
         return 0;

@@ -238,25 +238,28 @@ TEST(OptimizeSector, OnePointHasNoModesAndStaysAsItIs) {
               "GenerateOptimizationStartPulseFixedGridInteractive: invalid ap/h\n");
 }
 
-// The Fourier transform refuses such a count: two samples of each half serve as the parameters.
-TEST(OptimizeSector, ACountThatIsNoPowerOfTwoOptimisesSamplesInstead) {
+// Without the Fourier transform single samples would serve as parameters, and a nonsense pulse would be the
+// result.
+TEST(OptimizeSector, ACountThatIsNoPowerOfTwoIsRefusedBeforeAnythingElseIsAsked) {
     const TempTree tree;
+    for (const int points : {3, 48, 100, 8191}) {
+        prepare_points(points);
+        const std::string before = tree.read("short");
+        const auto console = optimise("1\n1\n1\n1\n2\n1\n");
+        EXPECT_EQ(console.err, "Selected sector 1 has ap=" + std::to_string(points) +
+                                   ": only a power of two of time points can be optimized.\n");
+        EXPECT_EQ(console.out.substr(console.out.size() - ask_index.size()), ask_index);
+        EXPECT_EQ(tree.read("short"), before);
+    }
     prepare_points(48);
-    const auto console = optimise("1\n1\n1\n1\n2\n1\n");
-    EXPECT_EQ(console.err, "");
-    const std::string written = tree.read("short");
-    ASSERT_EQ(written.size(), 2u * 48u * sizeof(double));
-    std::vector<double> samples(96);
-    std::memcpy(samples.data(), written.data(), written.size());
-    EXPECT_NE(samples[24], TWO_PI * 62.5);
-    samples[24] = TWO_PI * 62.5;
-    EXPECT_EQ(std::vector<double>(samples.begin(), samples.begin() + 48),
-              std::vector<double>(48, TWO_PI * 62.5));
+    g_runtime.nevo[1] = 2;
+    EXPECT_EQ(optimise("1\n").err,
+              "Selected sector 1 has nevo=2.\nThis stage supports only nevo == 1 sectors.\n");
 }
 
 TEST(OptimizeSector, MorePointsThanTheArraysHoldAreRefused) {
     const TempTree tree;
-    prepare_points(8193);
+    prepare_points(16384);
     const std::string out = optimise("1\n1\n").out;
     EXPECT_NE(out.find("Sequence optimization: failed to load selected sector 1 into runtime.\n"
                        "Could not prepare current sequence-sector optimization context\n"),
@@ -466,6 +469,8 @@ TEST(Optimize, NamesTheAnswerThatEndsIt) {
               std::string::npos);
     EXPECT_EQ(failure("2\n1\n").err,
               "Invalid number of points\nOptimize: RF optimization start pulse not generated\n");
+    EXPECT_EQ(failure("2\n100\n").err, "Invalid number of points: only a power of two can be optimized\n"
+                                       "Optimize: RF optimization start pulse not generated\n");
 }
 
 } // namespace

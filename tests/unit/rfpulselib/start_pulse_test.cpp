@@ -173,6 +173,8 @@ TEST(GenerateOptimizationStartPulse, NamesTheAnswerThatItCannotUse) {
         {"1\n", "Invalid number of points\n"},
         {"8193\n", "Invalid number of points\n"},
         {"", "Invalid number of points\n"},
+        {"100\n500\n90\n0\n0.01\n", "Invalid number of points: only a power of two can be optimized\n"},
+        {"8191\n", "Invalid number of points: only a power of two can be optimized\n"},
         {"64\n0\n", "Invalid RF amplitude\n"},
         {"64\n", "Invalid RF amplitude\n"},
         {"64\n100\n-5\n", "Invalid target flip angle\n"},
