@@ -18,7 +18,8 @@ int console_read_text(char* out, std::size_t cap);
 /// consumed; other characters stay for the next read. Returns 1; 0 when what stands there is no number
 /// (it stays unread) or at end of input.
 int console_read_int(int* out);
-/// The same for a decimal floating-point number.
+/// The same for a decimal floating-point number. One beyond the range of double is consumed, and 0 returned,
+/// for an infinite length or time would poison a whole run; one below it is read as 0 or as subnormal.
 int console_read_double(double* out);
 /// The same for a blank-free word of at most cap - 1 characters.
 int console_read_word(char* out, std::size_t cap);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -199,8 +200,11 @@ int console_read_double(double* out) {
     std::string text;
     if (!skip_white_space() || !take_real_text(text))
         return 0;
-    *out = std::strtod(text.c_str(), nullptr);
+    const double value = std::strtod(text.c_str(), nullptr);
     finish_answer();
+    if (!std::isfinite(value))
+        return 0;
+    *out = value;
     return 1;
 }
 

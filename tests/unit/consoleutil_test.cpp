@@ -170,6 +170,26 @@ TEST(ReadDouble, LeavesUnreadWhatIsNoNumber) {
                   answer);
 }
 
+TEST(ReadDouble, TakesNoNumberBeyondTheRangeButDropsIt) {
+    const std::string many_digits(400, '9');
+    for (const std::string& answer : {std::string("1e999"), std::string("-1e309"), many_digits}) {
+        EXPECT_EQ(left_by(answer + "\r\nnext\n",
+                          [] {
+                              double value = -77;
+                              EXPECT_EQ(console_read_double(&value), 0);
+                              EXPECT_EQ(value, -77);
+                              EXPECT_FALSE(console_at_end());
+                              console_discard_line();
+                          }),
+                  "next\n");
+    }
+    play_console("1.7976931348623157e308 -1e-400 4.9406564584124654e-324\n", [] {
+        expect_double(1.7976931348623157e308);
+        expect_double(-0.0);
+        expect_double(4.9406564584124654e-324);
+    });
+}
+
 TEST(ReadDouble, ConsumesItsLineEnd) {
     EXPECT_EQ(left_by("1.5\r\nnext\n", [] { expect_double(1.5); }), "next\n");
 }

@@ -105,6 +105,18 @@ TEST(DefineSpatialSimulationDomain, AnUnreadableAnswerKeepsWhatWasRead) {
     EXPECT_EQ(unread_answers(), "left\n");
 }
 
+// A voxel at infinity plus a step of minus infinity would be nowhere.
+TEST(DefineSpatialSimulationDomain, ALengthBeyondTheRangeDefinesNoGrid) {
+    start_without_grid();
+    const ConsoleOutput printed =
+        play_console("0\n1\n1\n2\n0\n0\n1e999\nleft\n", DefineSpatialSimulationDomain);
+    EXPECT_EQ(printed.out.find("defined."), std::string::npos);
+    EXPECT_EQ(g_runtime.z0, -9);
+    EXPECT_EQ(g_runtime.offsetset, 0);
+    EXPECT_EQ(g_runtime.offsetsdefined, 0);
+    EXPECT_EQ(unread_answers(), "left\n");
+}
+
 TEST(DefineSpatialSimulationDomain, EveryQuestionMayBeTheLast) {
     for (const std::string first : {"1\n", "0\n"}) {
         std::string answers = first;
