@@ -16,8 +16,12 @@ int BinArrayOut(const int* ap, const double* xb, const double* yb, const double*
 /// The same for the 2D layout, ap values per block.
 int BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name);
 
+/// The first sample 0..N-1 at which one of the `blocks` arrays (each of at least N) is not finite, or -1.
+int first_bad_sample(const double* const* arrays, int blocks, int N);
+
 /// Reads the 2D layout. 1; 0 for a missing pointer, an empty name, ap_local outside 1..8192, a file that is
-/// too short (with a message), or a file that cannot be opened or read (with perror(path)).
+/// too short or holds a sample that is not finite (with a message), or a file that cannot be opened or read
+/// (with perror(path)).
 int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by);
 
 /// Reads `blocks` blocks of N doubles, one after another, into arrays[0..blocks-1] (each of at least N).

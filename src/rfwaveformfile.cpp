@@ -4,6 +4,7 @@
 #include "korplatform.h"
 #include "wholefile.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 
@@ -80,6 +81,17 @@ int BinArrayOut2D(int ap, const double* xb, const double* yb, const char* name) 
     return write_blocks(name, ap, blocks, 2);
 }
 
+int first_bad_sample(const double* const* arrays, int blocks, int N) {
+    for (int l = 0; l < N; ++l) {
+        for (int b = 0; b < blocks; ++b) {
+            if (!std::isfinite(arrays[b][l])) {
+                return l;
+            }
+        }
+    }
+    return -1;
+}
+
 int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by) {
     if (!bx || !by || ap_local < 1) {
         return 0;
@@ -89,7 +101,14 @@ int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* 
     if (result == Blocks::too_short) {
         std::fprintf(stderr, "%s: too short for 2 blocks of %d samples\n", path, ap_local);
     }
-    return result == Blocks::read ? 1 : 0;
+    if (result != Blocks::read) {
+        return 0;
+    }
+    const int l = first_bad_sample(arrays, 2, ap_local);
+    if (l >= 0) {
+        std::printf("Bad pulse sample at l=%d: xb=%g yb=%g\n", l, bx[l], by[l]);
+    }
+    return l < 0 ? 1 : 0;
 }
 
 int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays) {

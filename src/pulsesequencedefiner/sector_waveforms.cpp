@@ -67,6 +67,17 @@ bool resolve_waveform_path(const char* name, char* path) {
     return true;
 }
 
+/// Whether every sample that the layout stores is a number; a refusal is told.
+bool samples_are_finite(bool is_2d) {
+    const RuntimeState& rt = g_runtime;
+    const double* const arrays[] = {rt.xb, rt.yb, rt.gx, rt.gy, rt.gz};
+    const int l = first_bad_sample(arrays, is_2d ? 2 : 5, rt.ap);
+    if (l >= 0)
+        std::printf("Sample %d of the waveform is not finite: these parameters make no pulse or gradient.\n",
+                    l);
+    return l < 0;
+}
+
 /// Asks for the file of sector k and has `write` write it to the path. `contents` names what is stored.
 template <typename Write> int write_sector_waveform(int k, bool is_2d, const char* contents, Write write) {
     char folder[KOR_PATH_SIZE], leaf[leaf_size], name[KOR_PATH_SIZE], path[KOR_PATH_SIZE];
@@ -83,7 +94,7 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
     stored[0] = '\0';
     if (!resolve_waveform_path(name, path))
         return 1;
-    if (!write(path)) {
+    if (!samples_are_finite(is_2d) || !write(path)) {
         std::puts("Sector waveform file was not written.");
         return 1;
     }

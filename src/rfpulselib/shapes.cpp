@@ -26,6 +26,11 @@ void sech_tanh_sample(double t, double phase, double w, double b, double u, doub
     *y = 2 * KOR_PI * w * sech * std::sin(angle);
 }
 
+/// sin(x) / x, and 1 at x = 0: an area without width along an axis is excited evenly along it.
+double sinc(double x) {
+    return x == 0 ? 1 : std::sin(x) / x;
+}
+
 struct Sinc2dSample {
     double kx, ky;    // rad/cm
     double amplitude; // rad/s
@@ -42,10 +47,8 @@ Sinc2dSample sinc_2d_sample(double t, double T, double alfa, double A, double be
         s.kx = SINC_2D_K_ZERO;
     if (s.ky == 0)
         s.ky = SINC_2D_K_ZERO;
-    const double sinc_x = std::sin(s.kx * dx / 2) / (s.kx * dx / 2);
-    const double sinc_y = std::sin(s.ky * dy / 2) / (s.ky * dy / 2);
     const double f = std::sqrt(4 * KOR_PI * KOR_PI * n * n * g * g + 1);
-    s.amplitude = alfa * A * sinc_x * sinc_y * f / T;
+    s.amplitude = alfa * A * sinc(s.kx * dx / 2) * sinc(s.ky * dy / 2) * f / T;
     return s;
 }
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <limits>
 #include <numeric>
 
 namespace kor {
@@ -117,6 +118,29 @@ TEST(LoadWaveform, LongestWaveformFits) {
     EXPECT_EQ(koropt_load_waveform_xy("w", 8192, bx.data(), by.data()), 1);
     EXPECT_EQ(bx.back(), 8191.25);
     EXPECT_EQ(by.back(), 16383.25);
+}
+
+TEST(LoadWaveform, ASampleThatIsNotFiniteIsRefusedAsARunDoes) {
+    const TempTree folder;
+    const double infinite = std::numeric_limits<double>::infinity();
+    write_file("w", bytes_of(Doubles{1, 2, 3, 4, infinite, 6}));
+    Doubles bx(3), by(3);
+    auto printed =
+        play_console("", [&] { EXPECT_EQ(koropt_load_waveform_xy("w", 3, bx.data(), by.data()), 0); });
+    EXPECT_EQ(printed.out, "Bad pulse sample at l=1: xb=2 yb=inf\n");
+    write_file("w", bytes_of(Doubles{1, 2, 3, 4, infinite}));
+    printed = play_console("", [&] { EXPECT_EQ(koropt_load_waveform_xy("w", 2, bx.data(), by.data()), 1); });
+    EXPECT_EQ(printed.out + printed.err, "");
+}
+
+TEST(FirstBadSample, IsTheFirstOfAnyBlock) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const Doubles a{1, 2, 3, nan}, b{1, 2, nan, 4};
+    const double* const arrays[] = {a.data(), b.data()};
+    EXPECT_EQ(first_bad_sample(arrays, 2, 4), 2);
+    EXPECT_EQ(first_bad_sample(arrays, 1, 4), 3);
+    EXPECT_EQ(first_bad_sample(arrays, 2, 2), -1);
+    EXPECT_EQ(first_bad_sample(arrays, 2, 0), -1);
 }
 
 TEST(LoadWaveform, AbsentFileGivesTheSystemText) {

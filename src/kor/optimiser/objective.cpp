@@ -5,9 +5,9 @@
 #include "korengine.h"
 #include "koroptseq.h"
 #include "rfpulseparam.h"
+#include "rfwaveformfile.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <memory>
@@ -59,11 +59,8 @@ double func(double z) {
 }
 
 int optimised_pulse_is_finite(int ap, const double* xb, const double* yb) {
-    for (int k = 0; k < ap; ++k) {
-        if (!std::isfinite(xb[k]) || !std::isfinite(yb[k]))
-            return 0;
-    }
-    return 1;
+    const double* const arrays[] = {xb, yb};
+    return first_bad_sample(arrays, 2, ap) < 0 ? 1 : 0;
 }
 
 } // namespace kor

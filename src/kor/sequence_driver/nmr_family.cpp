@@ -6,6 +6,7 @@
 #include "kor/spin_system.h"
 #include "observablespectrumcalculator/signal_file.h"
 #include "observablespectrumcalculator/spectrum_routes.h"
+#include "rfwaveformfile.h"
 #include "sectors.h"
 #include "sequencetypes.h"
 

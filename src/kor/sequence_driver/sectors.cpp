@@ -7,7 +7,6 @@
 #include "kor/spin_system.h"
 #include "rfwaveformfile.h"
 
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 
@@ -47,17 +46,6 @@ void select_sector(int k) {
 
 void report_unreadable_pulse_file(int k) {
     std::printf("Error reading pulse file %s\n", g_runtime.fnames[k]);
-}
-
-int first_bad_sample(const double* const* arrays, int blocks, int count) {
-    for (int l = 0; l < count; ++l) {
-        for (int b = 0; b < blocks; ++b) {
-            if (!std::isfinite(arrays[b][l])) {
-                return l;
-            }
-        }
-    }
-    return -1;
 }
 
 void publish_density_file(const char* label) {

@@ -13,8 +13,6 @@ bool start_sequence_run();
 void select_sector(int k);
 /// Reports the waveform file of sector k as unreadable.
 void report_unreadable_pulse_file(int k);
-/// The first sample 0..count-1 at which one of the `blocks` arrays is not finite, or -1.
-int first_bad_sample(const double* const* arrays, int blocks, int count);
 /// Copies "dm.bin" to the result file and says so; `label` words the result ("density-matrix").
 void publish_density_file(const char* label);
 

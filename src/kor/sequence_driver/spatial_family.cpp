@@ -3,6 +3,7 @@
 
 #include "kor/propagation.h"
 #include "kor/runtime_state.h"
+#include "rfwaveformfile.h"
 #include "sectors.h"
 
 #include <cstdio>

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace kor;
 using namespace kor_test;
 
@@ -162,6 +164,33 @@ TEST(WriteSectorWaveformFile, AFileThatCannotBeWrittenLeavesNoName) {
                                "Sector waveform file was not written.\n");
     EXPECT_EQ(printed.err, "./no/a.bin: No such file or directory\n");
     EXPECT_STREQ(g_runtime.fnames[3], "");
+}
+
+TEST(WriteSectorWaveformFile, LooksAtEverySampleThatItStoresAndAtNoOther) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    TempTree tree;
+    RuntimeState& rt = g_runtime;
+    for (double* samples : {rt.xb, rt.yb, rt.gx, rt.gy, rt.gz}) {
+        prepare_waveform();
+        samples[2] = nan; // behind the pulse
+        play_console("./a.bin\n", [] { ps_write_spatial_sector_waveform_file(3); });
+        EXPECT_STREQ(rt.fnames[3], "./a.bin");
+        samples[1] = nan;
+        const ConsoleOutput printed =
+            play_console("./b.bin\n", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(3), 1); });
+        EXPECT_EQ(printed.out,
+                  file_name_question("RF and gradient", "lac_s03.bin") +
+                      "Sample 1 of the waveform is not finite: these parameters make no pulse or gradient.\n"
+                      "Sector waveform file was not written.\n");
+        EXPECT_STREQ(rt.fnames[3], "");
+        EXPECT_FALSE(tree.exists("b.bin"));
+        samples[1] = samples[2] = 0;
+    }
+    prepare_waveform();
+    rt.gz[0] = nan; // a 2D waveform has no gradients
+    play_console("./c.bin\n", [] { ps_write_2d_sector_waveform_file(3); });
+    EXPECT_STREQ(rt.fnames[3], "./c.bin");
+    rt.gz[0] = 0;
 }
 
 TEST(WriteSectorWaveformFile, APathBeyond255CharactersLeavesNoName) {

@@ -213,6 +213,24 @@ TEST(DefineSeqSector, AnAbandonedPulseIsNoPulse) {
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 3, 5), Blocks(5, std::vector<double>(3, 0.0)));
 }
 
+// A Gaussian of no duration divides by it; sech(b t) of so large a b has no logarithm left.
+TEST(DefineSeqSector, AWaveformThatIsNotFiniteReplacesNoFile) {
+    TempTree tree;
+    fresh_state_with_short_name();
+    tree.write("a.bin", "older");
+    for (const char* pulse : {"2\n3\n0\n3\n1\n1\n1\n1\n", "3\n3\n1000\n1\n0\n500\n5000\n5\n"}) {
+        std::snprintf(g_runtime.fnames[1], sizeof g_runtime.fnames[1], "older.bin");
+        const std::string out = define_spatial_sector(pulse + ("0\n" + NO_GRADIENTS) + "./a.bin\nnote\n").out;
+        EXPECT_NE(
+            out.find("File name : Sample 0 of the waveform is not finite: these parameters make no pulse or "
+                     "gradient.\nSector waveform file was not written.\nSector note (optional): "),
+            std::string::npos)
+            << out;
+        EXPECT_STREQ(g_runtime.fnames[1], "");
+        EXPECT_EQ(tree.read("a.bin"), "older");
+    }
+}
+
 TEST(DefineSeqSector, AnUnknownContentChangesNothing) {
     fresh_state_with_short_name();
     for (const char* answer : {"0\n", "6\n", "-1\n"}) {

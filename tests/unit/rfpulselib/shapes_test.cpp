@@ -198,6 +198,17 @@ TEST(Sinc2dPulse, WithoutKSpaceKeepsBothComponentsAtTheirSmallestValue) {
         EXPECT_NEAR(std::abs(w[i] - std::polar(1 / T, 1e-5 * (x0 + y0))), 0, 1e-10 / T);
 }
 
+TEST(Sinc2dPulse, OfAnAreaWithoutWidthIsTheLimitOfNarrowAreas) {
+    const int ap = 40;
+    ShapeSamples none(ap), narrow(ap);
+    compute_2d_sinc_offcentre(ap, 1e-4, 1.5, 3, 20, 8, 0, 0, 0.3, 0.1, none.xb.data(), none.yb.data());
+    compute_2d_sinc_offcentre(ap, 1e-4, 1.5, 3, 20, 8, 1e-9, 1e-9, 0.3, 0.1, narrow.xb.data(),
+                              narrow.yb.data());
+    const double scale = std::abs(narrow[0]);
+    for (int j = 0; j < ap; ++j)
+        expect_sample(none[j], narrow[j], scale);
+}
+
 TEST(SechTanhPulse, PeaksAtItsCentreAndIsEvenInTime) {
     const int ap = 100;
     const double w0 = 800, b = 600, u = 5, ti = 1e-4;
