@@ -1,5 +1,6 @@
 #include "pulsesequencedefiner/editor_actions.h"
 
+#include "consoleutil.h"
 #include "kor/runtime_state.h"
 #include "pulsesequencedefiner/prompts.h"
 #include "pulsesequencedefiner_state.h"
@@ -37,7 +38,8 @@ int ask_sector_offset(int k) {
 }
 
 int ask_sector_note(int k) {
-    return read_line_prompt("Sector note (optional): ", g_runtime.remarks[k], KOR_REMARK_SIZE);
+    return read_line_prompt("Sector note (optional): ", g_runtime.remarks[k], KOR_REMARK_SIZE) ||
+           console_resume_after_end();
 }
 
 void print_sector_header(const char* family, int k) {

@@ -1,5 +1,6 @@
 #include "pulsesequencedefiner/sector_waveforms.h"
 
+#include "consoleutil.h"
 #include "kor/runtime_state.h"
 #include "korcurrentmodel/loaded_model.h"
 #include "kordatafileio.h"
@@ -89,8 +90,12 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
         return 1;
     }
     build_default_leaf(k, is_2d, leaf);
-    if (!ask_waveform_file_name(folder, contents, leaf, name))
+    if (!ask_waveform_file_name(folder, contents, leaf, name)) {
+        // Who goes on at a terminal has a new time grid, and no file of it.
+        if (console_resume_after_end())
+            stored[0] = '\0';
         return 0;
+    }
     stored[0] = '\0';
     if (!resolve_waveform_path(name, path))
         return 1;

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -82,20 +83,76 @@ private:
 const std::string CTRL_D = "\x04";
 const std::string FAMILY = "Your choice [1..3] : ";
 const std::string EDITOR = "Your choice is [1..6] : ";
+const std::string GRADIENT = "Your choice [1..3] : ";
+const std::string FILE_NAME = "File name : ";
 const std::string SECTOR = "Sector number to define / edit = ";
+
+class ComposingPerson : public testing::Test {
+protected:
+    /// The program in a folder of its own, ready for answers at its main menu.
+    void SetUp() override {
+        tree_.make_folder("build");
+        fs::copy_file(kor_program(), tree_.path("build/kor"));
+        terminal_.emplace(tree_.path("build/kor"));
+        ASSERT_TRUE(terminal_->shows("Select [1-6]: "));
+    }
+    /// Types, and waits until the screen's new text ends with `next`.
+    void answer(const std::string& keys, const std::string& next) {
+        terminal_->type(keys);
+        EXPECT_TRUE(terminal_->shows(next)) << "after " << keys << ":\n" << terminal_->seen();
+    }
+    /// From the main menu to the editor of a new spatial sequence.
+    void begin_a_spatial_sequence() {
+        answer("2\n", "Your choice [1..7] : ");
+        answer("1\n", FAMILY);
+        answer("1\n", FAMILY);
+        answer("2\n", EDITOR);
+    }
+    /// A delay as sector 1, up to the question after its gradients, which ends with `next`.
+    void define_a_delay(const std::string& next) {
+        answer("1\n", SECTOR);
+        answer("1\n", "Your choice [1..5] : ");
+        answer("5\n", "Waiting time [ms] : ");
+        answer("2\n", "Static offset frequency [Hz] : ");
+        answer("0\n", GRADIENT);
+        for (const std::string& after : {GRADIENT, GRADIENT, next}) {
+            answer("1\n", " Constant gradient strength [Hz/cm] : ");
+            answer("0\n", after);
+        }
+    }
+    void expect_shown(const std::string& text) {
+        EXPECT_NE(terminal_->seen().find(text), std::string::npos) << text << "in\n" << terminal_->seen();
+    }
+    TempTree tree_;
+    std::optional<Terminal> terminal_;
+};
 
 } // namespace
 
-TEST(AtATerminal, APersonGoesOnAfterAnEndOfInput) {
-    TempTree tree;
-    tree.make_folder("build");
-    fs::copy_file(kor_program(), tree.path("build/kor"));
-    Terminal terminal(tree.path("build/kor"));
-    const auto answer = [&](const std::string& keys, const std::string& next) {
-        terminal.type(keys);
-        EXPECT_TRUE(terminal.shows(next)) << "after " << keys << ":\n" << terminal.seen();
-    };
-    ASSERT_TRUE(terminal.shows("Select [1-6]: "));
+TEST_F(ComposingPerson, MayEndTheInputAtTheNoteOfASector) {
+    begin_a_spatial_sequence();
+    define_a_delay(": ");
+    answer("delay\n", FILE_NAME);
+    answer("\n", "Sector note (optional): ");
+    answer(CTRL_D, EDITOR);
+    expect_shown("  sequence sectors      : 1\r\n");
+    expect_shown("Defined sectors : 1\r\n");
+    expect_shown("delay_s01.bin\r\n");
+}
+
+TEST_F(ComposingPerson, LeavesNoFileOfTheOlderWaveformInASectorLeftHalfWay) {
+    begin_a_spatial_sequence();
+    define_a_delay(": ");
+    answer("delay\n", FILE_NAME);
+    answer("\n", "Sector note (optional): ");
+    answer("\n", EDITOR);
+    expect_shown("delay_s01.bin\r\n");
+    define_a_delay(FILE_NAME);
+    answer(CTRL_D, EDITOR);
+    expect_shown("   RF/gradient file : <unset>\r\n");
+}
+
+TEST_F(ComposingPerson, GoesOnAfterAnEndOfInput) {
     answer("2\n", "Your choice [1..7] : ");
     answer("1\n", FAMILY);
     answer(CTRL_D, "\r\n" + FAMILY);
@@ -110,11 +167,11 @@ TEST(AtATerminal, APersonGoesOnAfterAnEndOfInput) {
     answer("0\n", "Your choice [1..3] : ");
     // Within the dialogue of a gradient it leaves the sector; the editor goes on.
     answer(CTRL_D, EDITOR);
-    EXPECT_NE(terminal.seen().find("  sequence sectors      : 0\r\n"), std::string::npos);
+    expect_shown("  sequence sectors      : 0\r\n");
     answer("6\n", FAMILY);
     answer("3\n", "Press Enter to continue...");
     answer("\n", "Your choice [1..7] : ");
     answer("7\n", "Select [1-6]: ");
     answer(CTRL_D, "[KOR] Exiting.\r\n");
-    EXPECT_EQ(terminal.exit_status(), 0);
+    EXPECT_EQ(terminal_->exit_status(), 0);
 }
