@@ -19,7 +19,8 @@ int ReadBxByPulse(const int* ap, double* xb, double* yb);
 /// unknown or the path does not fit.
 int ps_resolve_default_output_path(char* out, std::size_t cap, const char* name);
 /// Asks where sector k's waveform goes, writes it in the layout of its family and keeps the path in fnames[k]
-/// (empty after a failure, which is told). 1; 0 at the end of input: nothing is written then, and fnames[k]
+/// (empty after a failure, which is told; the loaded model file is never replaced). Other sectors that read
+/// the file just written are told. 1; 0 at the end of input: nothing is written then, and fnames[k]
 /// stays, or is empty where a person at a terminal goes on.
 int ps_write_spatial_sector_waveform_file(int k);
 int ps_write_2d_sector_waveform_file(int k);

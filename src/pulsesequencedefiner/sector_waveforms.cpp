@@ -79,6 +79,20 @@ bool samples_are_finite(bool is_2d) {
     return l < 0;
 }
 
+/// Whether the waveform would take the place of the loaded model file, which is told.
+bool is_loaded_model(const char* path) {
+    return g_loaded_model_path_valid && replaces_model_file(g_loaded_model_path, path);
+}
+
+/// Tells which other sectors of the sequence read the file just written for sector k.
+void tell_who_shares_the_file(int k) {
+    const RuntimeState& rt = g_runtime;
+    for (int other = 1; other <= rt.nos; ++other) {
+        if (other != k && rt.fnames[other][0] && platform_same_file(rt.fnames[other], rt.fnames[k]))
+            std::printf("Sector %d reads the same file.\n", other);
+    }
+}
+
 /// Asks for the file of sector k and has `write` write it to the path. `contents` names what is stored.
 template <typename Write> int write_sector_waveform(int k, bool is_2d, const char* contents, Write write) {
     char folder[KOR_PATH_SIZE], leaf[leaf_size], name[KOR_PATH_SIZE], path[KOR_PATH_SIZE];
@@ -99,12 +113,13 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
     stored[0] = '\0';
     if (!resolve_waveform_path(name, path))
         return 1;
-    if (!samples_are_finite(is_2d) || !write(path)) {
+    if (is_loaded_model(path) || !samples_are_finite(is_2d) || !write(path)) {
         std::puts("Sector waveform file was not written.");
         return 1;
     }
     std::memcpy(stored, path, std::strlen(path) + 1);
     std::printf("Sector waveform file written to : %s\n", stored);
+    tell_who_shares_the_file(k);
     return 1;
 }
 

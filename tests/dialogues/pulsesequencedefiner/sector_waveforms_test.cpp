@@ -193,6 +193,36 @@ TEST(WriteSectorWaveformFile, LooksAtEverySampleThatItStoresAndAtNoOther) {
     rt.gz[0] = 0;
 }
 
+TEST(WriteSectorWaveformFile, NeverReplacesTheLoadedModelFile) {
+    TempTree tree;
+    prepare_waveform();
+    tree.write("lac.kormodel", "the model");
+    set_loaded_model_path("lac.kormodel");
+    for (const auto write : {ps_write_spatial_sector_waveform_file, ps_write_2d_sector_waveform_file}) {
+        std::snprintf(g_runtime.fnames[3], sizeof g_runtime.fnames[3], "old.bin");
+        const ConsoleOutput printed = play_console("./lac.kormodel\n", [&] { EXPECT_EQ(write(3), 1); });
+        EXPECT_NE(printed.out.find("File name : Sector waveform file was not written.\n"), std::string::npos);
+        EXPECT_EQ(printed.err, "[KOR] The output file ./lac.kormodel is the model file.\n");
+        EXPECT_STREQ(g_runtime.fnames[3], "");
+        EXPECT_EQ(tree.read("lac.kormodel"), "the model");
+    }
+    clear_loaded_model_path();
+}
+
+TEST(WriteSectorWaveformFile, TellsWhichOtherSectorReadsTheSameFile) {
+    TempTree tree;
+    prepare_waveform();
+    g_runtime.nos = 4;
+    for (const int k : {1, 2, 5})
+        std::snprintf(g_runtime.fnames[k], sizeof g_runtime.fnames[k], "a.bin");
+    std::snprintf(g_runtime.fnames[4], sizeof g_runtime.fnames[4], "absent.bin");
+    const ConsoleOutput printed = play_console("./a.bin\n", [] { ps_write_2d_sector_waveform_file(2); });
+    EXPECT_EQ(printed.out, file_name_question("RF", "lac_2d_s02.bin") +
+                               "Sector waveform file written to : ./a.bin\nSector 1 reads the same file.\n");
+    EXPECT_EQ(play_console("./b.bin\n", [] { ps_write_2d_sector_waveform_file(2); }).out,
+              file_name_question("RF", "lac_2d_s02.bin") + "Sector waveform file written to : ./b.bin\n");
+}
+
 TEST(WriteSectorWaveformFile, APathBeyond255CharactersLeavesNoName) {
     TempTree tree;
     prepare_waveform();
