@@ -25,8 +25,8 @@ int first_bad_sample(const double* const* arrays, int blocks, int N);
 int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by);
 
 /// Reads `blocks` blocks of N doubles, one after another, into arrays[0..blocks-1] (each of at least N).
-/// 1; 0 for a missing or empty name, N outside 0..8192, a short file, or one that cannot be opened or
-/// read (with perror(name)). After a 0 the arrays may hold part of the file.
+/// 1; 0 for a missing or empty name, N outside 0..8192, a short file (with a message on standard error), or
+/// one that cannot be opened or read (with perror(name)). After a 0 the arrays may hold part of the file.
 int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays);
 
 } // namespace kor

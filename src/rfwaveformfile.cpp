@@ -42,32 +42,6 @@ int write_blocks(const char* name, int count, const Block* blocks, int block_cou
     return complete;
 }
 
-enum class Blocks { read, too_short, failed };
-
-/// What the system has to say about a failure is printed.
-Blocks read_blocks(const char* name, int N, int blocks, double* const* arrays) {
-    if (!name || !*name || N < 0 || N > KOR_MAX_RF_POINTS) {
-        return Blocks::failed;
-    }
-    std::FILE* file = platform_open(name, "rb");
-    if (!file) {
-        std::perror(name);
-        return Blocks::failed;
-    }
-    const std::size_t wanted = static_cast<std::size_t>(N);
-    Blocks result = Blocks::read;
-    for (int b = 0; b < blocks && result == Blocks::read; ++b) {
-        if (std::fread(arrays[b], sizeof(double), wanted, file) != wanted) {
-            result = std::ferror(file) ? Blocks::failed : Blocks::too_short;
-        }
-    }
-    if (std::ferror(file)) {
-        std::perror(name);
-    }
-    std::fclose(file);
-    return result;
-}
-
 } // namespace
 
 int BinArrayOut(const int* ap, const double* xb, const double* yb, const double* gx, const double* gy,
@@ -92,16 +66,35 @@ int first_bad_sample(const double* const* arrays, int blocks, int N) {
     return -1;
 }
 
+int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays) {
+    if (!name || !*name || N < 0 || N > KOR_MAX_RF_POINTS) {
+        return 0;
+    }
+    std::FILE* file = platform_open(name, "rb");
+    if (!file) {
+        std::perror(name);
+        return 0;
+    }
+    const std::size_t wanted = static_cast<std::size_t>(N);
+    bool complete = true;
+    for (int b = 0; b < blocks && complete; ++b) {
+        complete = std::fread(arrays[b], sizeof(double), wanted, file) == wanted;
+    }
+    if (std::ferror(file)) {
+        std::perror(name);
+    } else if (!complete) {
+        std::fprintf(stderr, "%s: too short for %d blocks of %d samples\n", name, blocks, N);
+    }
+    std::fclose(file);
+    return complete ? 1 : 0;
+}
+
 int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* by) {
     if (!bx || !by || ap_local < 1) {
         return 0;
     }
     double* const arrays[] = {bx, by};
-    const Blocks result = read_blocks(path, ap_local, 2, arrays);
-    if (result == Blocks::too_short) {
-        std::fprintf(stderr, "%s: too short for 2 blocks of %d samples\n", path, ap_local);
-    }
-    if (result != Blocks::read) {
+    if (!read_waveform_blocks(path, ap_local, 2, arrays)) {
         return 0;
     }
     const int l = first_bad_sample(arrays, 2, ap_local);
@@ -109,10 +102,6 @@ int koropt_load_waveform_xy(const char* path, int ap_local, double* bx, double* 
         std::printf("Bad pulse sample at l=%d: xb=%g yb=%g\n", l, bx[l], by[l]);
     }
     return l < 0 ? 1 : 0;
-}
-
-int read_waveform_blocks(const char* name, int N, int blocks, double* const* arrays) {
-    return read_blocks(name, N, blocks, arrays) == Blocks::read ? 1 : 0;
 }
 
 } // namespace kor

@@ -162,7 +162,9 @@ TEST(WaveformBlocks, AnyFileShorterThanItsBlocksFails) {
     }
     for (std::size_t length = 0; length < whole.size(); ++length) {
         write_file("w", whole.substr(0, length));
-        EXPECT_EQ(read_waveform_blocks("w", 3, 5, arrays), 0) << length;
+        const auto printed =
+            play_console("", [&] { EXPECT_EQ(read_waveform_blocks("w", 3, 5, arrays), 0) << length; });
+        EXPECT_EQ(printed.err, "w: too short for 5 blocks of 3 samples\n");
     }
     write_file("w", whole);
     EXPECT_EQ(read_waveform_blocks("w", 3, 5, arrays), 1);

@@ -112,7 +112,13 @@ TEST(DataMutations, WaveformFiles) {
             double* const arrays[] = {values[0], values[1], values[2], values[3], values[4]};
             const std::size_t wanted = sizeof(double) * samples * static_cast<std::size_t>(blocks);
             const bool whole = damaged.size() >= wanted;
-            EXPECT_EQ(read_waveform_blocks("x.bin", samples, blocks, arrays), whole ? 1 : 0);
+            int complete = -1;
+            const ConsoleOutput told =
+                play_console("", [&] { complete = read_waveform_blocks("x.bin", samples, blocks, arrays); });
+            EXPECT_EQ(complete, whole ? 1 : 0);
+            EXPECT_EQ(told.err,
+                      whole ? ""
+                            : "x.bin: too short for " + std::to_string(blocks) + " blocks of 6 samples\n");
             if (whole) {
                 EXPECT_EQ(std::memcmp(values, damaged.data(), wanted), 0);
             }

@@ -308,7 +308,7 @@ TEST(NmrRun, UnreadableWaveformFileEndsTheRun) {
     s.samples = 2;
     define_nmr_model(folder, {s}, "r");
     printed = run();
-    EXPECT_EQ(printed.err, "");
+    EXPECT_EQ(printed.err, "quarter: too short for 2 blocks of 2 samples\n");
     EXPECT_TRUE(contains(printed.out, "Error reading pulse file quarter\n"));
     EXPECT_FALSE(folder.exists("r"));
     EXPECT_FALSE(folder.exists("dm.bin"));

@@ -206,7 +206,7 @@ TEST(SpatialRun, ShortWaveformFileInALaterSectorLeavesNoResult) {
     folder.write("short", blocks(2, 0, 0, 0, 0, 0).substr(0, 79));
     define_spatial_model({waveform_sector("w", 2, ""), waveform_sector("short", 2, "")}, "r");
     const ConsoleOutput printed = play_console("", RunCurrentPreparedModel);
-    EXPECT_EQ(printed.err, "");
+    EXPECT_EQ(printed.err, "short: too short for 5 blocks of 2 samples\n");
     EXPECT_NE(printed.out.find("Error reading pulse file short\n"), std::string::npos);
     EXPECT_FALSE(folder.exists("r"));
     EXPECT_EQ(g_runtime.calc, 1);
