@@ -60,6 +60,9 @@ bool platform_may_replace(const char* path);
 /// Gives the file `to` the owner, group and access rights of `from`; nothing when that is not there. A group
 /// that this process cannot give gets no rights. Windows: nothing, a file has the rights of its folder.
 void platform_copy_rights(const char* from, const char* to);
+/// Bytes of a file that is open for reading, however large and wherever its position is, which stays; -1 when
+/// the system does not say.
+long long platform_file_size(std::FILE* file);
 /// Whether the two paths name one existing file.
 bool platform_same_file(const char* a, const char* b);
 /// Working directory: change (0 or the errno value) and ask (1 or 0).

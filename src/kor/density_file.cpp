@@ -129,19 +129,11 @@ bool open_for_resizing(int n, int count, std::FILE** file) {
     return resize;
 }
 
-/// Bytes of a file that is open at its beginning, or -1.
-long long size_of(std::FILE* file) {
-    const bool at_end = std::fseek(file, 0, SEEK_END) == 0;
-    const long long size = std::ftell(file);
-    std::rewind(file);
-    return at_end ? size : -1;
-}
-
 enum class Copied { whole, unread, unwritten };
 
 Copied copy_chunks(std::FILE* in, std::FILE* out) {
     static unsigned char chunk[kCopyChunk];
-    long long left = size_of(in);
+    long long left = platform_file_size(in);
     std::size_t got;
     while ((got = std::fread(chunk, 1, kCopyChunk, in)) > 0) {
         if (std::fwrite(chunk, 1, got, out) != got) {

@@ -216,6 +216,14 @@ void platform_copy_rights(const char* from, const char* to) {
     ::chmod(target.c_str(), info.st_mode & (group_stays ? 0777 : 0707));
 }
 
+long long platform_file_size(std::FILE* file) {
+    const off_t position = ::ftello(file);
+    if (position < 0 || ::fseeko(file, 0, SEEK_END) != 0)
+        return -1;
+    const off_t size = ::ftello(file);
+    return ::fseeko(file, position, SEEK_SET) == 0 ? static_cast<long long>(size) : -1;
+}
+
 bool platform_same_file(const char* a, const char* b) {
     struct stat first, second;
     return ::stat(native(a).c_str(), &first) == 0 && ::stat(native(b).c_str(), &second) == 0 &&

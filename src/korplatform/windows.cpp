@@ -311,6 +311,10 @@ bool platform_may_replace(const char* path) {
 
 void platform_copy_rights(const char*, const char*) {}
 
+long long platform_file_size(std::FILE* file) {
+    return _filelengthi64(_fileno(file));
+}
+
 bool platform_same_file(const char* a, const char* b) {
     FileIdentity first, second;
     return identify(a, first) && identify(b, second) &&

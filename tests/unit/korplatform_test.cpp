@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include <unistd.h>
 
@@ -161,6 +162,31 @@ TEST(MakeDir, AFolderThatIsThereIsTheOnlyTrouble) {
     EXPECT_EQ(platform_make_dir("folder"), 0);
     EXPECT_EQ(platform_make_dir("folder"), EEXIST);
     EXPECT_EQ(platform_make_dir("absent/folder"), ENOENT);
+}
+
+// The result of a large grid is larger than a number of 32 bits tells. The file takes no room on the disk:
+// nothing is written between its first bytes and its last one.
+TEST(FileSize, CountsBeyondFourGigabytesAndLeavesThePosition) {
+    const TempTree tree;
+    for (const long long size : {5LL, (1LL << 31) + 1, 3LL << 30, (1LL << 32) + 7}) {
+        std::ofstream("large", std::ios::binary).write("ab", 2).seekp(size - 1).put('c');
+        std::FILE* file = platform_open("large", "rb");
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(platform_file_size(file), size);
+        EXPECT_EQ(std::fgetc(file), 'a');
+        EXPECT_EQ(platform_file_size(file), size);
+        EXPECT_EQ(std::fgetc(file), 'b');
+        std::fclose(file);
+    }
+}
+
+TEST(FileSize, OfAnEmptyFileIsNothing) {
+    const TempTree tree;
+    tree.write("empty", "");
+    std::FILE* file = platform_open("empty", "rb");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(platform_file_size(file), 0);
+    std::fclose(file);
 }
 
 TEST(SameFile, IsOneFileUnderTwoNames) {
