@@ -20,7 +20,9 @@ int kor_dirname_copy(const char* path, char* out, std::size_t size);
 int kor_parent_dir_copy(const char* path, char* out, std::size_t size);
 /// The root of the model set whose model file is given: the parent of the model file's folder. Where the
 /// path does not name that parent ("my_model", "./my_model", "../x/../my_model"), it is found from the
-/// working directory's absolute path, without "." and "..".
+/// working directory's absolute path, without "." and "..". 0 where that directory is not what the path
+/// starts from: for a file in the root of a drive ("D:\x", "\x"), in a folder there without the drive's name,
+/// or one found from a drive's own working directory ("D:x").
 int kor_set_root_folder(const char* model_filename, char* out, std::size_t size);
 /// A letter, ':' and a separator, or two equal leading separators; on Linux also one leading '/'.
 int kor_path_is_absolute(const char* path);

@@ -183,9 +183,13 @@ int kor_set_root_folder(const char* model_filename, char* out, std::size_t size)
     char dir[KOR_PATH_SIZE] = "";
     if (!model_filename)
         return 0;
-    kor_dirname_copy(model_filename, dir, sizeof dir);
+    const int has_folder = kor_dirname_copy(model_filename, dir, sizeof dir);
+    if (has_folder && dir[0] == '\0')
+        return 0;
     if (last_separator(dir) && !is_dot_folder(behind_last_separator(dir)))
-        return kor_dirname_copy(dir, out, size);
+        return kor_dirname_copy(dir, out, size) && out[0] != '\0';
+    if (!kor_path_is_absolute(dir) && !platform_takes_name(model_filename))
+        return 0;
     char current[KOR_PATH_SIZE] = "";
     char whole[KOR_PATH_SIZE];
     if (!kor_path_is_absolute(dir) && !platform_current_dir(current, sizeof current))

@@ -151,6 +151,12 @@ TEST(SetRoot, NoFolderLiesAboveADrive) {
     EXPECT_EQ(root_of("C:\\y\\x\\..\\x.kormodel"), "C:");
 }
 
+TEST(SetRoot, IsNotTheWorkingDirectoryForWhatLiesInNoOtherFolder) {
+    EXPECT_EQ(root_of("/x.kormodel"), "/");
+    EXPECT_EQ(root_of("\\x.kormodel"), "<failed>");
+    EXPECT_EQ(root_of("\\models\\x.kormodel"), "<failed>");
+}
+
 TEST(AbsolutePath, IsADriveWithSeparatorOrTwoLeadingSeparators) {
     for (const char* path : {"C:\\x", "z:/x", "\\\\server\\x", "//server/x"})
         EXPECT_EQ(kor_path_is_absolute(path), 1) << path;

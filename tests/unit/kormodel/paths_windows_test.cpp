@@ -3,6 +3,7 @@
 
 #include "korlimits.h"
 #include "korpaths.h"
+#include "korplatform.h"
 #include "path_calls.h"
 #include "support/temp_tree.h"
 
@@ -15,6 +16,10 @@ namespace {
 
 std::string join(const char* dir, const char* leaf) {
     return path_of([&](char* out, std::size_t n) { return kor_join_path(out, n, dir, leaf); });
+}
+
+std::string root_of(const char* model) {
+    return path_of([&](char* out, std::size_t n) { return kor_set_root_folder(model, out, n); });
 }
 
 std::string resolve_part(const char* model, const char* value) {
@@ -62,6 +67,24 @@ TEST(JoinPath, InsertsABackslashUnlessASeparatorIsThere) {
     EXPECT_EQ(join("C:/data/", "x"), "C:/data/x");
     EXPECT_EQ(join("C:/data", "x"), "C:/data\\x");
     EXPECT_EQ(join("", "x"), "x");
+}
+
+TEST(SetRoot, IsTheParentOfTheModelFilesFolder) {
+    EXPECT_EQ(root_of("D:\\models\\x.kormodel"), "D:");
+    EXPECT_EQ(root_of("D:/root/models/x.kormodel"), "D:/root");
+    EXPECT_EQ(root_of("D:root\\models\\x.kormodel"), "D:root");
+    EXPECT_EQ(root_of("\\root\\models\\x.kormodel"), "\\root");
+    EXPECT_EQ(root_of("..\\models\\x.kormodel"), "..");
+    const std::string here = path_of([](char* out, std::size_t n) { return platform_current_dir(out, n); });
+    EXPECT_EQ(root_of("models\\x.kormodel"), here);
+}
+
+// What is to be written on a drive must not be looked for below the working directory.
+TEST(SetRoot, IsNotTheWorkingDirectoryForAFileOnADrive) {
+    for (const char* model :
+         {"D:\\x.kormodel", "D:/x.kormodel", "\\x.kormodel", "/x.kormodel", "D:x.kormodel",
+          "D:models\\x.kormodel", "\\models\\x.kormodel", "/models/x.kormodel"})
+        EXPECT_EQ(root_of(model), "<failed>") << model;
 }
 
 TEST(PathIsAbsolute, NeedsADriveOrADoubleSeparator) {
