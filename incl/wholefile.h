@@ -23,7 +23,8 @@ struct WholeFile {
     std::string beside; // what is written until it is whole; empty when it is written in place
 };
 
-/// Opens a file that is to become `name`; mode "w" or "wb". False with errno when it cannot be opened.
+/// Opens a file that is to become `name`; mode "w" or "wb". False with errno when it cannot be opened: EINVAL
+/// where no file can have the name (platform_takes_name, of what stands behind folders and drive).
 bool open_whole_file(const char* name, const char* mode, WholeFile& out);
 /// Closes the file and gives it its name. False with errno when a write, the close or the renaming failed:
 /// the file beside is then gone (a file written in place stays as far as it went).

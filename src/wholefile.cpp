@@ -8,6 +8,15 @@ namespace kor {
 
 namespace {
 
+/// Whether the name behind its folder and drive is one that a file can have; the system would write to a
+/// device, or to a hidden part of another file.
+bool is_file_name(const std::string& name) {
+    const bool on_drive = name.size() > 1 && name[1] == ':';
+    const std::size_t separator = name.find_last_of("\\/");
+    const std::size_t start = separator != std::string::npos ? separator + 1 : on_drive ? 2 : 0;
+    return platform_takes_name(name.c_str() + start);
+}
+
 /// Whether the folder or its names, not the disk, are the reason that no file can be made beside another one.
 bool folder_takes_no_file(int error) {
     return error == EACCES || error == EPERM || error == ENAMETOOLONG || error == EEXIST;
@@ -49,6 +58,10 @@ int close_file(std::FILE* file) {
 
 bool open_whole_file(const char* name, const char* mode, WholeFile& out) {
     out = {nullptr, name ? name : "", ""};
+    if (!is_file_name(out.name)) {
+        errno = EINVAL;
+        return false;
+    }
     if (platform_may_replace(out.name.c_str())) {
         out.file = open_beside(out.name, mode, out.beside);
         if (out.file) {
