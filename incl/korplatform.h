@@ -41,7 +41,8 @@ extern const int PLATFORM_NO_DATA;
 /// a way that forbids it: another process that writes the same result, or a virus scanner. Then they fail
 /// with EACCES.
 ///
-/// fopen with the native path. nullptr and errno on failure; a folder is a failure too.
+/// fopen with the native path. nullptr and errno on failure; a folder is a failure too. Mode "r" reads every
+/// byte as it is, on Windows as well; line ends may be CR LF there.
 std::FILE* platform_open(const char* path, const char* mode);
 /// The same for a file that is to be new, mode "w" or "wb": EEXIST where anything has the name, be it a link
 /// that leads nowhere.

@@ -18,6 +18,7 @@ namespace {
 
 constexpr DWORD EXECUTABLE_NAME_SIZE = 260;
 constexpr DWORD FOLDER_NAME_SIZE = MAX_PATH - 12; // a folder leaves room for a short file name in it
+constexpr std::size_t LONGEST_COMPONENT = 255;
 constexpr UINT UTF8_CODE_PAGE = 65001;
 constexpr ULONGLONG LONGEST_WAIT_MS = 2000; // for a file that somebody else has just opened
 constexpr DWORD PAUSE_MS = 5;
@@ -44,6 +45,30 @@ std::string in_folder(const char* dir, const std::string& name) {
     return path + name;
 }
 
+/// The text in the system's wide characters, and back.
+std::wstring wide(const std::string& text) {
+    const int length = MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, nullptr, 0);
+    std::wstring out(static_cast<std::size_t>(std::max(length, 1)), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, out.data(), length);
+    out.pop_back();
+    return out;
+}
+
+std::string narrow(const std::wstring& text) {
+    const int length = WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
+    std::string out(static_cast<std::size_t>(std::max(length, 1)), '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, out.data(), length, nullptr, nullptr);
+    out.pop_back();
+    return out;
+}
+
+/// What numbers a port in the name of a device: the digits but 0, and the three superscript ones of Latin-1.
+bool is_port_number(const std::string& text) {
+    if (text.size() == 1)
+        return text[0] >= '1' && text[0] <= '9';
+    return text == "\u00B9" || text == "\u00B2" || text == "\u00B3";
+}
+
 /// Whether the system takes a name for a device, whatever its extension.
 bool is_device(const std::string& component) {
     std::string stem = component.substr(0, component.find('.'));
@@ -52,7 +77,7 @@ bool is_device(const std::string& component) {
         if (_stricmp(stem.c_str(), device) == 0)
             return true;
     const bool is_port = _strnicmp(stem.c_str(), "COM", 3) == 0 || _strnicmp(stem.c_str(), "LPT", 3) == 0;
-    return is_port && stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9';
+    return is_port && is_port_number(stem.substr(3));
 }
 
 /// Whether a file or folder in another one can have the name.
@@ -73,10 +98,28 @@ bool ends_in_ignoring_case(const std::string& name, const std::string& end) {
 /// Whether the full name that the path stands for, with its terminator, is more than `size` characters long.
 /// (The function for narrow characters gives up on such names.)
 bool is_longer_than(DWORD size, const char* path) {
-    const int length = static_cast<int>(std::strlen(path)) + 1;
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, path, length, wide.data(), length);
-    return GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr) > size;
+    return GetFullPathNameW(wide(path).c_str(), 0, nullptr, nullptr) > size;
+}
+
+/// Whether nothing but the file is missing: the system found the folder and looked there for a name that it
+/// can have.
+bool is_merely_absent(const char* path) {
+    const std::wstring name = wide(path);
+    const std::size_t leaf = name.size() - (name.find_last_of(L"\\/") + 1);
+    return leaf <= LONGEST_COMPONENT && GetFileAttributesW(name.c_str()) == INVALID_FILE_ATTRIBUTES &&
+           GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+/// Whether the two paths lead to one place, links and short names aside.
+bool same_full_path(const char* a, const char* b) {
+    const auto full = [](const char* path) {
+        wchar_t* name = _wfullpath(nullptr, wide(path).c_str(), 0);
+        const std::wstring copy = name ? name : L"";
+        std::free(name);
+        return copy;
+    };
+    const std::wstring first = full(a);
+    return !first.empty() && _wcsicmp(first.c_str(), full(b).c_str()) == 0;
 }
 
 using FileIdentity = BY_HANDLE_FILE_INFORMATION;
@@ -112,6 +155,16 @@ template <typename Attempt> DWORD insist(const char* path, const Attempt& attemp
     return error;
 }
 
+bool same_number(const FileIdentity& a, const FileIdentity& b) {
+    return a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
+           a.nFileIndexLow == b.nFileIndexLow;
+}
+
+/// Not every file system of the network numbers its files.
+bool has_number(const FileIdentity& file) {
+    return file.nFileIndexHigh != 0 || file.nFileIndexLow != 0;
+}
+
 /// What the system knows a file by; false when it cannot be opened.
 bool identify(const char* path, FileIdentity& file) {
     const HANDLE handle =
@@ -125,11 +178,14 @@ bool identify(const char* path, FileIdentity& file) {
 }
 
 /// 0, or the errno value of a call that failed on the path. The runtime library calls a name that is too long
-/// missing.
+/// missing; where long names are switched on, one may be missing indeed. (A folder that could not be made is
+/// always missing.)
 int status_of(int result, const char* path, DWORD size = MAX_PATH) {
     if (result == 0)
         return 0;
-    if ((errno == ENOENT || errno == EINVAL) && is_longer_than(size, path))
+    const bool may_be_absent = errno == ENOENT && size == MAX_PATH;
+    if ((errno == ENOENT || errno == EINVAL) && is_longer_than(size, path) &&
+        !(may_be_absent && is_merely_absent(path)))
         errno = ENAMETOOLONG;
     return errno;
 }
@@ -237,10 +293,12 @@ const int PLATFORM_NO_DATA = EIO;
 
 std::FILE* platform_open(const char* path, const char* mode) {
     const char* const name = path ? path : "";
+    // A text would end at the first byte 26; its readers take a carriage return for a blank.
+    const char* const kind = std::strcmp(mode, "r") == 0 ? "rb" : mode;
     std::FILE* file = nullptr;
-    insist(name, [&file, name, mode]() -> DWORD {
+    insist(name, [&file, name, kind]() -> DWORD {
         _doserrno = 0; // not every failure is the system's
-        file = std::fopen(name, mode);
+        file = std::fopen(name, kind);
         return file ? 0 : _doserrno;
     });
     if (!file && status_of(-1, name) == EACCES && is_folder(name))
@@ -317,9 +375,9 @@ long long platform_file_size(std::FILE* file) {
 
 bool platform_same_file(const char* a, const char* b) {
     FileIdentity first, second;
-    return identify(a, first) && identify(b, second) &&
-           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
-           first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
+    if (!identify(a, first) || !identify(b, second) || !same_number(first, second))
+        return false;
+    return has_number(first) || same_full_path(a, b);
 }
 
 int platform_change_dir(const char* path) {
@@ -352,20 +410,22 @@ int platform_list_files(const char* dir, const char* extension, int (*visit)(con
                         void* context) {
     if (!dir || !*dir || !extension || !visit)
         return 0;
-    WIN32_FIND_DATAA entry;
-    const HANDLE search = FindFirstFileA(in_folder(dir, std::string("*") + extension).c_str(), &entry);
+    // The functions for narrow characters stop at a name that is longer than 259 of them.
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW(wide(in_folder(dir, std::string("*") + extension)).c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE)
         return 0;
     int visited = 0;
     bool more = true;
     while (more) {
         const bool folder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        if (!folder && ends_in_ignoring_case(entry.cFileName, extension)) {
+        const std::string name = narrow(entry.cFileName);
+        if (!folder && ends_in_ignoring_case(name, extension)) {
             ++visited;
-            if (!visit(entry.cFileName, context))
+            if (!visit(name.c_str(), context))
                 break;
         }
-        more = FindNextFileA(search, &entry) != 0;
+        more = FindNextFileW(search, &entry) != 0;
     }
     FindClose(search);
     return visited;

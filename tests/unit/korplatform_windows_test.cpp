@@ -9,9 +9,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
+#include <fcntl.h>
 #include <windows.h>
 
 namespace {
@@ -66,15 +68,34 @@ TEST(PathIsAbsolute, TakesDrivesAndDoubleSeparators) {
 }
 
 TEST(TakesName, RefusesWhatTheSystemWritesElsewhere) {
-    for (const char* name :
-         {"C:",       "a:b",    "a<b",     "a>b",     "\"a\"",  "a|b",     "a?",     "*",
-          "a\tb",     "\x01",   "\x1F",    "a.",      "a ",     "...",     "a/b./c", "x:\\a",
-          "CON",      "con",    "Prn",     "AUX",     "nul",    "COM1",    "lpt9",   "nul.txt",
-          "com1.a.b", "nul .x", "a/nul/b", "a\\COM9", "CONIN$", "conout$", "a\xF0"})
+    for (const char* name : {"C:",       "a:b",       "a<b",           "a>b",      "\"a\"",  "a|b",
+                             "a?",       "*",         "a\tb",          "\x01",     "\x1F",   "a.",
+                             "a ",       "...",       "a/b./c",        "x:\\a",    "CON",    "con",
+                             "Prn",      "AUX",       "nul",           "COM1",     "lpt9",   "nul.txt",
+                             "com1.a.b", "nul .x",    "a/nul/b",       "a\\COM9",  "CONIN$", "conout$",
+                             "a\xF0",    "COM\u00B9", "lpt\u00B2.txt", "com\u00B3"})
         EXPECT_FALSE(platform_takes_name(name)) << name;
-    for (const char* name :
-         {"a", "two/levels", "two\\levels", ".a", "a.b", " a", "a b", "..", "./a", "../a", "/a/", "console",
-          "con-1", "COM", "COM0", "COM10", "a.con", "nul_1", "(a+b)=[c];,'$%&#@!~`^{}"})
+    for (const char* name : {"a",
+                             "two/levels",
+                             "two\\levels",
+                             ".a",
+                             "a.b",
+                             " a",
+                             "a b",
+                             "..",
+                             "./a",
+                             "../a",
+                             "/a/",
+                             "console",
+                             "con-1",
+                             "COM",
+                             "COM0",
+                             "COM10",
+                             "a.con",
+                             "nul_1",
+                             "COM\u2074",
+                             "COM\u00B9\u00B9",
+                             "(a+b)=[c];,'$%&#@!~`^{}"})
         EXPECT_TRUE(platform_takes_name(name)) << name;
     EXPECT_TRUE(platform_takes_name(MANY_SCRIPTS.c_str()));
 }
@@ -94,6 +115,33 @@ TEST(PlatformOpen, TextFilesHaveTheSystemsLineEnds) {
     char text[20] = "";
     EXPECT_STREQ(std::fgets(text, sizeof text, file), "one\n");
     std::fclose(file);
+}
+
+// The byte 26 ended a text in an older system; the runtime library of Windows still stops there.
+TEST(PlatformOpen, ReadsATextToItsEnd) {
+    TempTree tree;
+    tree.write("a.txt", "one\x1Atwo\r\n");
+    _fmode = _O_TEXT; // as in the program
+    std::FILE* file = platform_open("a.txt", "r");
+    _fmode = _O_BINARY;
+    ASSERT_NE(file, nullptr);
+    char text[20] = "";
+    EXPECT_STREQ(std::fgets(text, sizeof text, file), "one\x1Atwo\r\n");
+    std::fclose(file);
+}
+
+// Where the system takes such names, a file may be missing that has one.
+TEST(PlatformOpen, SaysWhenAFileWithALongNameIsMissing) {
+    TempTree tree;
+    const std::string folder(100, 'f');
+    for (int depth = 0; depth < 3; ++depth) {
+        ASSERT_EQ(platform_make_dir(folder.c_str()), 0);
+        ASSERT_EQ(platform_change_dir(folder.c_str()), 0);
+    }
+    EXPECT_EQ(platform_open("missing", "r"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(platform_remove("missing"), ENOENT);
+    ASSERT_EQ(platform_change_dir(tree.path().c_str()), 0);
 }
 
 TEST(PlatformOpen, TakesNamesInEveryScript) {
@@ -147,13 +195,30 @@ TEST(ListFiles, TakesFilesOfTheWholeExtension) {
     }
 }
 
+// Such a name has three bytes for each letter.
+TEST(ListFiles, TakesNamesOfMoreBytesThanLetters) {
+    TempTree tree;
+    std::string letters;
+    for (int k = 0; k < 80; ++k)
+        letters += "\xE4\xB8\xAD";
+    const Names expected = {"a.kormodel", letters + "1.kormodel", letters + "2.kormodel"};
+    for (const std::string& name : expected)
+        tree.write("models/" + name, "");
+    Names names;
+    EXPECT_EQ(platform_list_files("models", ".kormodel", remember, &names), 3);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, expected);
+}
+
 TEST(Console, TheEmptyDeviceIsNoTerminal) {
     ASSERT_NE(std::freopen("NUL", "r", stdin), nullptr);
     EXPECT_FALSE(platform_input_is_terminal());
 }
 
 TEST(Utf8Console, SetsTheOutputCodePage) {
-    const bool has_console = SetConsoleOutputCP(437) != 0;
+    if (SetConsoleOutputCP(437) == 0)
+        GTEST_SKIP() << "no console here";
+    ASSERT_EQ(GetConsoleOutputCP(), 437U);
     platform_use_utf8_console();
-    EXPECT_EQ(GetConsoleOutputCP(), has_console ? 65001U : 0U);
+    EXPECT_EQ(GetConsoleOutputCP(), 65001U);
 }
