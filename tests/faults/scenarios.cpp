@@ -71,7 +71,7 @@ struct Builder {
 void make_optimiser(Scenario& s, const Builder& build) {
     ModelText model = nmr_model("pulse", 1);
     // Well below 90 degrees; the table of the pulse is longer than a stream's buffer.
-    model.sectors[0] = sector(400, std::vector<double>(400, 650.0), {}, model.sectors[0].remark);
+    model.sectors[0] = sector(512, std::vector<double>(512, 500.0), {}, model.sectors[0].remark);
     build.write(model);
     s.input = "3\n1\n\n" // import
               "2\n5\n1\n1\n1\n1\n1\npulse.csv\n1\n\n7\n6\n";
