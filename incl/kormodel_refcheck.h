@@ -14,7 +14,8 @@
 namespace kor {
 
 /// Runs every case, prints PASS and FAIL lines and the verdict. The definition part of the runtime state is
-/// captured before the first case and restored after the last.
+/// captured before the first case and restored after the last, with all of its spins and couplings; the
+/// scratch files of the last run in the working directory stay as they are.
 /// Returns 1 when every case passed, else 0.
 int KORModel_RunReferenceChecks();
 

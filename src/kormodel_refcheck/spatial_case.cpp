@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace kor {
 
@@ -24,8 +25,11 @@ constexpr int states = 4;
 constexpr int voxels = 5;
 constexpr int center_voxel = 3;
 
-// The folders and files of the case.
+// The folders and files of the case, from the working directory; the saved model also from the root of the
+// case.
+constexpr char model_from_root[] = "models/case.kormodel";
 struct CasePaths {
+    char working[KOR_PATH_SIZE]; // the working directory itself, absolute
     char root[KOR_PATH_SIZE];
     char models[KOR_PATH_SIZE];
     char rf_output[KOR_PATH_SIZE];
@@ -54,12 +58,11 @@ bool create_folders(const CasePaths& paths) {
 
 // The result file needs its full path: a relative one would be looked for in the runtime results folder.
 bool build_file_paths(CasePaths* paths) {
-    char current[KOR_PATH_SIZE];
     char models[KOR_PATH_SIZE];
     return kor_join_path(paths->model_file, sizeof paths->model_file, paths->models, "case.kormodel") &&
            kor_join_path(paths->pulse_file, sizeof paths->pulse_file, paths->rf_output, "wave1-excitation") &&
-           platform_current_dir(current, sizeof current) &&
-           kor_join_path(models, sizeof models, current, paths->models) &&
+           platform_current_dir(paths->working, sizeof paths->working) &&
+           kor_join_path(models, sizeof models, paths->working, paths->models) &&
            kor_join_path(paths->result_file, sizeof paths->result_file, models,
                          "spatial-gradient-result.bin");
 }
@@ -80,21 +83,24 @@ bool prepare_paths(CasePaths* paths) {
     return true;
 }
 
-// Writes the model set, reads it back into the records.
-bool save_and_load(const char* model_file, ModelRecords* model) {
+bool save_case(const char* model_file, const ModelRecords& model) {
     char message[KOR_MESSAGE_SIZE] = "";
-    KORModelStatus status =
-        KORModel_SaveText(model_file, &model->spin, &model->seq, &model->cfg, message, sizeof message);
-    if (status != KOR_MODEL_OK) {
-        std::printf("FAIL %-9s save failed: %s (%s)\n", tag, KORModelStatusString(status), message);
-        return false;
-    }
-    status = KORModel_LoadText(model_file, &model->spin, &model->seq, &model->cfg, message, sizeof message);
-    if (status != KOR_MODEL_OK) {
-        std::printf("FAIL %-9s load failed: %s (%s)\n", tag, KORModelStatusString(status), message);
-        return false;
-    }
-    return true;
+    const KORModelStatus status =
+        KORModel_SaveText(model_file, &model.spin, &model.seq, &model.cfg, message, sizeof message);
+    if (status == KOR_MODEL_OK)
+        return true;
+    std::printf("FAIL %-9s save failed: %s (%s)\n", tag, KORModelStatusString(status), message);
+    return false;
+}
+
+bool load_case(const char* model_file, ModelRecords* model) {
+    char message[KOR_MESSAGE_SIZE] = "";
+    const KORModelStatus status =
+        KORModel_LoadText(model_file, &model->spin, &model->seq, &model->cfg, message, sizeof message);
+    if (status == KOR_MODEL_OK)
+        return true;
+    std::printf("FAIL %-9s load failed: %s (%s)\n", tag, KORModelStatusString(status), message);
+    return false;
 }
 
 // Activates and runs the model without listings and progress.
@@ -112,6 +118,36 @@ bool run_quietly(const ModelRecords& model) {
     return false;
 }
 
+// Loads and runs the saved model in the root of the case, and leaves its result file.
+bool load_and_run(const CasePaths& paths, ModelRecords* model) {
+    if (!load_case(model_from_root, model))
+        return false;
+    platform_remove(paths.result_file);
+    platform_remove(model->cfg.result_filename);
+    if (!run_quietly(*model))
+        return false;
+    if (kor_file_exists_local(model->cfg.result_filename))
+        return true;
+    std::printf("FAIL %-9s result file was not created: %s\n", tag, model->cfg.result_filename);
+    return false;
+}
+
+bool change_folder(const char* folder) {
+    const int error = platform_change_dir(folder);
+    if (error != 0)
+        std::printf("FAIL %-9s could not change to folder %s: %s\n", tag, folder, std::strerror(error));
+    return error == 0;
+}
+
+// A run deletes the scratch files of the last one in its working directory and leaves its own: this one works
+// in the root of the case, so that those of the user's last run stay.
+bool run_in_root(const CasePaths& paths, ModelRecords* model) {
+    if (!change_folder(paths.root))
+        return false;
+    const bool done = load_and_run(paths, model);
+    return change_folder(paths.working) && done;
+}
+
 // From the records to the result file, whose name goes to result_path.
 bool produce_result(const CasePaths& paths, char (&result_path)[KOR_FILE_NAME_SIZE]) {
     static ModelRecords model;
@@ -119,16 +155,8 @@ bool produce_result(const CasePaths& paths, char (&result_path)[KOR_FILE_NAME_SI
     // it holds wherever the program is installed, in a folder with blanks in its name too.
     BuildSpatialGradientReferenceCase("../../rf-output/wave1-excitation", paths.result_file, &model.spin,
                                       &model.seq, &model.cfg);
-    if (!save_and_load(paths.model_file, &model))
+    if (!save_case(paths.model_file, model) || !run_in_root(paths, &model))
         return false;
-    platform_remove(paths.result_file);
-    platform_remove(model.cfg.result_filename);
-    if (!run_quietly(model))
-        return false;
-    if (!kor_file_exists_local(model.cfg.result_filename)) {
-        std::printf("FAIL %-9s result file was not created: %s\n", tag, model.cfg.result_filename);
-        return false;
-    }
     std::snprintf(result_path, sizeof result_path, "%s", model.cfg.result_filename);
     return true;
 }

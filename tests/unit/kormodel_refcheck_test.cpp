@@ -56,6 +56,7 @@ std::string split_line() {
 const char spin_lines[] = "PASS          spin-operator-reference\n"
                           "PASS          hamiltonian-reference\n"
                           "PASS          weak-two-spin-spectrum-reference\n";
+const char* const last_run_files[] = {"dm.bin", "store", "korsign.bin", "spectra.bin"};
 const char malformed_lines[] = "PASS          malformed-duplicate-key\n"
                                "PASS          malformed-invalid-sequence-type\n";
 
@@ -76,6 +77,35 @@ CMatrix& fresh_matrix() {
 std::string computed_spatial_result() {
     EXPECT_TRUE(played_check(check_spatial_gradient_case).ok);
     return read_file("kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin");
+}
+
+// A system of that many spins 1/2 in which no two values are alike, with its operators.
+void define_every_value(int spins) {
+    RuntimeState& state = g_runtime;
+    define_spins(std::vector<double>(static_cast<std::size_t>(spins), 0.0));
+    state.Jcount = spins * (spins - 1) / 2;
+    for (int i = 1, pair = 1; i <= spins; ++i) {
+        state.relspinamp[i] = 0.5 + 0.25 * i;
+        state.resofreqs[i] = 13.0 * i - 40.0;
+        for (int j = i + 1; j <= spins; ++j, ++pair)
+            state.couplings[pair] = state.jc[i][j] = state.jc[j][i] = 1.5 + pair;
+    }
+    state.systemset = 1;
+    KOR_SetSmokeCheckMode(1);
+    KOR_RebuildSpinSystemFromPulseSequenceGlobals();
+    KOR_SetSmokeCheckMode(0);
+}
+
+template <class T> bool same_bytes(const T& a, const T& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+bool same_leading_block(const CMatrix& a, const CMatrix& b) {
+    for (int i = 1; i <= g_runtime.n; ++i)
+        for (int j = 1; j <= g_runtime.n; ++j)
+            if (a[i][j][1] != b[i][j][1] || a[i][j][2] != b[i][j][2])
+                return false;
+    return true;
 }
 
 CheckOutcome check_result_bytes(const std::string& bytes, bool* has_center) {
@@ -368,6 +398,49 @@ TEST(KORModelRunReferenceChecks, LeavesTheModelAsItWas) {
     EXPECT_NEAR(g_runtime.Icoup[1][1][1], 3.141592653589793 * 4.0 / 2.0, 1e-12);
 }
 
+// More spins than the composer's six come from model files.
+TEST(KORModelRunReferenceChecks, LeavesModelsOfSevenAndEightSpinsAsTheyWere) {
+    for (const int spins : {7, 8}) {
+        SCOPED_TRACE(spins);
+        TempTree tree;
+        define_every_value(spins);
+        auto before = std::make_unique<RuntimeState>(g_runtime);
+        EXPECT_EQ(played_check([] { return KORModel_RunReferenceChecks() != 0; }).out, whole_report());
+        EXPECT_EQ(g_runtime.n, 1 << spins);
+        EXPECT_EQ(g_runtime.Nspins, spins);
+        EXPECT_TRUE(same_bytes(g_runtime.quantnum, before->quantnum));
+        EXPECT_TRUE(same_bytes(g_runtime.relspinamp, before->relspinamp));
+        EXPECT_TRUE(same_bytes(g_runtime.resofreqs, before->resofreqs));
+        EXPECT_TRUE(same_bytes(g_runtime.couplings, before->couplings));
+        EXPECT_TRUE(same_bytes(g_runtime.jc, before->jc));
+        EXPECT_TRUE(same_bytes(g_runtime.Ilist, before->Ilist));
+        EXPECT_TRUE(same_leading_block(g_runtime.Izee, before->Izee));
+        EXPECT_TRUE(same_leading_block(g_runtime.Icoup, before->Icoup));
+        EXPECT_TRUE(same_leading_block(g_runtime.Ixtot, before->Ixtot));
+        EXPECT_TRUE(same_leading_block(g_runtime.densmat, before->densmat));
+    }
+}
+
+TEST(KORModelRunReferenceChecks, LeavesTheFilesOfTheLastRunAsTheyWere) {
+    for (const bool there : {true, false})
+        for (const bool case_fails : {false, true}) {
+            TempTree tree;
+            if (there)
+                for (const char* name : last_run_files)
+                    write_file(name, std::string("the bytes of ") + name);
+            if (case_fails)
+                fs::create_directories("kor-refcheck-work/spatial-gradient/dm.bin");
+            const std::string report = played_check([] { return KORModel_RunReferenceChecks() != 0; }).out;
+            EXPECT_EQ(report.find("FAIL spatgrad  result file was not created: ") != std::string::npos,
+                      case_fails);
+            EXPECT_TRUE(fs::equivalent(fs::current_path(), tree.root()));
+            for (const char* name : last_run_files) {
+                EXPECT_EQ(fs::exists(name), there) << name;
+                EXPECT_EQ(there ? read_file(name) : "", there ? std::string("the bytes of ") + name : "");
+            }
+        }
+}
+
 TEST(KORModelRunReferenceChecks, AnUnusableSpatialFolderFailsThatCaseAlone) {
     TempTree tree;
     fs::create_directory("kor-refcheck-work");
@@ -441,8 +514,9 @@ TEST(ReferenceCases, AnOldResultDoesNotStandInForAFailedRun) {
     ASSERT_TRUE(played_check(check_spatial_gradient_case).ok);
     const std::string result = "kor-refcheck-work/spatial-gradient/models/spatial-gradient-result.bin";
     ASSERT_TRUE(fs::exists(result));
-    fs::remove("dm.bin");
-    fs::create_directory("dm.bin"); // in the way of the states of the next run
+    const fs::path states = "kor-refcheck-work/spatial-gradient/dm.bin";
+    ASSERT_TRUE(fs::remove(states));
+    fs::create_directory(states); // in the way of the states of the next run
     const CheckOutcome outcome = played_check(check_spatial_gradient_case);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.out, "FAIL spatgrad  result file was not created: " + tree.path(result) + "\n");
