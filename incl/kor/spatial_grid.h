@@ -23,6 +23,9 @@ void apply_global_spatial_grid(double x0, double dx, double y0, double dy, doubl
 /// Moves ndx, ndy, ndz into 1..256. Aborts with a message on standard error when their product then
 /// lies outside 1..16777216.
 void clamp_spatial_grid();
+/// The number of voxels, ndx ndy ndz (each at least 0), in *voxels. False, with a message on standard error,
+/// when there are more than an int counts: grids typed at the console have no other limit.
+bool count_voxels(int* voxels);
 /// iz + ndz ((iy - 1) + ndy (ix - 1)), all from 1.
 long long voxel_number(int ix, int iy, int iz, int ndy, int ndz);
 /// Grid coordinates in cm of the 0-based point q, z fastest; ndx is not consulted, a divisor that is

@@ -81,8 +81,8 @@ bool write_copies(std::FILE* file, int n, int count, const CMatrix& matrix) {
     for (int k = 0; k < together; ++k) {
         CMatToPairs(n, matrix, g_states + static_cast<std::size_t>(k) * state_doubles(n));
     }
-    for (int done = 0; done < count; done += together) {
-        if (!write_states(file, n, std::min(together, count - done))) {
+    for (long long done = 0; done < count; done += together) {
+        if (!write_states(file, n, static_cast<int>(std::min<long long>(together, count - done)))) {
             return false;
         }
     }

@@ -193,11 +193,13 @@ void Rotate3D() {
         console_wait_for_enter();
         return;
     }
-    const long long count = static_cast<long long>(s.ndz) * s.ndx * s.ndy;
-    const int voxels = static_cast<int>(count);
+    int voxels;
+    if (!count_voxels(&voxels)) {
+        return;
+    }
     if (s.calc == 0) {
         s.ndw = voxels;
-        if (!start_run(kSpatial, count)) {
+        if (!start_run(kSpatial, voxels)) {
             return;
         }
     }

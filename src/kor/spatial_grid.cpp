@@ -3,6 +3,7 @@
 #include "kor/runtime_state.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 
@@ -49,6 +50,21 @@ void apply_global_spatial_grid(double x0, double dx, double y0, double dy, doubl
     g_runtime.dy = dy;
     g_runtime.z0 = z0;
     g_runtime.dz = dz;
+}
+
+bool count_voxels(int* voxels) {
+    const RuntimeState& s = g_runtime;
+    const long long plane = static_cast<long long>(s.ndy) * s.ndz;
+    // A plane that an int counts, times an int, is no overflow.
+    const bool countable = plane <= INT_MAX && plane * s.ndx <= INT_MAX;
+    if (countable)
+        *voxels = static_cast<int>(plane * s.ndx);
+    else
+        std::fprintf(stderr,
+                     "The spatial grid of %d x %d x %d points has more voxels than the %d that can be "
+                     "simulated: define it again.\n",
+                     s.ndx, s.ndy, s.ndz, INT_MAX);
+    return countable;
 }
 
 long long voxel_number(int ix, int iy, int iz, int ndy, int ndz) {

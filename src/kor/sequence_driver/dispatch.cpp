@@ -2,6 +2,7 @@
 #include "kor/sequence_driver.h"
 
 #include "kor/runtime_state.h"
+#include "kor/spatial_grid.h"
 #include "korpaths.h"
 #include "korplatform.h"
 #include "sectors.h"
@@ -30,6 +31,12 @@ const char* what_is_missing() {
                "Compose or import a model with at least one sector first.";
     }
     return nullptr;
+}
+
+/// Whether the model is spatially resolved with more voxels than can be counted, which has been said.
+bool has_too_many_voxels() {
+    int voxels;
+    return g_runtime.sequencetype == FAMILY_SPATIAL && !count_voxels(&voxels);
 }
 
 /// Whether the result would take the place of a waveform of its own sequence; said on standard error.
@@ -75,7 +82,7 @@ void RunCurrentPreparedModel() {
         std::puts(missing);
         return;
     }
-    if (result_replaces_a_waveform() || !delete_scratch_files()) {
+    if (has_too_many_voxels() || result_replaces_a_waveform() || !delete_scratch_files()) {
         return;
     }
     if (g_runtime.sequencetype == FAMILY_SPATIAL) {

@@ -62,6 +62,28 @@ TEST(ApplyGlobalSpatialGrid, ClampsTheCountsAndStoresThePositions) {
     EXPECT_EQ(g_runtime.dz, 0.3);
 }
 
+TEST(CountVoxels, CountsAsFarAsAnInt) {
+    int voxels = 0;
+    const auto set_points = [](int ndx, int ndy, int ndz) {
+        g_runtime.ndx = ndx;
+        g_runtime.ndy = ndy;
+        g_runtime.ndz = ndz;
+    };
+    set_points(3, 5, 7);
+    EXPECT_TRUE(count_voxels(&voxels));
+    EXPECT_EQ(voxels, 105);
+    set_points(1, 2147483647, 1);
+    EXPECT_TRUE(count_voxels(&voxels));
+    EXPECT_EQ(voxels, 2147483647);
+    set_points(2, 1, 1073741824);
+    const auto printed = kor_test::play_console("", [&] { EXPECT_FALSE(count_voxels(&voxels)); });
+    EXPECT_EQ(printed.out, "");
+    EXPECT_EQ(printed.err,
+              "The spatial grid of 2 x 1 x 1073741824 points has more voxels than the 2147483647 "
+              "that can be simulated: define it again.\n");
+    EXPECT_EQ(voxels, 2147483647);
+}
+
 TEST(VoxelNumber, CountsZFastestThenYThenX) {
     long long expected = 0;
     for (int ix = 1; ix <= 3; ++ix) {

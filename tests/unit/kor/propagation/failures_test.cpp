@@ -8,11 +8,17 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
 #include <filesystem>
 
 namespace kor {
 namespace {
+
+/// From 2^31 voxels on; 64 bits would leave 3, 0 and a negative number of some products.
+const std::vector<std::array<int, 3>> uncountable_grids = {
+    {1 << 11, 1 << 10, 1 << 10}, {70000, 70000, 1},     {2147483647, 2147483647, 3},
+    {1 << 30, 1 << 30, 1 << 4},  {1, 1 << 16, 1 << 15}, {2147483647, 2147483647, 2147483647}};
 
 using kor_test::bytes_of;
 using kor_test::Matrix;
@@ -121,13 +127,22 @@ TEST(FailedSector, UncreatableStatesGiveTheSystemText) {
     EXPECT_EQ(g_runtime.calc, 0);
 }
 
-TEST(FailedSector, GridTooLargeForAFileIsRefused) {
+TEST(FailedSector, GridOfMoreVoxelsThanCanBeCountedIsRefused) {
     const TempTree folder;
     prepare_one_spin(1, 1e-3);
-    kor_test::define_grid(2000, 2000, 2000, 0, 0, 0, 0, 0, 0);
-    const auto printed = play_console("taken\n", Rotate3D);
-    EXPECT_EQ(printed.out, "Rotate3D: failed to write dm.bin header\n");
-    EXPECT_EQ(g_runtime.calc, 0);
+    write_file("dm.bin", "earlier states");
+    for (const auto& [ndx, ndy, ndz] : uncountable_grids) {
+        kor_test::define_grid(ndx, ndy, ndz, 0, 0, 0, 0, 0, 0);
+        const auto printed = play_console("", Rotate3D);
+        EXPECT_EQ(printed.out, "");
+        EXPECT_EQ(
+            printed.err,
+            "The spatial grid of " + std::to_string(ndx) + " x " + std::to_string(ndy) + " x " +
+                std::to_string(ndz) +
+                " points has more voxels than the 2147483647 that can be simulated: define it again.\n");
+        EXPECT_EQ(g_runtime.calc, 0);
+        EXPECT_EQ(read_file("dm.bin"), "earlier states");
+    }
 }
 
 /// Every odd header for a system with a single state: a message, or a run, but never a crash.

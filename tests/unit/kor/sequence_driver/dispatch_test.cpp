@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 namespace kor {
 namespace {
 
@@ -139,6 +141,35 @@ TEST(RunCurrentPreparedModel, DeletesTheFilesOfAnEarlierRunOnlyWhenTheModelIsPre
     g_runtime.sequencetype = 3;
     answer();
     EXPECT_EQ(folder.names(), std::vector<std::string>{"result.bin"});
+}
+
+// 3 and 0 are what 64 bits leave of the first two products.
+TEST(RunCurrentPreparedModel, RefusesAGridOfMoreVoxelsThanItCanCountAndKeepsEarlierFiles) {
+    const TempTree folder;
+    folder.write("dm.bin", "old states");
+    folder.write("result.bin", "old result");
+    model_without_waveform(1);
+    std::strcpy(g_runtime.resultflnm, "result.bin");
+    const struct {
+        int ndx, ndy, ndz;
+        const char* counts;
+    } grids[] = {{2147483647, 2147483647, 3, "2147483647 x 2147483647 x 3"},
+                 {1 << 30, 1 << 30, 16, "1073741824 x 1073741824 x 16"},
+                 {70000, 70000, 1, "70000 x 70000 x 1"}};
+    for (const auto& grid : grids) {
+        kor_test::define_grid(grid.ndx, grid.ndy, grid.ndz, 0, 0, 0, 0, 0, 0);
+        const auto printed = play_console("", RunCurrentPreparedModel);
+        EXPECT_EQ(printed.out, "");
+        EXPECT_EQ(
+            printed.err,
+            "The spatial grid of " + std::string(grid.counts) +
+                " points has more voxels than the 2147483647 that can be simulated: define it again.\n");
+    }
+    EXPECT_EQ(folder.read("dm.bin"), "old states");
+    EXPECT_EQ(folder.read("result.bin"), "old result");
+    // The grid of a model without voxels is not looked at.
+    g_runtime.sequencetype = 2;
+    EXPECT_EQ(answer().find("Running current prepared 1D / 2D NMR model...\n"), 0u);
 }
 
 } // namespace
