@@ -17,8 +17,8 @@ const char* sequence_family_label(int family);
 int ps_spatial_sector_is_defined(int k);
 /// The lowest sector that is not defined; KOR_MAX_SECTORS when all are.
 int first_undefined_sector();
-/// Evolution steps of the sector before sector k (1..KOR_MAX_SECTORS), which sector k inherits. A sector
-/// that was never defined has one step, and so has the start of the sequence.
+/// Evolution steps of the nearest defined sector before sector k (1..KOR_MAX_SECTORS), which sector k
+/// inherits. The start of the sequence has one step.
 int inherited_evolution_steps(int k);
 /// Whether every axis of the grid has points.
 int spatial_grid_has_points();

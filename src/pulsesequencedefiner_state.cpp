@@ -68,7 +68,10 @@ int first_undefined_sector() {
 }
 
 int inherited_evolution_steps(int k) {
-    return k > 1 && ps_spatial_sector_is_defined(k - 1) ? g_runtime.nevo[k - 1] : 1;
+    int before = k - 1;
+    while (before > 0 && !ps_spatial_sector_is_defined(before))
+        --before;
+    return before > 0 ? g_runtime.nevo[before] : 1;
 }
 
 int spatial_grid_has_points() {

@@ -86,13 +86,18 @@ TEST(FirstUndefinedSector, IsTheLowestGap) {
     EXPECT_EQ(first_undefined_sector(), 20);
 }
 
-TEST(InheritedEvolutionSteps, ComeFromTheSectorBefore) {
+TEST(InheritedEvolutionSteps, ComeFromTheNearestDefinedSectorBefore) {
     fresh_state();
     EXPECT_EQ(inherited_evolution_steps(1), 1);
     EXPECT_EQ(inherited_evolution_steps(5), 1);
     g_runtime.noti[4] = 1;
     g_runtime.nevo[4] = 64;
     EXPECT_EQ(inherited_evolution_steps(5), 64);
+    // Sectors that are not defined yet, whatever they hold, pass on what stands before them.
+    g_runtime.nevo[5] = g_runtime.nevo[6] = 3;
+    EXPECT_EQ(inherited_evolution_steps(6), 64);
+    EXPECT_EQ(inherited_evolution_steps(7), 64);
+    EXPECT_EQ(inherited_evolution_steps(4), 1);
     // What stands in the unused entry does not matter.
     g_runtime.nevo[0] = g_runtime.noti[0] = 9;
     EXPECT_EQ(inherited_evolution_steps(1), 1);

@@ -164,6 +164,22 @@ TEST(Define2DSeqSector, ASecondEvolutionSectorIsRefused) {
     }
 }
 
+// Sectors may be defined in any order: one that is still missing changes nothing behind it.
+TEST(Define2DSeqSector, StepsReachAcrossMissingSectors) {
+    TempTree tree;
+    fresh_state_with_short_name();
+    define_nmr_sector("2\n0.5\n4\n./a.bin\n0\n\n", 1);
+    const ConsoleOutput printed = define_nmr_sector("2\n\nleft\n", 3);
+    EXPECT_EQ(printed.out, header(3) + "A 3D experiment is not allowed.\nPress <enter> to continue");
+    EXPECT_EQ(unread_answers(), "left\n");
+    EXPECT_EQ(g_runtime.sectype[3], 0);
+    const std::string wait = "1\n5\n1\n./a.bin\n0\n\n";
+    define_nmr_sector(wait, 5);
+    EXPECT_EQ(g_runtime.nevo[5], 4);
+    define_nmr_sector(wait, 2);
+    EXPECT_EQ(g_runtime.nevo[2], 4);
+}
+
 TEST(Define2DSeqSector, ARefusedSectorStaysWhatItWas) {
     TempTree tree;
     fresh_state_with_short_name();
