@@ -6,6 +6,7 @@ RUNNER starts Windows programs. Numbers must agree within 1e-12 of the largest o
 for separators, line ends, the drive and the number of the process.
 """
 import array
+import math
 import pathlib
 import re
 import shutil
@@ -57,12 +58,14 @@ def doubles(file):
 
 
 def largest_difference(one, other, least_scale=0.0):
-    """Relative to the largest number, or to `least_scale` when that is larger; infinite for other shapes."""
-    if len(one) != len(other):
-        return float("inf")
+    """Relative to the largest number, or to `least_scale` when that is larger; infinite for other shapes and where
+    a number is none."""
+    gaps = [abs(x - y) for x, y in zip(one, other)]
+    if len(one) != len(other) or any(math.isnan(gap) for gap in gaps):
+        return math.inf
     scale = max((abs(x) for x in one), default=0.0)
     scale = max(scale, least_scale) or 1.0
-    return max((abs(x - y) for x, y in zip(one, other)), default=0.0) / scale
+    return max(gaps, default=0.0) / scale
 
 
 def compare_binaries(what, one, other):
