@@ -3,7 +3,8 @@
 # Runs a Windows program. Wine's own files are in BUILD-FOLDER/wine, made by the first run. Between runs its server
 # stays for two minutes, so that a program starts at once.
 set -euo pipefail
-export WINEPREFIX=$1/wine WINEARCH=win64 WINEDEBUG=-all
+mkdir -p "$1"
+export WINEPREFIX=$(realpath "$1")/wine WINEARCH=win64 WINEDEBUG=-all
 # No window, no menu entry, no .NET, no browser; file names in UTF-8. No desktop: "start" wants one and waits ten
 # seconds for it in vain.
 export DISPLAY= WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,explorer.exe=' LC_ALL=C.UTF-8
