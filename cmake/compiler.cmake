@@ -17,7 +17,11 @@ endif()
 
 add_library(kor_compiler INTERFACE)
 # No contraction of a * b + c: the same bits on every machine.
-target_compile_options(kor_compiler INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=${KOR_CONTRACTION})
+target_compile_options(kor_compiler INTERFACE -Wall -Wextra -Wconversion -Wshadow -ffp-contract=${KOR_CONTRACTION})
+# Another compiler may warn of what this one takes: that is for those who work on kor, not for those who use it.
+if(KOR_WARNINGS_AS_ERRORS AND (KOR_BUILD_TESTS OR KOR_BUILD_FUZZERS OR KOR_BUILD_BENCHMARKS))
+  target_compile_options(kor_compiler INTERFACE -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # In C++, GCC's -Wconversion leaves changes of sign alone; clang's does not.
   target_compile_options(kor_compiler INTERFACE -Wno-sign-conversion)
