@@ -2,6 +2,7 @@
 # usage: tools/draw_press.sh FOLDER PICTURE.png : draws the result of models/lactate-press.kormodel; its tables go to
 # FOLDER. Run the model before. Needs the programs in build/ and gnuplot.
 set -euo pipefail
+export LC_ALL=C.UTF-8 # numbers with a decimal point
 folder=$(cd "$1" && pwd)
 picture=$2
 cd "$(dirname "$0")/.."

@@ -2,6 +2,7 @@
 # usage: tools/plot_examples.sh [EXAMPLE...] : runs the examples and draws docs/images/EXAMPLE.png.
 # Without arguments all of them. Needs the programs in build/ (./run-demo builds them) and gnuplot.
 set -euo pipefail
+export LC_ALL=C.UTF-8 # numbers with a decimal point
 cd "$(dirname "$0")/.."
 root=$PWD
 results=$root/build/runtime/results
@@ -55,6 +56,20 @@ draw_cosy() {
     plot plot_cosy "$work/cosy.csv" "$images/lactate-cosy.png" 'COSY of lactate at 3 T' 3.0 127.7 400 4.7 0.7
 }
 
+# A session at the menus in a copy of the examples, which keeps the shipped pulse, and without gnuplot's window; then that
+# pulse, 128 samples of its RF along x over 60 ms, beside the optimised one.
+draw_pulse() {
+    local name=optimise-two-spin-order number
+    mkdir "$work/build"
+    cp build/kor "$work/build"
+    cp -r models spin-systems sequences "$work"
+    number=$(ls models | grep -n "^$name\." | cut -d: -f1)
+    printf '%s\n' 3 "$number" '' 2 5 1 1 8 1 1 "$work/after.csv" 2 '' 7 6 | PATH= "$work/build/kor" >/dev/null 2>&1
+    od -An -v -t f8 -w8 -N $((128 * 8)) "sequences/$name/waveforms/pulse.bin" |
+        awk '{ print (NR - 1) * 0.06 / 128 "," $1 }' >"$work/before.csv"
+    plot plot_pulse "$work/before.csv" "$work/after.csv" "$images/$name.png" 'Two-spin order from z: the pulse before and after'
+}
+
 draw() {
     case $1 in
     lactate-fid) spectrum lactate-fid 1.5 'Lactate at 3 T, 90° pulse and acquisition' 3.0 127.7 4.6 0.8 ;;
@@ -65,6 +80,7 @@ draw() {
     lactate-echo) draw_echoes ;;
     lactate-press) draw_press ;;
     lactate-cosy) draw_cosy ;;
+    optimise-two-spin-order) draw_pulse ;;
     *)
         echo "unknown example: $1" >&2
         exit 1
@@ -74,5 +90,6 @@ draw() {
 }
 
 mkdir -p "$images"
-[ $# -gt 0 ] || set -- lactate-fid aspartate-fid chloroform-d-fid citrate-slice lactate-echo lactate-press lactate-cosy valine-fid
+[ $# -gt 0 ] || set -- lactate-fid aspartate-fid chloroform-d-fid citrate-slice lactate-echo lactate-press lactate-cosy \
+    valine-fid optimise-two-spin-order
 for example in "$@"; do draw "$example"; done
