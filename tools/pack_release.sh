@@ -19,7 +19,7 @@ trap 'rm -rf "$stage"' EXIT
 stage_set() {
     local root=$stage/$1/$name
     mkdir -p "$root/build"
-    cp -r models spin-systems sequences docs README.md CHANGELOG.md "$root"
+    cp -r models spin-systems sequences docs README.md CHANGELOG.md CONTRIBUTING.md "$root"
     "$4" -o "$root/build/$3" "$2"
     chmod -R u=rwX,go=rX "$root"
 }

@@ -13,7 +13,7 @@ from examples_agree import compare_binaries
 
 MODEL = "lactate-fid"
 FOLDER = "Ünpacked here – Ω 中文"
-EXPECTED = ["build", "models", "spin-systems", "sequences", "docs", "README.md", "CHANGELOG.md"]
+EXPECTED = ["build", "models", "spin-systems", "sequences", "docs", "README.md", "CHANGELOG.md", "CONTRIBUTING.md"]
 
 
 def unpacked(archive, where):
