@@ -157,11 +157,13 @@ TEST(OperatorList, IsNotPrintedForFourSpins) {
 }
 
 TEST(OperatorList, ServesSpinsHalfOnly) {
-    EXPECT_EQ(play(create_operator_from_list, {1, 2}, "Ix\n"),
-              "This list is only valid for spin-1/2 systems (2I must be 1).\n"
-              "Falling back to manual operator construction.\n");
-    EXPECT_LT(distance(operator_out, Dense(Dense::Identity(6, 6))), 1e-300);
-    EXPECT_EQ(kor_test::unread_answers(), "Ix\n");
+    for (const std::vector<int>& two_i : {std::vector{1, 2}, {2, 1}}) {
+        EXPECT_EQ(play(create_operator_from_list, two_i, "Ix\n"),
+                  "This list is only valid for spin-1/2 systems (2I must be 1).\n"
+                  "Falling back to manual operator construction.\n");
+        EXPECT_LT(distance(operator_out, Dense(Dense::Identity(6, 6))), 1e-300);
+        EXPECT_EQ(kor_test::unread_answers(), "Ix\n");
+    }
 }
 
 TEST(ManualOperator, AddsTwoSingleSpinOperators) {

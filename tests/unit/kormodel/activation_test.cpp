@@ -269,6 +269,9 @@ TEST(CaptureModel, TakesTheQuantumNumberFromTheListWhenOnlyThatIsSet) {
     g_runtime.Ilist[1] = 0;
     EXPECT_EQ(capture(),
               (Outcome{KOR_MODEL_ERR_RANGE, "spin_quantum_numbers[1]=0 must be >= 1 (legacy stores 2I)"}));
+    g_runtime.quantnum[1] = -2;
+    EXPECT_EQ(capture(),
+              (Outcome{KOR_MODEL_ERR_RANGE, "spin_quantum_numbers[1]=-2 must be >= 1 (legacy stores 2I)"}));
 }
 
 TEST(CaptureModel, ThePairListTakesPrecedenceOverTheTable) {
