@@ -289,14 +289,18 @@ TEST(Brent, FindsTheMinimumInsideTheBracket) {
 
 TEST(Linmin, MovesThePointAndTurnsTheDirectionIntoTheStep) {
     prepare_offset_spin(0.0, 64, 64.0);
-    std::vector<double> point(8, 0.0), direction(8, 0.0);
+    std::vector<double> point(9, 0.0), direction(9, 0.0);
     point[0] = 0.2;
     direction[0] = 0.25;
+    point[8] = 3.0; // behind the eight parameters
+    direction[8] = 5.0;
     double minimum = 0.0;
     play_console("", [&] { kor::linmin(point.data(), direction.data(), 8, &minimum); });
     EXPECT_NEAR(point[0], kor::KOR_PI / 2.0, 1e-3);
     EXPECT_DOUBLE_EQ(direction[0], point[0] - 0.2);
     EXPECT_NEAR(minimum, -0.5 * std::sin(point[0]), 1e-13);
+    EXPECT_EQ(point[8], 3.0);
+    EXPECT_EQ(direction[8], 5.0);
     EXPECT_EQ(g_runtime.kor_ncom, 8);
 }
 

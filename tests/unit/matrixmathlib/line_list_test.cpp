@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -146,6 +147,18 @@ TEST(SortSpectrum, KeepsAFullListOfDistinctLines) {
     ASSERT_EQ(result.size(), static_cast<std::size_t>(KOR_MAX_LINES));
     EXPECT_EQ(result.front(), std::make_pair(256.0, 745.0));
     EXPECT_EQ(result.back(), std::make_pair(1.0, 1000.0));
+}
+
+TEST(DoSpectrum, SeesTheSenseOfAVerySlowTurn) {
+    const std::vector<int> spin = {1};
+    const auto [x, y, z] = std::array{spin_operator(spin, 1, Axis::x), spin_operator(spin, 1, Axis::y),
+                                      spin_operator(spin, 1, Axis::z)};
+    const Lists& slow = spectrum(y, TWO_PI * 1e-4 * z, x);
+    const double amplitude = slow.ssp[1][1];
+    EXPECT_NEAR(std::fabs(amplitude), 0.5, 1e-12);
+    expect_lines(slow.ssp, slow.Ns, {{amplitude, 1e-4}});
+    const Lists& fast = spectrum(y, TWO_PI * 100.0 * z, x);
+    expect_lines(fast.ssp, fast.Ns, {{amplitude, 100.0}});
 }
 
 TEST(DoSpectrum, OfOneSpinIsOneCosineLine) {
