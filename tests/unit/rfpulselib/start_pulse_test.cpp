@@ -1,4 +1,4 @@
-#include "rfpulselib/start_pulse.h"
+#include "rfpulselib.h"
 
 #include "korlimits.h"
 #include "support/console_script.h"
