@@ -21,8 +21,8 @@ double SeparateSpectra_GenerateSignal(const int* n, int* ap, CMatrix& densmat, c
 void SeparateSpectra(const int* n, int* ap, CMatrix& densmat, const CMatrix& Istat, const CMatrix& Ixtot,
                      const CMatrix& Iytot, const CMatrix& Iztot, const SpinKet& ket, const SpinIList& Ilist);
 /// One signal of the sum of all matrices of "dm.bin" (not divided by their number), from its line lists;
-/// then the output menu. Asks in the quiet mode too. Line lists need n at most KOR_MAX_EIGEN_STATES: a
-/// message above that.
+/// then the output menu. Asks in the quiet mode too. Line lists need n at most KOR_MAX_EIGEN_STATES, a
+/// signal at least one point: a message where it is not so.
 void AverageSpectrum(const int* n, int* ap, CMatrix& densmat, const CMatrix& Istat, const CMatrix& Ixtot,
                      const CMatrix& Iytot, const CMatrix& Iztot, const SpinKet& ket, const SpinIList& Ilist);
 /// The generator; then, outside the quiet mode, the question whether to transform the signals in two

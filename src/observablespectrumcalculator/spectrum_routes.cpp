@@ -36,6 +36,12 @@ bool ask_receiver_parameters(ReceiverParameters& parameters) {
     return read;
 }
 
+bool has_points(const ReceiverParameters& parameters) {
+    if (parameters.points < 1)
+        std::printf("The number of time-points must be at least 1 (%d given).\n", parameters.points);
+    return parameters.points >= 1;
+}
+
 /// The sum of the matrices of "dm.bin" and its signal; false when there is none.
 bool make_average_signal(std::FILE* in, int n, int count, const ReceiverParameters& parameters,
                          CMatrix& densmat, const CMatrix& Istat, const CMatrix& Ixtot, const CMatrix& Iytot,
@@ -93,7 +99,7 @@ void AverageSpectrum(const int* n, int* ap, CMatrix& densmat, const CMatrix& Ist
     if (*n > KOR_MAX_EIGEN_STATES)
         std::printf("The average spectrum needs line lists, which serve dimensions up to %d (n=%d).\n",
                     KOR_MAX_EIGEN_STATES, *n);
-    else if (ask_receiver_parameters(parameters) && parameters.points >= 1) {
+    else if (ask_receiver_parameters(parameters) && has_points(parameters)) {
         *ap = parameters.points;
         made = make_average_signal(in, *n, count, parameters, densmat, Istat, Ixtot, Iytot, Iztot);
     }

@@ -328,7 +328,10 @@ TEST(AverageSpectrum, EndsAtAnUnreadableAnswerOrWithoutPoints) {
     EXPECT_EQ(sample.play(AverageSpectrum, "4\nlong\n").out,
               std::string(average_banner) +
                   "How many time-points (power of 2): \nAcquisition time [seconds] : ");
-    EXPECT_EQ(sample.play(AverageSpectrum, "-4\n1\n0\n").out, std::string(average_banner) + receiver_prompts);
+    for (const std::string points : {"-4", "0"})
+        EXPECT_EQ(sample.play(AverageSpectrum, points + "\n1\n0\n").out,
+                  std::string(average_banner) + receiver_prompts +
+                      "The number of time-points must be at least 1 (" + points + " given).\n");
     EXPECT_FALSE(folder.exists("korsign.bin"));
 }
 
