@@ -28,7 +28,8 @@ int basename_without_extension(const char* path, char* out, std::size_t cap);
 int sanitize_model_short_name(const char* text, char* out, std::size_t cap);
 /// 1 when the text contains a backslash, a slash or a colon.
 int path_has_separator(const char* text);
-/// 1 when the file can be opened for reading.
+/// 1 when the file can be opened for reading. What is neither a file nor a folder (a pipe, a device) is there
+/// without being opened: that could wait for ever.
 int file_exists(const char* path);
 /// 1 when some line (read in pieces of at most 1023 characters) contains the literal.
 int text_file_contains_literal(const char* path, const char* literal);

@@ -66,6 +66,9 @@ void platform_copy_rights(const char* from, const char* to);
 long long platform_file_size(std::FILE* file);
 /// Whether the two paths name one existing file.
 bool platform_same_file(const char* a, const char* b);
+/// Whether the path names something that is neither a file with bytes of its own nor a folder: a pipe, a
+/// device, a socket. Opening it may wait for ever, or do something. Windows: false.
+bool platform_is_special(const char* path);
 /// Working directory: change (0 or the errno value) and ask (1 or 0).
 int platform_change_dir(const char* path);
 int platform_current_dir(char* out, std::size_t cap);

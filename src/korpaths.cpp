@@ -140,7 +140,11 @@ int path_has_separator(const char* text) {
 }
 
 int file_exists(const char* path) {
-    std::FILE* file = path && *path ? platform_open(path, "rb") : nullptr;
+    if (!path || !*path)
+        return 0;
+    if (platform_is_special(path))
+        return 1;
+    std::FILE* file = platform_open(path, "rb");
     if (!file)
         return 0;
     std::fclose(file);

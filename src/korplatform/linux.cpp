@@ -230,6 +230,11 @@ bool platform_same_file(const char* a, const char* b) {
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+bool platform_is_special(const char* path) {
+    struct stat info;
+    return ::stat(native(path).c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
+}
+
 int platform_change_dir(const char* path) {
     return status_of(::chdir(native(path).c_str()));
 }

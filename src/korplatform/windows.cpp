@@ -380,6 +380,10 @@ bool platform_same_file(const char* a, const char* b) {
     return has_number(first) || same_full_path(a, b);
 }
 
+bool platform_is_special(const char*) {
+    return false;
+}
+
 int platform_change_dir(const char* path) {
     const char* const name = path ? path : "";
     const int error = status_of(_chdir(name), name);

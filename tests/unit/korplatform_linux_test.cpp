@@ -121,6 +121,18 @@ TEST(FindIgnoringCase, WritesNothingThatDoesNotFit) {
     EXPECT_STREQ(out, "Pulse.bin");
 }
 
+TEST(IsSpecial, PipesAndDevices) {
+    TempTree tree;
+    tree.write("file", "");
+    tree.make_folder("folder");
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    fs::create_symlink("pipe", "link");
+    for (const char* path : {"pipe", ".\\pipe", "link", "/dev/null"})
+        EXPECT_TRUE(platform_is_special(path)) << path;
+    for (const char* path : {"file", "folder", "absent", ""})
+        EXPECT_FALSE(platform_is_special(path)) << path;
+}
+
 TEST(ListFiles, SortsRegularFilesOfTheExtensionByNameIgnoringCase) {
     TempTree tree;
     for (const char* name : {"b.kormodel", "C.kormodel", "a.KORMODEL", "A2.kormodel", ".kormodel",
