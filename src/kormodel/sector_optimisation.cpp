@@ -7,6 +7,8 @@
 #include "kor/product_operator_dialogues.h"
 #include "kor/product_operators.h"
 #include "kor/runtime_state.h"
+#include "kor/smoke_check_mode.h"
+#include "kor/spin_system.h"
 #include "korlimits.h"
 #include "koroptseq.h"
 #include "rfpulselib/start_pulse.h"
@@ -14,6 +16,7 @@
 #include "rfwaveformfile.h"
 #include "sequencetypes.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -113,6 +116,36 @@ int ask_objective_mode(int* mode) {
         return fail("Invalid objective-mode choice");
     *mode = choice == 2 ? KOR_OPT_OBJECTIVE_ABS_EXPECT : KOR_OPT_OBJECTIVE_RE_EXPECT;
     return 1;
+}
+
+/// Whether the basis is that of the spins as they are defined.
+bool basis_is_current() {
+    const RuntimeState& rt = g_runtime;
+    bool same = rt.spinsystemdefined && rt.n == infer_nstates(rt.Ilist, rt.Nspins);
+    for (int s = 1; s <= rt.Nspins; ++s)
+        same = same && rt.Ilist[s] == std::max(rt.quantnum[s], 0);
+    return same;
+}
+
+/// The composer redefines the spins without building their basis, in which the target is to be written.
+/// False when they have too many states.
+bool make_basis_current() {
+    if (basis_is_current())
+        return true;
+    const int quiet = KOR_GetSmokeCheckMode();
+    KOR_SetSmokeCheckMode(1);
+    BuildSpinSystemFromPulseSequenceGlobals();
+    KOR_SetSmokeCheckMode(quiet);
+    return g_runtime.spinsystemdefined != 0;
+}
+
+/// Asks for what the remark of the sector does not say, and folds the other sectors into state and target.
+int prepare_context(int k, int mode) {
+    if (!make_basis_current())
+        return 0;
+    if (!kormodel_try_define_optimizer_operator_from_sector_remark(k))
+        KORDefineCurrentExpectationOperatorInteractive();
+    return KOROptimizationPrepareCurrent2DSequenceSector(k, mode);
 }
 
 /// Puts the pulse in the place of the sector's waveform; a failed write leaves the old one.
@@ -262,9 +295,7 @@ void KORModel_OptimizePreparedSequenceSectorInteractive() {
     int mode = KOR_OPT_OBJECTIVE_RE_EXPECT;
     if (k == 0 || !ask_objective_mode(&mode))
         return;
-    if (!kormodel_try_define_optimizer_operator_from_sector_remark(k))
-        KORDefineCurrentExpectationOperatorInteractive();
-    if (!KOROptimizationPrepareCurrent2DSequenceSector(k, mode)) {
+    if (!prepare_context(k, mode)) {
         fail("Could not prepare current sequence-sector optimization context");
         return;
     }

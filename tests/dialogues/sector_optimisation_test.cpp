@@ -148,6 +148,44 @@ TEST(OptimizeSector, AnUnreadableWaveformEndsThePreparation) {
               std::string::npos);
 }
 
+TEST(OptimizeSector, WritesTheTargetInTheBasisOfTheSpinsAsTheyAreDefined) {
+    const TempTree tree;
+    const std::string report = "BuildSpinSystemFromPulseSequenceGlobals()\n";
+    for (const int defined : {1, 0}) {
+        prepare_model();
+        kor::KOR_SetSmokeCheckMode(0);
+        // What the composer leaves behind: the definition, not its operators.
+        g_runtime.Nspins = 2;
+        g_runtime.quantnum[2] = 1;
+        g_runtime.relspinamp[2] = 1.0;
+        g_runtime.resofreqs[2] = -30.0;
+        g_runtime.spinsystemdefined = defined;
+        set_text(g_runtime.remarks[1], sizeof g_runtime.remarks[1], "optimizeRf[productOperator=IySz]");
+        const auto console = optimise("1\n1\n0\n");
+        EXPECT_EQ(console.err, "");
+        const std::string target = "Using GUI-defined expectation operator: IySz\n";
+        EXPECT_EQ(console.out.find(table + ask_index + ask_mode + target + "\n" + report), 0u) << console.out;
+        EXPECT_EQ(console.out.rfind(report), console.out.find(report));
+        EXPECT_EQ(g_runtime.n, 4);
+        // (2 Iy Sz) / sqrt 4: of modulus 1/2 between the states that differ in spin 1.
+        EXPECT_NEAR(std::abs(g_runtime.Istat[1][3][2]), 0.5, 1e-15);
+        EXPECT_NEAR(std::abs(g_runtime.Istat[2][4][2]), 0.5, 1e-15);
+        EXPECT_NEAR(g_runtime.Istat[1][3][2] + g_runtime.Istat[2][4][2], 0.0, 1e-15);
+    }
+    kor::KOR_SetSmokeCheckMode(1);
+}
+
+TEST(OptimizeSector, SpinsOfTooManyStatesAreToldOnce) {
+    const TempTree tree;
+    prepare_model();
+    g_runtime.quantnum[1] = 300;
+    const auto console = optimise("1\n1\n");
+    EXPECT_EQ(console.out, table + ask_index + ask_mode +
+                               "Could not prepare current sequence-sector optimization context\n");
+    EXPECT_EQ(console.err,
+              "The spin system has more states than the 256 that can be simulated: define it again.\n");
+}
+
 TEST(OptimizeSector, RunsFromTheStoredPulseAndWritesExactlyTheSamplesBack) {
     const TempTree tree;
     prepare_model();
