@@ -45,7 +45,9 @@ int kor_get_runtime_results_dir(char* out, std::size_t size);
 int kor_resolve_model_relative_path(const char* model_filename, const char* value, char* out,
                                     std::size_t size);
 /// A stored result path: relative to runtime/results, whatever the model file's folder, so that the results
-/// of all models lie in one place; as it is when absolute, empty, or when that folder cannot be had.
+/// of all models lie in one place; as it is when absolute, empty, or when that folder cannot be had. An
+/// existing result in another case of its letters comes back in the spelling found: saving made them lower
+/// case.
 int kor_resolve_result_path(const char* model_filename, const char* value, char* out, std::size_t size);
 /// A sector file stored in the sequence file `model_filename`. Absolute: as it is. With a separator:
 /// relative to the sequence file's folder, existing or not. A bare name: the first that opens of the

@@ -255,9 +255,12 @@ int kor_resolve_result_path(const char* model_filename, const char* value, char*
     char dir[KOR_PATH_SIZE];
     if (*value == '\0' || kor_path_is_absolute(value))
         return copy_whole(value, out, size);
-    if (kor_get_runtime_results_dir(dir, sizeof dir))
-        return kor_join_path(out, size, dir, value);
-    return copy_whole(value, out, size);
+    if (!kor_get_runtime_results_dir(dir, sizeof dir))
+        return copy_whole(value, out, size);
+    if (!kor_join_path(out, size, dir, value))
+        return 0;
+    use_existing_spelling(out, size);
+    return 1;
 }
 
 int kor_resolve_sector_pulse_path(const char* model_filename, const char* stored_path, char* out,

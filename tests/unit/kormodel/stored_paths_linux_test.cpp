@@ -1,5 +1,6 @@
 // How the paths of parts and sector files are taken that differ from the files in separators and case.
 #include "model_set.h"
+#include "path_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,25 @@ TEST(SequenceFile, ASectorFileIsStoredAsTheFolderSpellsIt) {
     EXPECT_EQ(load_model(set.model(), model), ok);
     EXPECT_EQ(model.seq.sectors[1].pulse_filename,
               plain_name(set.root() / "models/../sequences/test-gradient/waveforms/wave1-excitation"));
+}
+
+TEST(ModelFile, AnExistingResultIsNamedAsItsFolderSpellsIt) {
+    const ModelSet set;
+    write_file(set.model(), replaced(valid_model_text, "split-composition-result.bin", "spelling/myres.bin"));
+    const auto result = [&] {
+        Model loaded;
+        EXPECT_EQ(load_model(set.model(), loaded), ok);
+        return std::string(loaded.cfg.result_filename);
+    };
+    const std::string folder = results_folder();
+    std::filesystem::create_directories(folder + "/Spelling");
+    EXPECT_EQ(result(), folder + "/spelling/myres.bin") << "a new one is made as it is spelt";
+    write_file(folder + "/Spelling/MyRes.bin", "x");
+    EXPECT_EQ(result(), folder + "/Spelling/MyRes.bin");
+    write_file(folder + "/spelling/myres.bin", "x");
+    EXPECT_EQ(result(), folder + "/spelling/myres.bin") << "spelt exactly so";
+    std::filesystem::remove_all(folder + "/Spelling");
+    std::filesystem::remove_all(folder + "/spelling");
 }
 
 TEST(ModelFile, BackslashesAndCaseOfStoredPathsDoNotMatter) {
