@@ -34,7 +34,7 @@ void kor_normalize_saved_path(char* path);
 int kor_copy_basename_without_extension_local(const char* path, char* out, std::size_t size);
 /// Makes one folder; an existing one is fine.
 int kor_ensure_dir(const char* path);
-/// 1 when the file can be opened for reading.
+/// file_exists of korpaths.h: 1 when the file can be opened for reading.
 int kor_file_exists_local(const char* path);
 /// runtime/results beside the executable; both folders are made when missing.
 int kor_get_runtime_results_dir(char* out, std::size_t size);
@@ -65,8 +65,9 @@ void kor_set_sector_pulse_resolution_error(const char* model_filename, const cha
 /// count in the comparison, which looks at the first 2047 characters.
 int kor_tail_after_prefix(const char* path, const char* prefix, char* tail, std::size_t tailsz);
 /// A sector file as a sequence file stores it, with '/': a relative path stays; an absolute one becomes its
-/// tail below the sequence file's folder, else "../" and its tail below that folder's parent, else it
-/// stays absolute. Tails are in lower case.
+/// tail below the sequence file's folder, else "../" and its tail below that folder's parent, else the same
+/// of the path without "." and ".." where that names the same file (a model that was loaded has such paths:
+/// ROOT/models/../sequences/...), else it stays absolute. Tails are in lower case.
 int kor_make_portable_sector_pulse_path(const char* sequence_filename, const char* stored_path, char* out,
                                         std::size_t size);
 /// A result file as a model file stores it: as above for the model file, but a file directly in

@@ -51,6 +51,13 @@ void copy_truncated(const char* text, char* out, std::size_t size);
 /// that was read, saved and read again stays the same.
 void copy_value(const char* text, char* out, std::size_t size);
 
+/// The first character of a value that reading it back would lose, or nullptr: '#' and a line end in a text,
+/// whose white space at both ends does not count; white space too at the ends of a path, which would name
+/// another file, and anywhere in a word.
+const char* find_lost_in_text(const char* value);
+const char* find_lost_in_path(const char* value);
+const char* find_lost_in_word(const char* value);
+
 /// One model file while it is being read: where it stands, which keys it has given, where errors go.
 struct ModelFileReader {
     char* errbuf;

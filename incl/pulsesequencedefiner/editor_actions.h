@@ -12,8 +12,8 @@ int define_chosen_sector(DefineSector define_sector);
 int define_result_file();
 /// Static offset of sector k, Hz. 1, or 0 when the input has ended for good.
 int ask_sector_offset(int k);
-/// Free remark of sector k. 1, or 0 when the input has ended for good; an end of input at a terminal is an
-/// empty remark.
+/// Free remark of sector k; a message for one that a model file cannot hold. 1, or 0 when the input has ended
+/// for good; an end of input at a terminal is an empty remark.
 int ask_sector_note(int k);
 /// The title of a sector's dialogue.
 void print_sector_header(const char* family, int k);

@@ -154,6 +154,13 @@ int remove_dot_folders(char (&path)[KOR_PATH_SIZE]) {
     return copy_whole(clean, path, sizeof path);
 }
 
+/// The absolute path without its "." and ".." folders; false when that is another file, or there is none:
+/// ".." behind a link leads elsewhere.
+bool same_without_dot_folders(const char* path, char (&clean)[KOR_PATH_SIZE]) {
+    return copy_whole(path, clean, sizeof clean) && remove_dot_folders(clean) &&
+           platform_same_file(path, clean);
+}
+
 } // namespace
 
 int kor_join_path(char* out, std::size_t size, const char* dir, const char* leaf) {
@@ -326,7 +333,15 @@ int kor_make_portable_sector_pulse_path(const char* sequence_filename, const cha
         return 0;
     if (!kor_path_is_absolute(stored_path))
         return copy_normalized(stored_path, out, size);
-    return make_relative_to(sequence_filename, stored_path, out, size);
+    if (!make_relative_to(sequence_filename, stored_path, out, size))
+        return 0;
+    char clean[KOR_PATH_SIZE];
+    char relative[KOR_PATH_SIZE];
+    if (kor_path_is_absolute(out) && same_without_dot_folders(stored_path, clean) &&
+        make_relative_to(sequence_filename, clean, relative, sizeof relative) &&
+        !kor_path_is_absolute(relative))
+        return copy_whole(relative, out, size);
+    return 1;
 }
 
 int kor_make_portable_result_path(const char* model_filename, const char* stored, char* out,

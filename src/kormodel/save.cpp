@@ -74,15 +74,67 @@ int derive_files(SetPaths& set) {
            kor_join_path(set.sequence_path, sizeof set.sequence_path, set.sequence_dir, set.sequence_leaf);
 }
 
-KORModelStatus prepare_set(const char* filename, const KORRunConfig& cfg, SetPaths& set, char* errbuf,
-                           std::size_t errbufsz) {
+KORModelStatus form_set(const char* filename, const KORRunConfig& cfg, SetPaths& set, char* errbuf,
+                        std::size_t errbufsz) {
     name_set(filename, cfg, set);
     if (!derive_folders(filename, set))
         set_error(errbuf, errbufsz, "could not derive split output directories for '%s'", filename);
     else if (!platform_takes_name(set.name))
         set_error(errbuf, errbufsz, "model name '%s' cannot be a file name", set.name);
-    else if (!kor_ensure_dir(set.spin_dir) || !kor_ensure_dir(set.sequences_dir) ||
-             !kor_ensure_dir(set.sequence_dir))
+    else
+        return KOR_MODEL_OK;
+    return KOR_MODEL_ERR_IO;
+}
+
+int portable_pulse_path(const SetPaths& set, const char* stored, char (&out)[KOR_PATH_SIZE]) {
+    char in_sequence_dir[KOR_PATH_SIZE];
+    return kor_join_path(in_sequence_dir, sizeof in_sequence_dir, set.sequence_dir, "") &&
+           kor_make_portable_sector_pulse_path(in_sequence_dir, stored, out, sizeof out);
+}
+
+const char* character_name(char c) {
+    return c == '#' ? "'#'" : c == '\n' ? "a line end" : "white space";
+}
+
+/// KOR_MODEL_ERR_RANGE for a character (`found`, nullptr when there is none) that a line would lose.
+KORModelStatus check_found(const char* found, const char* field, const char* text, char* errbuf,
+                           std::size_t errbufsz) {
+    if (!found)
+        return KOR_MODEL_OK;
+    set_error(errbuf, errbufsz, "%s cannot be saved with %s in it: %s", field, character_name(*found), text);
+    return KOR_MODEL_ERR_RANGE;
+}
+
+KORModelStatus check_sector_texts(const SetPaths& set, const KORPulseSectorDef& sector, int k, char* errbuf,
+                                  std::size_t errbufsz) {
+    char field[64];
+    char pulse_path[KOR_PATH_SIZE];
+    std::snprintf(field, sizeof field, "sector %d remark", k);
+    const KORModelStatus status =
+        check_found(find_lost_in_text(sector.remark), field, sector.remark, errbuf, errbufsz);
+    if (status != KOR_MODEL_OK || !portable_pulse_path(set, sector.pulse_filename, pulse_path))
+        return status;
+    std::snprintf(field, sizeof field, "sector %d pulse_filename", k);
+    return check_found(find_lost_in_word(pulse_path), field, pulse_path, errbuf, errbufsz);
+}
+
+/// Whether every text of the set is read back as it is to be written; else nothing is written.
+KORModelStatus check_texts(const char* filename, const SetPaths& set, const KORPulseSequenceDef& seq,
+                           const KORRunConfig& cfg, char* errbuf, std::size_t errbufsz) {
+    KORModelStatus status =
+        check_found(find_lost_in_text(set.name), "model_name", set.name, errbuf, errbufsz);
+    for (int k = 1; status == KOR_MODEL_OK && k <= seq.sector_count; ++k)
+        status = check_sector_texts(set, seq.sectors[k], k, errbuf, errbufsz);
+    char result[KOR_PATH_SIZE];
+    if (status != KOR_MODEL_OK ||
+        !kor_make_portable_result_path(filename, cfg.result_filename, result, sizeof result))
+        return status;
+    return check_found(find_lost_in_path(result), "result_filename", result, errbuf, errbufsz);
+}
+
+KORModelStatus make_folders(SetPaths& set, char* errbuf, std::size_t errbufsz) {
+    if (!kor_ensure_dir(set.spin_dir) || !kor_ensure_dir(set.sequences_dir) ||
+        !kor_ensure_dir(set.sequence_dir))
         set_error(errbuf, errbufsz, "could not create split output directories");
     else if (!derive_files(set))
         set_error(errbuf, errbufsz, "split output path is too long");
@@ -163,8 +215,7 @@ KORModelStatus write_sequence_file(const SetPaths& set, const KORPulseSequenceDe
     std::fprintf(out.file, "number_of_sectors: %d\n", seq.sector_count);
     for (int k = 1; k <= seq.sector_count; ++k) {
         char pulse_path[KOR_PATH_SIZE];
-        if (!kor_make_portable_sector_pulse_path(set.sequence_path, seq.sectors[k].pulse_filename, pulse_path,
-                                                 sizeof pulse_path)) {
+        if (!portable_pulse_path(set, seq.sectors[k].pulse_filename, pulse_path)) {
             // The file is left as far as it went.
             keep_whole_file(out.whole);
             set_error(errbuf, errbufsz, "could not derive portable sector path for sector %d", k);
@@ -208,7 +259,11 @@ KORModelStatus KORModel_SaveText(const char* filename, const KORSpinSystemDef* s
     KORModelStatus status = KORModel_ValidateAll(spin, seq, cfg, errbuf, errbufsz);
     SetPaths set;
     if (status == KOR_MODEL_OK)
-        status = prepare_set(filename, *cfg, set, errbuf, errbufsz);
+        status = form_set(filename, *cfg, set, errbuf, errbufsz);
+    if (status == KOR_MODEL_OK)
+        status = check_texts(filename, set, *seq, *cfg, errbuf, errbufsz);
+    if (status == KOR_MODEL_OK)
+        status = make_folders(set, errbuf, errbufsz);
     if (status == KOR_MODEL_OK)
         status = write_spin_file(set, *spin, errbuf, errbufsz);
     if (status == KOR_MODEL_OK)

@@ -140,6 +140,24 @@ void copy_value(const char* text, char* out, std::size_t size) {
     trim(out);
 }
 
+const char* find_lost_in_text(const char* value) {
+    return std::strpbrk(value, "#\n");
+}
+
+const char* find_lost_in_path(const char* value) {
+    const std::size_t length = std::strlen(value);
+    if (is_white_space(value[0]))
+        return value;
+    if (length > 0 && is_white_space(value[length - 1]))
+        return value + length - 1;
+    return find_lost_in_text(value);
+}
+
+const char* find_lost_in_word(const char* value) {
+    const char* found = std::strpbrk(value, white_space);
+    return found ? found : find_lost_in_text(value);
+}
+
 KORModelStatus line_error(const ModelFileReader& reader, const char* format, ...) {
     char reason[2 * KOR_LINE_SIZE];
     va_list values;

@@ -2,6 +2,7 @@
 
 #include "consoleutil.h"
 #include "kor/runtime_state.h"
+#include "kormodel/text_lines.h"
 #include "pulsesequencedefiner/prompts.h"
 #include "pulsesequencedefiner_state.h"
 
@@ -38,8 +39,11 @@ int ask_sector_offset(int k) {
 }
 
 int ask_sector_note(int k) {
-    return read_line_prompt("Sector note (optional): ", g_runtime.remarks[k], KOR_REMARK_SIZE) ||
-           console_resume_after_end();
+    if (!read_line_prompt("Sector note (optional): ", g_runtime.remarks[k], KOR_REMARK_SIZE))
+        return console_resume_after_end();
+    if (find_lost_in_text(g_runtime.remarks[k]))
+        std::puts("A model with '#' in a note cannot be saved: the rest of the line would be a comment.");
+    return 1;
 }
 
 void print_sector_header(const char* family, int k) {

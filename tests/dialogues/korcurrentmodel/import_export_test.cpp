@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+
 using namespace kor_test;
 
 namespace {
@@ -197,4 +200,41 @@ TEST_F(Export, KeepsAnExtensionInCapitals) {
     program_.write_model(two_spin_model("two"));
     transcript("3\n1\n\n4\nother.KORMODEL\n\n6\n", model("other.KORMODEL"));
     EXPECT_EQ(tree_.names("models"), (std::vector<std::string>{"other.KORMODEL", "two.kormodel"}));
+}
+
+TEST_F(Export, RefusesANameThatCannotBeReadBack) {
+    program_.write_model(two_spin_model("two"));
+    const std::string out = transcript("3\n1\n\n4\na#b\n\n6\n", model("two.kormodel"));
+    EXPECT_NE(out.find("\n[KOR] Export failed: range error (model_name cannot be saved with '#' in it: a#b)\n"
+                       "[KOR] Path used: " +
+                       model("a#b.kormodel") + "\n" + ENTER_FOR_MENU),
+              std::string::npos)
+        << out;
+    EXPECT_EQ(tree_.names("models"), std::vector<std::string>{"two.kormodel"});
+    EXPECT_EQ(tree_.names("sequences"), std::vector<std::string>{"two"});
+}
+
+// Sector files are words: a folder with a blank must not get into what is saved.
+TEST(ExportBelowAFolderWithABlank, GivesTheResultsOfTheModelThatWasImported) {
+    const TempTree tree;
+    tree.make_folder("my examples");
+    const ProgramTree program(tree.root() / "my examples");
+    for (const char* folder : {"models", "spin-systems", "sequences"})
+        std::filesystem::copy(std::filesystem::path(source_folder()) / folder,
+                              tree.root() / "my examples" / folder, std::filesystem::copy_options::recursive);
+    const std::vector<std::string> shipped = tree.names("my examples/models");
+    const auto wanted = std::find(shipped.begin(), shipped.end(), "chloroform-d-fid.kormodel");
+    ASSERT_NE(wanted, shipped.end());
+    const std::string number = std::to_string(wanted - shipped.begin() + 1);
+    ASSERT_EQ(program.run({"--run-model", program.root() + "/models/chloroform-d-fid.kormodel"}).status, 0);
+    const std::string expected = read_file(program.result("chloroform-d-fid"));
+
+    const ProgramResult exported = program.run({}, "3\n" + number + "\n\n4\na copy\n\n6\n");
+    EXPECT_NE(exported.out.find("[KOR] Exported current state to "), std::string::npos) << exported.out;
+    EXPECT_EQ(read_file(tree.path("my examples/sequences/a copy/a copy.korseq")).find("my examples"),
+              std::string::npos);
+    std::filesystem::remove(program.result("chloroform-d-fid"));
+    const ProgramResult run = program.run({"--run-model", program.root() + "/models/a copy.kormodel"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(read_file(program.result("chloroform-d-fid")), expected);
 }

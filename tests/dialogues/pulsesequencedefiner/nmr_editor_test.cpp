@@ -71,6 +71,17 @@ TEST(Define2DSeqSector, HardPulse) {
     EXPECT_EQ(unread_answers(), "left\n");
 }
 
+TEST(Define2DSeqSector, SaysThatANoteWithANumberSignCannotBeSaved) {
+    TempTree tree;
+    fresh_state_with_short_name();
+    const ConsoleOutput printed = define_nmr_sector("1\n1\n2\n./a.bin\n-40\nscan #2 adc\nleft\n");
+    EXPECT_EQ(printed.out,
+              header(1) + CONTENT_MENU + HARD_PULSE_MENU + nmr_file_dialogue("lac_2d_s01.bin", "./a.bin") +
+                  "A model with '#' in a note cannot be saved: the rest of the line would be a comment.\n");
+    EXPECT_STREQ(g_runtime.remarks[1], "scan #2 adc");
+    EXPECT_EQ(unread_answers(), "left\n");
+}
+
 TEST(Define2DSeqSector, EveryShapeReachesTheFile) {
     const int N = 64;
     const double T = 3.2e-3;

@@ -68,6 +68,33 @@ TEST(PortableSectorPulse, OtherPathsStayWithSlashes) {
     EXPECT_EQ(portable_pulse("/d/seq/s.korseq", "/d/seq"), "../seq");
 }
 
+TEST(PortableSectorPulse, DotFoldersDoNotHideThatAFileIsBelow) {
+    const TempTree tree;
+    const std::string sequence = tree.path("sequences/new/new.korseq");
+    tree.make_folder("models");
+    tree.write("sequences/new/W", "x");
+    tree.write("sequences/old/waves/W", "x");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("models/../sequences/new/W")), "w");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("models/../sequences/./old/waves/W")), "../old/waves/w");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("sequences/old/../new/W")), "../old/../new/w");
+    // There is no such file, and a file that lies elsewhere.
+    const std::string missing = tree.path("models/../sequences/new/V");
+    EXPECT_EQ(portable_pulse(sequence, missing), missing);
+    const std::string outside = tree.path("models/../W");
+    tree.write("W", "x");
+    EXPECT_EQ(portable_pulse(sequence, outside), outside);
+}
+
+TEST(PortableSectorPulse, ALinkedFolderOnTheWayKeepsThePath) {
+    const TempTree tree;
+    tree.make_folder("far/models");
+    tree.write("far/sequences/old/w", "far");
+    tree.write("sequences/old/w", "near");
+    std::filesystem::create_directory_symlink(tree.path("far/models"), tree.path("models"));
+    const std::string through_link = tree.path("models/../sequences/old/w");
+    EXPECT_EQ(portable_pulse(tree.path("sequences/new/new.korseq"), through_link), through_link);
+}
+
 TEST(PortableSectorPulse, FailsWhenItDoesNotFit) {
     char out[6];
     EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/ab", out, sizeof out), 1);

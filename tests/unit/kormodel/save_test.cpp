@@ -243,3 +243,94 @@ TEST(SaveModel, ASequenceFileThatDoesNotOpenLeavesTheSpinFile) {
     EXPECT_TRUE(fs::exists(set.root() / "spin-systems/x.korspin"));
     EXPECT_FALSE(fs::exists(file));
 }
+
+namespace {
+
+Outcome refused_text(const std::string& message) {
+    return {KOR_MODEL_ERR_RANGE, message};
+}
+
+/// Refused with `message`, and nothing was made in an empty folder or changed in an older set.
+void expect_text_refused(const Model& model, const std::string& message) {
+    const TempTree tree;
+    EXPECT_EQ(save_model(tree.path("models/out.kormodel"), model), refused_text(message));
+    EXPECT_TRUE(tree.names().empty());
+    const std::vector<std::string> set = {"models/out.kormodel", "spin-systems/out.korspin",
+                                          "sequences/out/out.korseq"};
+    for (const std::string& name : set)
+        tree.write(name, "older");
+    EXPECT_EQ(save_model(tree.path("models/out.kormodel"), model), refused_text(message));
+    for (const std::string& name : set)
+        EXPECT_EQ(tree.read(name), "older") << name;
+}
+
+} // namespace
+
+TEST(SaveModel, ARemarkThatALineCannotHoldIsRefused) {
+    Model model = two_spin_model();
+    set_field(model.seq.sectors[1].remark, "scan #2 adc");
+    expect_text_refused(model, "sector 1 remark cannot be saved with '#' in it: scan #2 adc");
+    set_field(model.seq.sectors[1].remark, "one\ntwo");
+    expect_text_refused(model, "sector 1 remark cannot be saved with a line end in it: one\ntwo");
+    model = two_spin_model();
+    model.seq.sector_count = 2;
+    model.seq.sectors[2] = model.seq.sectors[1];
+    set_field(model.seq.sectors[2].remark, "#");
+    expect_text_refused(model, "sector 2 remark cannot be saved with '#' in it: #");
+}
+
+TEST(SaveModel, ASectorPathThatIsNoWordIsRefused) {
+    Model model = two_spin_model();
+    char* stored = model.seq.sectors[1].pulse_filename;
+    for (const char* name : {"my pulse.bin", "waves/my\tpulse", "my\vpulse", "p ", " p"}) {
+        copy_truncated(name, stored, KOR_FILE_NAME_SIZE);
+        expect_text_refused(model, "sector 1 pulse_filename cannot be saved with white space in it: " +
+                                       std::string(name));
+    }
+    copy_truncated("p#1", stored, KOR_FILE_NAME_SIZE);
+    expect_text_refused(model, "sector 1 pulse_filename cannot be saved with '#' in it: p#1");
+    copy_truncated("p\n1", stored, KOR_FILE_NAME_SIZE);
+    expect_text_refused(model, "sector 1 pulse_filename cannot be saved with a line end in it: p\n1");
+}
+
+TEST(SaveModel, ANameOrResultThatALineCannotHoldIsRefused) {
+    Model model = two_spin_model();
+    set_field(model.cfg.result_filename, "run#1.bin");
+    expect_text_refused(model, "result_filename cannot be saved with '#' in it: run#1.bin");
+    for (const std::string name : {" run.bin", "run.bin\t"}) {
+        set_field(model.cfg.result_filename, name);
+        expect_text_refused(model, "result_filename cannot be saved with white space in it: " + name);
+    }
+    model = two_spin_model();
+    set_field(model.cfg.model_name, "a#b");
+    expect_text_refused(model, "model_name cannot be saved with '#' in it: a#b");
+    const TempTree tree;
+    EXPECT_EQ(save_model(tree.path("models/c#d.kormodel"), two_spin_model()),
+              refused_text("model_name cannot be saved with '#' in it: c#d"));
+    EXPECT_TRUE(tree.names().empty());
+}
+
+// Only what the set's own files say counts: the folder above them may have any name.
+TEST(SaveModel, AFolderWithABlankAndANumberSignHoldsASet) {
+    const ModelSet set;
+    const fs::path root = set.root() / "set #1";
+    fs::create_directories(root / "models");
+    Model model = two_spin_model();
+    const std::string wave = plain_name(root / "sequences/out/waveforms/p1");
+    set_field(model.seq.sectors[1].pulse_filename, wave);
+    set_field(model.seq.sectors[1].remark, "two words");
+    const std::string file = plain_name(root / "models/out.kormodel");
+    EXPECT_EQ(save_model(file, model), ok);
+    write_file(wave, "x");
+    Model loaded;
+    EXPECT_EQ(load_model(file, loaded), ok);
+    EXPECT_STREQ(loaded.seq.sectors[1].remark, "two words");
+    // What was loaded is found by way of the folder of models; saved under another name it is found again.
+    set_field(loaded.cfg.model_name, "copy");
+    const std::string copy = plain_name(root / "models/copy.kormodel");
+    EXPECT_EQ(save_model(copy, loaded), ok);
+    EXPECT_NE(
+        read_file(root / "sequences/copy/copy.korseq").find("sector_pulsefile: 1 ../out/waveforms/p1\n"),
+        std::string::npos);
+    EXPECT_EQ(load_model(copy, loaded), ok);
+}

@@ -238,3 +238,21 @@ TEST(CopyValue, ACutTextKeepsNoBlanksAtItsEnd) {
     copy_value("abcdefghij", out, sizeof out);
     EXPECT_STREQ(out, "abcdefg");
 }
+
+TEST(FindLost, NamesTheFirstCharacterThatReadingBackLoses) {
+    const auto behind = [](const char* found) { return std::string(found ? found : "<none>"); };
+    for (const char* value : {"", "a", "a b\tc", "a:b"})
+        EXPECT_EQ(find_lost_in_text(value), nullptr) << value;
+    EXPECT_EQ(find_lost_in_text(" a "), nullptr);
+    EXPECT_EQ(behind(find_lost_in_text("a #b\nc")), "#b\nc");
+    EXPECT_EQ(behind(find_lost_in_text("a\n#")), "\n#");
+    for (const char* value : {"", "a", "a b", "C:/a b/c"})
+        EXPECT_EQ(find_lost_in_path(value), nullptr) << value;
+    EXPECT_EQ(behind(find_lost_in_path(" a")), " a");
+    EXPECT_EQ(behind(find_lost_in_path("a b\r")), "\r");
+    EXPECT_EQ(behind(find_lost_in_path("a#")), "#");
+    for (const char* value : {"", "a", "../a/b"})
+        EXPECT_EQ(find_lost_in_word(value), nullptr) << value;
+    EXPECT_EQ(behind(find_lost_in_word("a b#")), " b#");
+    EXPECT_EQ(behind(find_lost_in_word("a#b")), "#b");
+}
