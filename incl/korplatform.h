@@ -47,6 +47,11 @@ std::FILE* platform_open(const char* path, const char* mode);
 /// The same for a file that is to be new, mode "w" or "wb": EEXIST where anything has the name, be it a link
 /// that leads nowhere.
 std::FILE* platform_open_new(const char* path, const char* mode);
+/// The same for a file that is to take the place of `older`: where that is there, the new one has its owner,
+/// group, access rights and access list, and nobody but the owner may open it before. A group that this
+/// process cannot give gets no rights. nullptr and EPERM, with nothing left behind, where the list, or the
+/// group that it counts on, cannot be given. Windows: a file has the rights of its folder.
+std::FILE* platform_open_new_like(const char* older, const char* path, const char* mode);
 /// Delete one file, rename one (replacing an existing target), make one folder: 0, or the errno value,
 /// which is in errno as well.
 int platform_remove(const char* path);
@@ -55,12 +60,8 @@ int platform_make_dir(const char* path);
 /// An existing folder is EEXIST when it is to be made, whatever else may be wrong with it.
 ///
 /// Whether renaming another file to `path` has the effect of writing it anew: nothing is there, or a plain
-/// file with one name that this process may write and whose owner the other file can have. On Linux not one
-/// with an access list.
+/// file with one name that this process may write and whose owner the other file can have.
 bool platform_may_replace(const char* path);
-/// Gives the file `to` the owner, group and access rights of `from`; nothing when that is not there. A group
-/// that this process cannot give gets no rights. Windows: nothing, a file has the rights of its folder.
-void platform_copy_rights(const char* from, const char* to);
 /// Bytes of a file that is open for reading, however large and wherever its position is, which stays; -1 when
 /// the system does not say.
 long long platform_file_size(std::FILE* file);

@@ -9,7 +9,7 @@
 // Where renaming another file over it would not be the same as writing it (a device, a link, a file that is
 // write-protected), or no file can be made beside it (a protected folder, a name too long for the addition,
 // ten names taken by what killed processes left), the file is written in place. A file that takes the place
-// of an older one takes over its owner, group and access rights.
+// of an older one takes over its owner, group, access rights and access list.
 #pragma once
 
 #include <cstdio>

@@ -32,12 +32,12 @@ std::string name_beside(const std::string& name, int attempt) {
 }
 
 /// Makes a file beside the named one that nobody else has; null with errno when none can be made, EEXIST
-/// where every name is taken.
+/// where every name is taken. Nobody may read in it what the older file kept from him.
 std::FILE* open_beside(const std::string& name, const char* mode, std::string& beside) {
     std::FILE* file = nullptr;
     for (int attempt = 0; attempt < NAMES_BESIDE && !file; ++attempt) {
         beside = name_beside(name, attempt);
-        file = platform_open_new(beside.c_str(), mode);
+        file = platform_open_new_like(name.c_str(), beside.c_str(), mode);
         if (!file && errno != EEXIST)
             break;
     }
@@ -64,11 +64,8 @@ bool open_whole_file(const char* name, const char* mode, WholeFile& out) {
     }
     if (platform_may_replace(out.name.c_str())) {
         out.file = open_beside(out.name, mode, out.beside);
-        if (out.file) {
-            // Nobody may read in the new file what the older one kept from him.
-            platform_copy_rights(out.name.c_str(), out.beside.c_str());
+        if (out.file)
             return true;
-        }
         if (!folder_takes_no_file(errno))
             return false;
         out.beside.clear();

@@ -11,6 +11,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/limits.h>
 #include <spawn.h>
 #include <strings.h>
 #include <sys/stat.h>
@@ -50,10 +51,33 @@ bool is_regular_file(const std::string& path) {
     return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
-/// Whether users and groups other than the file's own have rights of their own: the bits of its mode do not
-/// say then what its group may.
-bool has_access_list(const std::string& path) {
-    return ::lgetxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+constexpr const char* ACCESS_LIST = "system.posix_acl_access";
+
+/// The rights of users and groups other than the file's own, as the system stores them; empty without such.
+std::string access_list(const std::string& path) {
+    std::string list(XATTR_SIZE_MAX, '\0');
+    const ssize_t size = ::getxattr(path.c_str(), ACCESS_LIST, list.data(), list.size());
+    list.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
+    return list;
+}
+
+/// Gives an open file that list and no other: a new file may have one from its folder.
+bool set_access_list(int file, const std::string& list) {
+    if (!list.empty())
+        return ::fsetxattr(file, ACCESS_LIST, list.data(), list.size(), 0) == 0;
+    return ::fremovexattr(file, ACCESS_LIST) == 0 || errno == ENODATA || errno == ENOTSUP;
+}
+
+/// Gives an open file, which nobody but its owner may open, the owner, group and rights of the older one. The
+/// rights in the mode come last: with a list they say what the list gives at most.
+bool take_over_rights(int file, const std::string& older, const struct stat& info) {
+    const bool group_stays = ::fchown(file, info.st_uid, info.st_gid) == 0;
+    const std::string list = access_list(older);
+    // The list's rights of the group were for another group.
+    if ((!list.empty() && !group_stays) || !set_access_list(file, list))
+        return false;
+    ::fchmod(file, info.st_mode & (group_stays ? 0777 : 0707));
+    return true;
 }
 
 bool exists(const std::string& path) {
@@ -183,6 +207,27 @@ std::FILE* platform_open_new(const char* path, const char* mode) {
     return std::fopen(native(path).c_str(), (std::string(mode) + "x").c_str());
 }
 
+std::FILE* platform_open_new_like(const char* older, const char* path, const char* mode) {
+    struct stat info;
+    const std::string old_name = native(older), name = native(path);
+    if (::stat(old_name.c_str(), &info) != 0)
+        return platform_open_new(path, mode);
+    const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+    if (descriptor < 0)
+        return nullptr;
+    const bool has_rights = take_over_rights(descriptor, old_name, info);
+    if (!has_rights && errno != ENOSPC && errno != EDQUOT)
+        errno = EPERM;
+    std::FILE* file = has_rights ? ::fdopen(descriptor, mode) : nullptr;
+    if (!file) {
+        const int error = errno;
+        ::close(descriptor);
+        ::unlink(name.c_str());
+        errno = error;
+    }
+    return file;
+}
+
 int platform_remove(const char* path) {
     return status_of(::unlink(native(path).c_str()));
 }
@@ -203,17 +248,8 @@ bool platform_may_replace(const char* path) {
     if (::lstat(name.c_str(), &info) != 0)
         return errno == ENOENT && !name.empty();
     const bool owner_stays = info.st_uid == ::geteuid() || ::geteuid() == 0;
-    return S_ISREG(info.st_mode) && info.st_nlink == 1 && owner_stays && !has_access_list(name) &&
+    return S_ISREG(info.st_mode) && info.st_nlink == 1 && owner_stays &&
            ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) == 0;
-}
-
-void platform_copy_rights(const char* from, const char* to) {
-    struct stat info;
-    const std::string target = native(to);
-    if (::stat(native(from).c_str(), &info) != 0)
-        return;
-    const bool group_stays = ::chown(target.c_str(), info.st_uid, info.st_gid) == 0;
-    ::chmod(target.c_str(), info.st_mode & (group_stays ? 0777 : 0707));
 }
 
 long long platform_file_size(std::FILE* file) {

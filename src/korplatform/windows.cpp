@@ -321,6 +321,10 @@ std::FILE* platform_open_new(const char* path, const char* mode) {
     return nullptr;
 }
 
+std::FILE* platform_open_new_like(const char*, const char* path, const char* mode) {
+    return platform_open_new(path, mode);
+}
+
 int platform_remove(const char* path) {
     const char* const name = path ? path : "";
     int result = 0;
@@ -366,8 +370,6 @@ bool platform_may_replace(const char* path) {
     });
     return error == ERROR_FILE_NOT_FOUND || may;
 }
-
-void platform_copy_rights(const char*, const char*) {}
 
 long long platform_file_size(std::FILE* file) {
     return _filelengthi64(_fileno(file));

@@ -7,12 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <filesystem>
 
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 namespace {
 
@@ -153,24 +151,4 @@ TEST(ListFiles, FollowsLinksToFiles) {
     fs::create_symlink(tree.path("real.kormodel"), tree.path("models/linked.kormodel"));
     fs::create_symlink(tree.path("gone.kormodel"), tree.path("models/broken.kormodel"));
     EXPECT_EQ(listed("models", ".kormodel"), Names{"linked.kormodel"});
-}
-
-// The mode of such a file shows the list's mask where the rights of the group belong.
-TEST(MayReplace, NoFileWithAnAccessList) {
-    struct Entry {
-        std::uint16_t tag, rights;
-        std::uint32_t user;
-    };
-    constexpr std::uint32_t NOBODY = 0xFFFFFFFF;
-    const struct {
-        std::uint32_t version = 2;
-        // The owner, one user by number, the group, the mask and the others.
-        Entry entries[5] = {{1, 6, NOBODY}, {2, 4, 12345}, {4, 0, NOBODY}, {16, 4, NOBODY}, {32, 0, NOBODY}};
-    } list;
-    const TempTree tree;
-    tree.write("listed", "");
-    ASSERT_TRUE(platform_may_replace("listed"));
-    if (setxattr("listed", "system.posix_acl_access", &list, sizeof list, 0) != 0 && errno == ENOTSUP)
-        GTEST_SKIP() << "this file system has no access lists";
-    EXPECT_FALSE(platform_may_replace("listed"));
 }

@@ -1,10 +1,10 @@
 // A library that makes one chosen file operation of a program fail. The tests preload it (LD_PRELOAD); the
 // program knows nothing of it.
 //
-// fopen, rename, unlink, remove, mkdir, chdir and fflush stand here in place of the C library's. A file that
-// is opened becomes a stream over this library's own read, write and close, so that buffering, end of file
-// and the stream's error mark stay the C library's and a failure appears where a disk's would. The standard
-// streams are not touched. Configuration, in environment variables:
+// fopen, fdopen, rename, unlink, remove, mkdir, chdir and fflush stand here in place of the C library's. A
+// file that is opened becomes a stream over this library's own read, write and close, so that buffering, end
+// of file and the stream's error mark stay the C library's and a failure appears where a disk's would. The
+// standard streams are not touched. Configuration, in environment variables:
 //
 //   KOR_FAULT_KIND    open read write flush close rename remove mkdir chdir, or any
 //   KOR_FAULT_AT      which operation of that kind, from 1; without it all are only counted
@@ -177,16 +177,18 @@ int open_flags(const char* mode) {
     return access | creation | (std::strchr(mode, 'x') ? O_EXCL : 0);
 }
 
+std::FILE* stream_over(int descriptor, const char* path, const char* mode) {
+    OpenFile* file = static_cast<OpenFile*>(std::calloc(1, sizeof(OpenFile)));
+    file->descriptor = descriptor;
+    std::snprintf(file->path, sizeof file->path, "%s", path);
+    return fopencookie(file, mode, {read_file, write_file, seek_file, close_file});
+}
+
 std::FILE* open_stream(const char* path, const char* mode) {
     if (fails(OPEN, path))
         return nullptr;
     const long descriptor = syscall(SYS_openat, AT_FDCWD, path, open_flags(mode), 0666);
-    if (descriptor < 0)
-        return nullptr;
-    OpenFile* file = static_cast<OpenFile*>(std::calloc(1, sizeof(OpenFile)));
-    file->descriptor = static_cast<int>(descriptor);
-    std::snprintf(file->path, sizeof file->path, "%s", path);
-    return fopencookie(file, mode, {read_file, write_file, seek_file, close_file});
+    return descriptor < 0 ? nullptr : stream_over(static_cast<int>(descriptor), path, mode);
 }
 
 int status_of(long result) {
@@ -207,6 +209,13 @@ std::FILE* fopen(const char* path, const char* mode) {
 }
 std::FILE* fopen64(const char* path, const char* mode) {
     return open_stream(path, mode);
+}
+
+std::FILE* fdopen(int descriptor, const char* mode) noexcept {
+    char link[64], path[PATH_MAX] = "";
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
+    syscall(SYS_readlinkat, AT_FDCWD, link, path, sizeof path - 1);
+    return fails(OPEN, path) ? nullptr : stream_over(descriptor, path, mode);
 }
 
 int fflush(std::FILE* stream) {
