@@ -15,7 +15,8 @@ struct KORModelRecords {
 /// How far a model file came on its way into the runtime state.
 enum class KORModelEntry { active, load_failed, activation_failed };
 
-/// Reads a model file into `records` and activates it in the runtime state. Unless the result is `active`,
+/// Reads a model file into `records` and activates it in the runtime state; outputs may then not replace its
+/// files (modelfiles.h). Unless the result is `active`,
 /// *status says why and message (at most size - 1 characters) has the details.
 KORModelEntry KORActivateModelFile(const char* path, KORModelRecords* records, KORModelStatus* status,
                                    char* message, std::size_t size);

@@ -18,10 +18,8 @@ extern int g_current_model_short_name_valid; // 1 while there is a short name
 /// Keeps the path (at most 1023 characters) and takes the short name from it where that works. A missing or
 /// empty path clears the loaded path and keeps the short name.
 void set_loaded_model_path(const char* path);
-/// Forgets the loaded path and the short name.
+/// Forgets the loaded path, the files of the model and the short name.
 void clear_loaded_model_path();
-/// Whether what is to be written would take the place of the model file; said on standard error.
-bool replaces_model_file(const char* model_path, const char* output_path);
 /// Keeps the name as it is (at most 127 characters); a missing or empty name clears the short name.
 void set_current_model_short_name(const char* name);
 void clear_current_model_short_name();

@@ -21,9 +21,11 @@ KORModelStatus KORModel_ApplyToLegacyGlobals(const KORSpinSystemDef* spin, const
 /// model_name stays empty. KOR_MODEL_ERR_INCOMPATIBLE when Nspins leaves 1..8 or nos 0..20.
 KORModelStatus KORModel_CaptureFromLegacyGlobals(KORSpinSystemDef* spin, KORPulseSequenceDef* seq,
                                                  KORRunConfig* cfg, char* errbuf, std::size_t errbufsz);
-/// KORModel_LoadText and KORModel_ActivateInLegacyRuntime. A null or empty path is _NULLPTR.
+/// KORModel_LoadText and KORModel_ActivateInLegacyRuntime; the model is then the loaded one, whose files no
+/// output may replace (modelfiles.h). A null or empty path is _NULLPTR.
 KORModelStatus KORModel_LoadCurrentLegacyStateFromText(const char* path, char* errbuf, std::size_t errbufsz);
-/// KORModel_CaptureFromLegacyGlobals and KORModel_SaveText. A null or empty path is _NULLPTR.
+/// KORModel_CaptureFromLegacyGlobals and KORModel_SaveText; the saved files are then those of the loaded
+/// model. A null or empty path is _NULLPTR.
 KORModelStatus KORModel_SaveCurrentLegacyStateToText(const char* path, char* errbuf, std::size_t errbufsz);
 
 } // namespace kor

@@ -1,6 +1,7 @@
 // Floor 2.13 - materials: writing a model set
 #pragma once
 
+#include "kormodel/model_file.h"
 #include "kormodel/records.h"
 
 namespace kor {
@@ -22,5 +23,7 @@ namespace kor {
 KORModelStatus KORModel_SaveText(const char* filename, const KORSpinSystemDef* spin,
                                  const KORPulseSequenceDef* seq, const KORRunConfig* cfg, char* errbuf,
                                  std::size_t errbufsz);
+/// The paths to which KORModel_SaveText writes the two other files of that set: 1, or 0 when it refuses.
+int saved_model_parts(const char* filename, const KORRunConfig* cfg, KORModelParts* parts);
 
 } // namespace kor

@@ -66,18 +66,13 @@ void calculate_spectra() {
     make_all_totals(PLAIN_SUMS);
 }
 
-void run_model() {
-    if (!g_loaded_model_path_valid || !replaces_model_file(g_loaded_model_path, g_runtime.resultflnm))
-        RunCurrentPreparedModel();
-}
-
 void act_on(int choice) {
     switch (choice) {
     case SEQUENCE:
         ComposePulseSequence();
         return;
     case RUN_MODEL:
-        run_model();
+        RunCurrentPreparedModel();
         return;
     case EXPECTATION_VALUES:
         CalcExpVal();

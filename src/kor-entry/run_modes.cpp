@@ -7,6 +7,7 @@
 #include "korcurrentmodel/loaded_model.h"
 #include "korcurrentmodel/model_summary.h"
 #include "korcurrentmodel/work_dirs.h"
+#include "modelfiles.h"
 
 #include <algorithm>
 #include <climits>
@@ -67,7 +68,7 @@ int run_kor_model_file(const char* path) {
     }
     enter_private_model_run_work_dir(path);
     KORModelRecords records;
-    if (!enter_model(path, names, &records) || replaces_model_file(path, records.cfg.result_filename))
+    if (!enter_model(path, names, &records) || replaces_definition_file(records.cfg.result_filename))
         return FAILURE;
     print_model_summary(path, &records.spin, &records.seq, &records.cfg);
     warn_of_relative_result(records.cfg);
@@ -81,7 +82,7 @@ int write_expectation_profile_file(const char* model_path, const char* density_p
     static const StepNames names = {"Expectation profile model load", "Expectation profile model activation",
                                     false};
     KORModelRecords records;
-    if (!enter_model(model_path, names, &records) || replaces_model_file(model_path, output_path))
+    if (!enter_model(model_path, names, &records) || replaces_model_files(output_path))
         return FAILURE;
     return KORWriteExpectationProfile(density_path, operator_expression, output_path) ? SUCCESS : FAILURE;
 }
@@ -96,7 +97,7 @@ int write_voxel_signal_file(const char* model_path, const char* density_path, co
     }
     enter_private_model_run_work_dir(model_path);
     KORModelRecords records;
-    if (!enter_model(model_path, names, &records) || replaces_model_file(model_path, output_path))
+    if (!enter_model(model_path, names, &records) || replaces_model_files(output_path))
         return FAILURE;
     return KORWriteVoxelSignal(density_path, point_index, output_path) ? SUCCESS : FAILURE;
 }

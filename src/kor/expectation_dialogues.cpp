@@ -7,6 +7,7 @@
 #include "kor/runtime_state.h"
 #include "kordatafileio.h"
 #include "korplatform.h"
+#include "modelfiles.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -96,6 +97,8 @@ Answer ask_output(Output* output) {
                      output->name);
         return Answer::refused;
     }
+    if (replaces_model_files(output->name))
+        return Answer::refused;
     output->file = platform_open(output->name, text ? "w" : "wb");
     if (!output->file) {
         std::perror(text ? "ExpValNDensMat: fopen(out text)" : "ExpValNDensMat: fopen(out bin)");

@@ -7,6 +7,7 @@
 #include "kor/spin_system.h"
 #include "kor/spin_system_dialogues.h"
 #include "koroptseq.h"
+#include "modelfiles.h"
 #include "rfpulselib/start_pulse.h"
 #include "rfpulseparam.h"
 #include "rfpulseplot.h"
@@ -87,11 +88,13 @@ void offer_pulse_table() {
                      name);
         return;
     }
+    char script[KOR_FILE_NAME_SIZE + 4];
+    std::snprintf(script, sizeof script, "%s.gp", name);
+    if (replaces_model_files(name) || replaces_model_files(script))
+        return;
     if (!WritePulseCSV(name, g_runtime.ap, g_runtime.h, g_runtime.xb, g_runtime.yb))
         return;
     std::printf("RF pulse written to '%s'\n", name);
-    char script[KOR_FILE_NAME_SIZE + 4];
-    std::snprintf(script, sizeof script, "%s.gp", name);
     if (WriteGnuplotPulseScript(script, name))
         open_plot(script);
 }

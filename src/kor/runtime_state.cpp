@@ -1,10 +1,13 @@
 #include "kor/runtime_state.h"
 
+#include "modelfiles.h"
+
 #include <initializer_list>
 
 namespace kor {
 
 RuntimeState g_runtime;
+const WaveformNames g_waveform_names = {g_runtime.fnames, &g_runtime.nos};
 
 namespace {
 

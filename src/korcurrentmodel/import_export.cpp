@@ -5,6 +5,7 @@
 #include "korcurrentmodel/model_summary.h"
 #include "kormodel/activation.h"
 #include "kormodel/model_file.h"
+#include "modelfiles.h"
 
 #include <cstdio>
 
@@ -25,11 +26,15 @@ KORModelEntry KORActivateModelFile(const char* path, KORModelRecords* records, K
     KORPulseSequenceDef_Init(&records->seq);
     KORRunConfig_Init(&records->cfg);
     message[0] = '\0';
-    *status = KORModel_LoadText(path, &records->spin, &records->seq, &records->cfg, message, size);
+    KORModelParts parts;
+    *status = load_model_and_parts(path, &records->spin, &records->seq, &records->cfg, &parts, message, size);
     if (*status != KOR_MODEL_OK)
         return KORModelEntry::load_failed;
     *status = KORModel_ActivateInLegacyRuntime(&records->spin, &records->seq, &records->cfg, message, size);
-    return *status == KOR_MODEL_OK ? KORModelEntry::active : KORModelEntry::activation_failed;
+    if (*status != KOR_MODEL_OK)
+        return KORModelEntry::activation_failed;
+    remember_model_files(path, parts.spin_system, parts.sequence);
+    return KORModelEntry::active;
 }
 
 void import_kor_model() {

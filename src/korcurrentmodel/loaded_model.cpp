@@ -3,7 +3,7 @@
 #include "consoleutil.h"
 #include "kormodel/text_lines.h"
 #include "korpaths.h"
-#include "korplatform.h"
+#include "modelfiles.h"
 
 #include <cstdio>
 #include <cstring>
@@ -61,14 +61,8 @@ void set_loaded_model_path(const char* path) {
 
 void clear_loaded_model_path() {
     forget_loaded_path();
+    forget_model_files();
     clear_current_model_short_name();
-}
-
-bool replaces_model_file(const char* model_path, const char* output_path) {
-    if (!platform_same_file(model_path, output_path))
-        return false;
-    std::fprintf(stderr, "[KOR] The output file %s is the model file.\n", output_path);
-    return true;
 }
 
 void set_current_model_short_name(const char* name) {

@@ -1,6 +1,7 @@
 #include "consoleutil.h"
 #include "kordatafileio.h"
 #include "korlimits.h"
+#include "modelfiles.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -33,6 +34,13 @@ void transfer_named_file(const int* count, const double* values, const char* pro
         dataio_last_status = DATAIO_ERR_IO;
     else
         dataio_last_status = transfer(static_cast<unsigned>(*count), path);
+}
+
+/// A transfer that writes: none of the loaded model's files.
+template <typename Transfer> auto unless_it_replaces_the_model(Transfer transfer) {
+    return [=](unsigned N, const char* path) {
+        return replaces_model_files(path) ? DATAIO_ERR_IO : transfer(N, path);
+    };
 }
 
 int scan_then_empty_line(const char* prompt, double* out) {
@@ -101,7 +109,8 @@ int scan_string(const char* prompt, char* out, std::size_t cap) {
 
 void AsciiOut(const int* count, const double* values) {
     transfer_named_file(count, values, "Ascii File Out >>\nEnter filename : ",
-                        [=](unsigned N, const char* path) { return AsciiOut_status(N, values, path); });
+                        unless_it_replaces_the_model(
+                            [=](unsigned N, const char* path) { return AsciiOut_status(N, values, path); }));
 }
 
 void AsciiIn(const int* count, double* values) {
@@ -111,7 +120,8 @@ void AsciiIn(const int* count, double* values) {
 
 void SGFileOut(const int* count, const double* values) {
     transfer_named_file(count, values, "SG-Plot File Out >>\nEnter filename : ",
-                        [=](unsigned N, const char* path) { return SGFileOut_status(N, values, path); });
+                        unless_it_replaces_the_model(
+                            [=](unsigned N, const char* path) { return SGFileOut_status(N, values, path); }));
 }
 
 void SGFileIn(const int* count, double* values) {
@@ -120,10 +130,10 @@ void SGFileIn(const int* count, double* values) {
 }
 
 void SGXYFileOut(const int* ap, const double* x, double xmin, double xinc) {
-    transfer_named_file(ap, x,
-                        "SG-Plot XY File Out >>\nEnter filename : ", [=](unsigned N, const char* path) {
+    transfer_named_file(ap, x, "SG-Plot XY File Out >>\nEnter filename : ",
+                        unless_it_replaces_the_model([=](unsigned N, const char* path) {
                             return SGXYFileOut_status(N, x, path, xmin, xinc);
-                        });
+                        }));
 }
 
 void RealArrayOut(const int* count, const double* values) {

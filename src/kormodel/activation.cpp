@@ -5,6 +5,7 @@
 #include "kormodel/model_file.h"
 #include "kormodel/save.h"
 #include "kormodel/text_lines.h"
+#include "modelfiles.h"
 #include "sequencetypes.h"
 
 #include <cstring>
@@ -211,9 +212,13 @@ KORModelStatus KORModel_LoadCurrentLegacyStateFromText(const char* path, char* e
     KORSpinSystemDef spin;
     KORPulseSequenceDef seq;
     KORRunConfig cfg;
-    const KORModelStatus status = KORModel_LoadText(path, &spin, &seq, &cfg, errbuf, errbufsz);
-    return status == KOR_MODEL_OK ? KORModel_ActivateInLegacyRuntime(&spin, &seq, &cfg, errbuf, errbufsz)
-                                  : status;
+    KORModelParts parts;
+    KORModelStatus status = load_model_and_parts(path, &spin, &seq, &cfg, &parts, errbuf, errbufsz);
+    if (status == KOR_MODEL_OK)
+        status = KORModel_ActivateInLegacyRuntime(&spin, &seq, &cfg, errbuf, errbufsz);
+    if (status == KOR_MODEL_OK)
+        remember_model_files(path, parts.spin_system, parts.sequence);
+    return status;
 }
 
 KORModelStatus KORModel_SaveCurrentLegacyStateToText(const char* path, char* errbuf, std::size_t errbufsz) {
@@ -224,8 +229,13 @@ KORModelStatus KORModel_SaveCurrentLegacyStateToText(const char* path, char* err
     KORSpinSystemDef spin;
     KORPulseSequenceDef seq;
     KORRunConfig cfg;
-    const KORModelStatus status = KORModel_CaptureFromLegacyGlobals(&spin, &seq, &cfg, errbuf, errbufsz);
-    return status == KOR_MODEL_OK ? KORModel_SaveText(path, &spin, &seq, &cfg, errbuf, errbufsz) : status;
+    KORModelStatus status = KORModel_CaptureFromLegacyGlobals(&spin, &seq, &cfg, errbuf, errbufsz);
+    if (status == KOR_MODEL_OK)
+        status = KORModel_SaveText(path, &spin, &seq, &cfg, errbuf, errbufsz);
+    KORModelParts parts;
+    if (status == KOR_MODEL_OK && saved_model_parts(path, &cfg, &parts))
+        remember_model_files(path, parts.spin_system, parts.sequence);
+    return status;
 }
 
 } // namespace kor

@@ -14,7 +14,10 @@ struct ModelReader : ModelFileReader {
     KORSpinSystemDef* spin;
     KORPulseSequenceDef* seq;
     KORRunConfig* cfg;
+    KORModelParts* parts;
 };
+
+using PartPath = char[KOR_PATH_SIZE];
 
 /// Keys of the two other files; an older layout had them in the model file.
 constexpr const char* keys[] = {
@@ -33,10 +36,10 @@ KORModelStatus read_model_name(ModelReader& reader, const char*, const char* val
     return KOR_MODEL_OK;
 }
 
-template <class Record, Record* ModelReader::*record,
+template <class Record, Record* ModelReader::*record, PartPath KORModelParts::*part,
           KORModelStatus (*load)(const char*, Record*, char*, std::size_t)>
 KORModelStatus read_part(ModelReader& reader, const char* key, const char* value) {
-    char path[KOR_PATH_SIZE];
+    PartPath& path = reader.parts->*part;
     if (!kor_resolve_model_relative_path(reader.filename, value, path, sizeof path))
         return resolution_error(reader, key);
     return load(path, reader.*record, reader.errbuf, reader.errbufsz);
@@ -64,8 +67,10 @@ KORModelStatus read_result_file(ModelReader& reader, const char* key, const char
 constexpr KeyRow<ModelReader> model_keys[] = {
     {"format_version", read_version<ModelReader>},
     {"model_name", read_model_name},
-    {"spin_system_file", read_part<KORSpinSystemDef, &ModelReader::spin, kor_load_spin_system_text>},
-    {"sequence_file", read_part<KORPulseSequenceDef, &ModelReader::seq, kor_load_pulse_sequence_text>},
+    {"spin_system_file",
+     read_part<KORSpinSystemDef, &ModelReader::spin, &KORModelParts::spin_system, kor_load_spin_system_text>},
+    {"sequence_file", read_part<KORPulseSequenceDef, &ModelReader::seq, &KORModelParts::sequence,
+                                kor_load_pulse_sequence_text>},
     {"ndx", read_int<&KORRunConfig::ndx>},
     {"ndy", read_int<&KORRunConfig::ndy>},
     {"ndz", read_int<&KORRunConfig::ndz>},
@@ -100,6 +105,14 @@ KORModelStatus check_required_keys(const ModelReader& reader) {
 
 KORModelStatus KORModel_LoadText(const char* filename, KORSpinSystemDef* spin, KORPulseSequenceDef* seq,
                                  KORRunConfig* cfg, char* errbuf, std::size_t errbufsz) {
+    KORModelParts parts;
+    return load_model_and_parts(filename, spin, seq, cfg, &parts, errbuf, errbufsz);
+}
+
+KORModelStatus load_model_and_parts(const char* filename, KORSpinSystemDef* spin, KORPulseSequenceDef* seq,
+                                    KORRunConfig* cfg, KORModelParts* parts, char* errbuf,
+                                    std::size_t errbufsz) {
+    *parts = {};
     if (!filename || !spin || !seq || !cfg) {
         set_error(errbuf, errbufsz, "load arguments must be non-null");
         return KOR_MODEL_ERR_NULLPTR;
@@ -112,7 +125,7 @@ KORModelStatus KORModel_LoadText(const char* filename, KORSpinSystemDef* spin, K
         set_error(errbuf, errbufsz, "could not open '%s' for reading", filename);
         return KOR_MODEL_ERR_IO;
     }
-    ModelReader reader{{errbuf, errbufsz, 0, 0, {}}, filename, spin, seq, cfg};
+    ModelReader reader{{errbuf, errbufsz, 0, 0, {}}, filename, spin, seq, cfg, parts};
     KORModelStatus status =
         read_key_lines(file, filename, reader, [&](const char* text) { return read_line(reader, text); });
     if (status != KOR_MODEL_OK)

@@ -249,6 +249,16 @@ KORModelStatus write_model_file(const char* filename, const SetPaths& set, const
 
 } // namespace
 
+int saved_model_parts(const char* filename, const KORRunConfig* cfg, KORModelParts* parts) {
+    SetPaths set;
+    name_set(filename, *cfg, set);
+    if (!derive_folders(filename, set) || !derive_files(set))
+        return 0;
+    copy_truncated(set.spin_path, parts->spin_system, sizeof parts->spin_system);
+    copy_truncated(set.sequence_path, parts->sequence, sizeof parts->sequence);
+    return 1;
+}
+
 KORModelStatus KORModel_SaveText(const char* filename, const KORSpinSystemDef* spin,
                                  const KORPulseSequenceDef* seq, const KORRunConfig* cfg, char* errbuf,
                                  std::size_t errbufsz) {

@@ -2,6 +2,7 @@
 
 #include "consoleutil.h"
 #include "korlimits.h"
+#include "modelfiles.h"
 #include "observablespectrumcalculator/spectrum_files.h"
 #include "rfpulseplot.h"
 
@@ -20,7 +21,8 @@ void create_csv_files_and_plot(double acq_time) {
     std::printf("Frequency-domain CSV: %s\n", fd_name);
     char script_name[table_name_size + sizeof ".gp"];
     std::snprintf(script_name, sizeof script_name, "%s.gp", fd_name);
-    if (!WriteGnuplotSpectrumScript(script_name, fd_name, "KOR Spectrum"))
+    if (replaces_model_files(script_name) ||
+        !WriteGnuplotSpectrumScript(script_name, fd_name, "KOR Spectrum"))
         return;
     std::printf("Wrote gnuplot script: %s\n", script_name);
     if (AskOpenPlotNow())
@@ -52,6 +54,8 @@ int Create_CSV_Files(double acq_time, char* fd_filename, std::size_t fd_size) {
     char fd_name[table_name_size];
     std::snprintf(td_name, sizeof td_name, "%s_td.csv", base);
     std::snprintf(fd_name, sizeof fd_name, "%s_fd.csv", base);
+    if (replaces_model_files(td_name) || replaces_model_files(fd_name))
+        return 0;
     if (!write_spectrum_csv_files(td_name, fd_name, acq_time))
         return 0;
     std::printf("Wrote %s and %s\n", td_name, fd_name);
@@ -63,7 +67,7 @@ int Create_CSV_Files(double acq_time, char* fd_filename, std::size_t fd_size) {
 void Create_PV_WAVE_File() {
     char name[KOR_FILE_NAME_SIZE];
     std::printf("File name PV-Wave file : ");
-    if (console_read_word(name, sizeof name))
+    if (console_read_word(name, sizeof name) && !replaces_model_files(name))
         write_pv_wave_file(name);
 }
 

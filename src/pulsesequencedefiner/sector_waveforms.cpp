@@ -6,6 +6,7 @@
 #include "kordatafileio.h"
 #include "korpaths.h"
 #include "korplatform.h"
+#include "modelfiles.h"
 #include "pulsesequencedefiner/prompts.h"
 #include "pulsesequencedefiner_state.h"
 #include "rfwaveformfile.h"
@@ -79,11 +80,6 @@ bool samples_are_finite(bool is_2d) {
     return l < 0;
 }
 
-/// Whether the waveform would take the place of the loaded model file, which is told.
-bool is_loaded_model(const char* path) {
-    return g_loaded_model_path_valid && replaces_model_file(g_loaded_model_path, path);
-}
-
 /// Tells which other sectors of the sequence read the file just written for sector k.
 void tell_who_shares_the_file(int k) {
     const RuntimeState& rt = g_runtime;
@@ -113,7 +109,7 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
     stored[0] = '\0';
     if (!resolve_waveform_path(name, path))
         return 1;
-    if (is_loaded_model(path) || !samples_are_finite(is_2d) || !write(path)) {
+    if (replaces_definition_file(path) || !samples_are_finite(is_2d) || !write(path)) {
         std::puts("Sector waveform file was not written.");
         return 1;
     }

@@ -1,4 +1,5 @@
 #include "kormodel/sector_optimisation.h"
+#include "modelfiles.h"
 
 #include "kor/optimiser.h"
 #include "kor/optimiser_dialogues.h"
@@ -235,6 +236,22 @@ TEST(OptimizeSector, WritesTheTableOfThePulse) {
               std::string::npos);
     EXPECT_EQ(tree.read("best.csv").find("# t[s], B1x[Hz], B1y[Hz], |B1|, phase[rad]\n0, "), 0u);
     EXPECT_TRUE(tree.exists("best.csv.gp"));
+}
+
+TEST(OptimizeSector, TheTableAndItsScriptReplaceNoFileOfTheModel) {
+    const TempTree tree;
+    prepare_model();
+    const std::string before = tree.read("pulse");
+    EXPECT_EQ(optimise("1\n1\n2\n1\n1\npulse\n2\n").err,
+              "[KOR] The output file pulse is the waveform file of sector 1.\n");
+    EXPECT_EQ(tree.read("pulse"), before);
+    tree.write("best.csv.gp", "the model");
+    kor::remember_model_files("best.csv.gp", "", "");
+    EXPECT_EQ(optimise("1\n1\n2\n1\n1\nbest.csv\n2\n").err,
+              "[KOR] The output file best.csv.gp is the model file.\n");
+    kor::forget_model_files();
+    EXPECT_EQ(tree.read("best.csv.gp"), "the model");
+    EXPECT_FALSE(tree.exists("best.csv"));
 }
 
 TEST(OptimizeSector, EndOfInputAtTheLastPromptsMeansNo) {

@@ -168,6 +168,16 @@ TEST_F(OutOfReach, AResultInThePlaceOfItsOwnModelIsRefused) {
     EXPECT_EQ(over_model.status, 1);
     EXPECT_EQ(over_model.err, "[KOR] The output file " + model + " is the model file.\n");
     EXPECT_NE(read_file(model).find("result_file: " + model), std::string::npos);
+    for (const auto& [name, kind] :
+         {std::pair<std::string, std::string>{"spin-systems/grid.korspin", "spin-system"},
+          {"sequences/grid/grid.korseq", "sequence"}}) {
+        const std::string part = scenario_->path(name), text = read_file(part);
+        const ProgramResult over_part = run_with_result(part);
+        EXPECT_EQ(over_part.status, 1);
+        EXPECT_EQ(over_part.err,
+                  "[KOR] The output file " + part + " is the " + kind + " file of the loaded model.\n");
+        EXPECT_TRUE(read_file(part) == text);
+    }
 }
 
 TEST_F(OutOfReach, AFileWhereAScratchFolderBelongsIsTold) {
@@ -239,12 +249,19 @@ TEST(ReadOut, AProtectedFolderIsToldAndAWritableFileInItIsWritten) {
 TEST(ReadOut, NeverReplacesTheModel) {
     for (const char* name : {"profile", "voxel-signal"}) {
         const auto scenario = make_scenario(name);
-        const std::string model = scenario->arguments[1], text = read_file(model);
-        scenario->arguments[4] = model;
-        const ProgramResult result = run_program(scenario->call());
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.err, "[KOR] The output file " + model + " is the model file.\n");
-        EXPECT_TRUE(read_file(model) == text);
+        const std::pair<std::string, std::string> files[] = {
+            {scenario->arguments[1], "the model file"},
+            {scenario->path("spin-systems/grid.korspin"), "the spin-system file of the loaded model"},
+            {scenario->path("sequences/grid/grid.korseq"), "the sequence file of the loaded model"},
+            {scenario->path("sequences/grid/waveforms/sector2"), "the waveform file of sector 2"}};
+        for (const auto& [file, what] : files) {
+            const std::string bytes = read_file(file);
+            scenario->arguments[4] = file;
+            const ProgramResult result = run_program(scenario->call());
+            EXPECT_EQ(result.status, 1);
+            EXPECT_EQ(result.err, "[KOR] The output file " + file + " is " + what + ".\n");
+            EXPECT_TRUE(read_file(file) == bytes);
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 #include "kordatafileio.h"
 
 #include "korplatform.h"
+#include "modelfiles.h"
 #include "support/console_script.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
@@ -237,6 +238,20 @@ TEST(RealArrayOut, ChoiceOneWritesPlainAscii) {
     EXPECT_EQ(dataio_last_status, DATAIO_OK);
     EXPECT_EQ(tree.read("series.txt"), "1.000000000000E+00\n2.500000000000E+00\n-1.000000000000E-03\n");
     EXPECT_EQ(unread_answers(), "more\n");
+}
+
+TEST(RealArrayOut, DoesNotReplaceTheLoadedModel) {
+    TempTree tree;
+    tree.write("m.kormodel", "the model");
+    remember_model_files("m.kormodel", "", "");
+    for (const char* answers : {"1\nm.kormodel\n", "2\n0\nm.kormodel\n", "2\n1\n0\n1\nm.kormodel\n"}) {
+        dataio_last_status = DATAIO_OK;
+        EXPECT_EQ(write_real_array(answers, three).err,
+                  "[KOR] The output file m.kormodel is the model file.\n");
+        EXPECT_EQ(dataio_last_status, DATAIO_ERR_IO);
+    }
+    forget_model_files();
+    EXPECT_EQ(tree.read("m.kormodel"), "the model");
 }
 
 TEST(RealArrayOut, ChoiceTwoWithoutAxisWritesSGPlot) {

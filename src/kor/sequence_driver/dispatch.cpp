@@ -5,6 +5,7 @@
 #include "kor/spatial_grid.h"
 #include "korpaths.h"
 #include "korplatform.h"
+#include "modelfiles.h"
 #include "sectors.h"
 #include "sequencetypes.h"
 
@@ -41,14 +42,12 @@ bool has_too_many_voxels() {
 
 /// Whether the result would take the place of a waveform of its own sequence; said on standard error.
 bool result_replaces_a_waveform() {
-    const RuntimeState& s = g_runtime;
-    for (int k = 1; k <= s.nos; ++k) {
-        if (platform_same_file(s.resultflnm, s.fnames[k])) {
-            std::fprintf(stderr, "%s: the result file is the waveform file of sector %d\n", s.resultflnm, k);
-            return true;
-        }
+    const char* result = g_runtime.resultflnm;
+    const int sector = sector_of_waveform_file(result);
+    if (sector > 0) {
+        std::fprintf(stderr, "%s: the result file is the waveform file of sector %d\n", result, sector);
     }
-    return false;
+    return sector > 0;
 }
 
 /// An earlier run's files must not be taken for this run's; false, with a message, when one stays.
@@ -82,7 +81,8 @@ void RunCurrentPreparedModel() {
         std::puts(missing);
         return;
     }
-    if (has_too_many_voxels() || result_replaces_a_waveform() || !delete_scratch_files()) {
+    if (has_too_many_voxels() || result_replaces_a_waveform() ||
+        replaces_definition_file(g_runtime.resultflnm) || !delete_scratch_files()) {
         return;
     }
     if (g_runtime.sequencetype == FAMILY_SPATIAL) {

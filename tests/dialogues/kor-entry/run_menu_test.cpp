@@ -141,6 +141,31 @@ TEST_F(RunMenu, RunsNoModelWhoseResultWouldReplaceItsFile) {
     EXPECT_FALSE(tree_.exists("build/runtime/dm.bin"));
 }
 
+// The files of an imported model, and of a model that was saved under a new name: the tables of expectation
+// values and the tables and viewer data of a spectrum replace none of them.
+TEST_F(RunMenu, OutputsReplaceNoFileOfTheModel) {
+    const std::string path = program_.write_model(two_spin_model("two"));
+    const std::string run = "3\n1\n\n2\n2\n\n", end = "7\n6\n";
+    const auto refused = [&](const std::string& answers, const std::string& name, const std::string& what) {
+        const std::string file = tree_.path(name);
+        const bool saved_later = !tree_.exists(name);
+        const std::string bytes = saved_later ? "" : tree_.read(name);
+        const ProgramResult result = program_.run({}, run + answers + end);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "[KOR] The output file " + file + " is " + what + ".\n") << result.out;
+        EXPECT_TRUE(saved_later ? tree_.read(name).find("format_version: 1\n") == 0
+                                : tree_.read(name) == bytes);
+    };
+    const auto table = [&](const std::string& name) {
+        return "3\n1\n1\nIx\n1\n" + tree_.path(name) + "\n\n2\n\n";
+    };
+    refused(table("models/two.kormodel"), "models/two.kormodel", "the model file");
+    refused(table("spin-systems/two.korspin"), "spin-systems/two.korspin",
+            "the spin-system file of the loaded model");
+    refused("6\nnew\n\n\n" + table("sequences/new/new.korseq"), "sequences/new/new.korseq",
+            "the sequence file of the loaded model");
+}
+
 TEST_F(SpectrumItem, AsksForTheKindOfSpectrum) {
     const std::string average = played("4\n1\n");
     EXPECT_TRUE(contains(average, SPECTRUM_QUESTION));

@@ -1,8 +1,11 @@
 #include "dialogues/kor/expectation_dialogue.h"
 
 #include "kor/runtime_state.h"
+#include "modelfiles.h"
 
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 #include <climits>
 #include <cmath>
@@ -173,6 +176,27 @@ TEST(ExpValNDensMat, DoesNotWriteOverTheFileItReads) {
             EXPECT_EQ(tree.read("dm.bin"), states);
         }
     }
+}
+
+TEST(ExpValNDensMat, DoesNotWriteOverTheLoadedModel) {
+    TempTree tree;
+    prepare(tree, {1.0});
+    tree.write("m.kormodel", "the model");
+    tree.write("wave", "the waveform");
+    kor::remember_model_files("m.kormodel", "s.korspin", "q.korseq");
+    kor::g_runtime.nos = 1;
+    std::strcpy(kor::g_runtime.fnames[1], "wave");
+    for (const char* kind : {"1\n", "2\n"}) {
+        EXPECT_EQ(ask(choose_ix + kind + "m.kormodel\n\n").err,
+                  "[KOR] The output file m.kormodel is the model file.\n");
+        const ConsoleOutput over_waveform = ask(choose_ix + kind + "wave\n\n");
+        EXPECT_EQ(over_waveform.err, "[KOR] The output file wave is the waveform file of sector 1.\n");
+        EXPECT_EQ(over_waveform.out.substr(over_waveform.out.size() - press_enter.size()), press_enter);
+    }
+    kor::forget_model_files();
+    kor::g_runtime.nos = 0;
+    EXPECT_EQ(tree.read("m.kormodel"), "the model");
+    EXPECT_EQ(tree.read("wave"), "the waveform");
 }
 
 TEST(ExpValNDensMat, AFileWithoutMatricesGivesAnEmptyTable) {

@@ -1,5 +1,6 @@
 #include "observablespectrumcalculator/spectrum_dialogues.h"
 
+#include "modelfiles.h"
 #include "observablespectrumcalculator/spectrum_files.h"
 #include "support/console_script.h"
 #include "support/fake_gnuplot.h"
@@ -97,6 +98,26 @@ TEST(SpectrumOutputMenu, StopsWhereTheScriptFails) {
     EXPECT_EQ(printed.out, std::string(SPECTRUM_OUTPUT_MENU) + base_prompt +
                                "Wrote run7_td.csv and run7_fd.csv\nFrequency-domain CSV: run7_fd.csv\n");
     EXPECT_EQ(printed.err, "run7_fd.csv.gp: Is a directory\n");
+}
+
+TEST(SpectrumOutputMenu, ReplacesNoFileOfTheLoadedModel) {
+    const struct {
+        const char* file; // that of the model
+        const char* answers;
+    } cases[] = {{"wave.dat", "1\nwave.dat\n"},
+                 {"run7_td.csv", "2\nrun7\nn\n"},
+                 {"run7_fd.csv", "2\nrun7\nn\n"},
+                 {"run7_fd.csv.gp", "2\nrun7\nn\n"}};
+    for (const auto& one : cases) {
+        const TempTree folder;
+        write_signal();
+        folder.write(one.file, "the model");
+        remember_model_files(one.file, "", "");
+        EXPECT_EQ(play_menu(one.answers).err,
+                  "[KOR] The output file " + std::string(one.file) + " is the model file.\n");
+        forget_model_files();
+        EXPECT_EQ(folder.read(one.file), "the model");
+    }
 }
 
 TEST(CreateCsvFiles, FailsWithoutAName) {

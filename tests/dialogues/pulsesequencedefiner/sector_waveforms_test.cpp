@@ -2,6 +2,7 @@
 
 #include "kor/runtime_state.h"
 #include "korcurrentmodel/loaded_model.h"
+#include "modelfiles.h"
 #include "support/composer_state.h"
 #include "support/composer_texts.h"
 #include "support/console_script.h"
@@ -154,6 +155,22 @@ TEST(WriteSectorWaveformFile, AsksForTheShortNameFirst) {
                   "Sector waveform file written to : ./a.bin\n");
 }
 
+// A waveform of the sequence may be written anew, the files that define the model not.
+TEST(WriteSectorWaveformFile, DoesNotReplaceTheDefinitionOfTheLoadedModel) {
+    TempTree tree;
+    prepare_waveform();
+    tree.write("q.korseq", "the sequence");
+    remember_model_files("", "", "q.korseq");
+    const ConsoleOutput printed =
+        play_console("./q.korseq\n", [] { EXPECT_EQ(ps_write_spatial_sector_waveform_file(3), 1); });
+    forget_model_files();
+    EXPECT_EQ(printed.err, "[KOR] The output file ./q.korseq is the sequence file of the loaded model.\n");
+    EXPECT_EQ(printed.out, file_name_question("RF and gradient", "lac_s03.bin") +
+                               "Sector waveform file was not written.\n");
+    EXPECT_EQ(tree.read("q.korseq"), "the sequence");
+    EXPECT_STREQ(g_runtime.fnames[3], "");
+}
+
 TEST(WriteSectorWaveformFile, AFileThatCannotBeWrittenLeavesNoName) {
     TempTree tree;
     prepare_waveform();
@@ -197,7 +214,7 @@ TEST(WriteSectorWaveformFile, NeverReplacesTheLoadedModelFile) {
     TempTree tree;
     prepare_waveform();
     tree.write("lac.kormodel", "the model");
-    set_loaded_model_path("lac.kormodel");
+    remember_model_files("lac.kormodel", "", "");
     for (const auto write : {ps_write_spatial_sector_waveform_file, ps_write_2d_sector_waveform_file}) {
         std::snprintf(g_runtime.fnames[3], sizeof g_runtime.fnames[3], "old.bin");
         const ConsoleOutput printed = play_console("./lac.kormodel\n", [&] { EXPECT_EQ(write(3), 1); });
@@ -206,7 +223,7 @@ TEST(WriteSectorWaveformFile, NeverReplacesTheLoadedModelFile) {
         EXPECT_STREQ(g_runtime.fnames[3], "");
         EXPECT_EQ(tree.read("lac.kormodel"), "the model");
     }
-    clear_loaded_model_path();
+    forget_model_files();
 }
 
 TEST(WriteSectorWaveformFile, TellsWhichOtherSectorReadsTheSameFile) {
