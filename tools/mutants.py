@@ -9,10 +9,11 @@ mutant only the changed source is compiled, or the sources that include the chan
 library into each test program as its turn comes: first the unit tests under the source's own name, then all of its kind,
 then the other programs, until one fails, crashes or takes six times as long as without the change. A mutant that does not
 compile does not count. What FILE (default out/mutants/report.txt) tells of an earlier run is taken over; survivors are tried
-again. A survivor is printed with file, line and change; whoever reads the list decides whether the change has no effect or a
-test is missing (docs/validation.md names the former).
+again. A survivor is printed with file (and the first letters of its hash), line, column and change; whoever reads the list
+decides whether the change has no effect or a test is missing (docs/validation.md names the former).
 """
 import argparse
+import hashlib
 import json
 import os
 import queue
@@ -21,8 +22,10 @@ import re
 import resource
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
+import threading
 import time
 from concurrent.futures import ThreadPoolExecutor
 from dataclasses import dataclass, field
@@ -38,10 +41,11 @@ ROOMS = [  # numerics, then parsers
     "kordatafileio", "rfwaveformfile", "korpaths",
 ]
 NOT_MUTATED = re.compile(r"dialogues|_menu|sector_optimisation")
-LINKER = "the linker"
+NOT_BUILT = ("does not compile", "does not link")
 DAMAGES = "*Mutations.*:*OddHeaders*:SpinSystemBits.*"
 STAGES = [("unit", "-" + DAMAGES), ("engine", "*"), ("physics", "*"), ("dialogues", "*"), ("unit", DAMAGES),
           ("endtoend", "*"), ("trust", "*")]  # (test program, filter)
+STARTED = ["kor", "make-example-waveforms", "tests/kor_reference"]  # by dialogue and end-to-end tests
 EXCHANGES = {
     "+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+=", "*=": "/=", "/=": "*=", "<": "<=", "<=": "<",
     ">": ">=", ">=": ">", "==": "!=", "!=": "==", "&&": "||", "||": "&&", "++": "--", "!": "", "%": "*",
@@ -60,14 +64,16 @@ TOKEN = re.compile(r"""
 @dataclass(frozen=True)
 class Mutant:
     file: str
+    version: str  # the first letters of the file's hash
     start: int
     end: int
     line: int
+    column: int
     old: str
     new: str
 
     def __str__(self):
-        return f"{self.file}:{self.line}: '{self.old}' -> '{self.new}'"
+        return f"{self.file}@{self.version}:{self.line}:{self.column}: '{self.old}' -> '{self.new}'"
 
 
 def other_number(text):
@@ -86,6 +92,7 @@ def is_operation(text, match):
 
 def mutants_of(file):
     text = (ROOT / file).read_text(encoding="utf-8")
+    version = hashlib.sha256(text.encode()).hexdigest()[:7]
     found = []
     for match in TOKEN.finditer(text):
         if match["skip"] or (match["operator"] and not is_operation(text, match)):
@@ -93,7 +100,8 @@ def mutants_of(file):
         new = other_number(match[0]) if match["number"] else EXCHANGES.get(match[0])
         if new is not None:
             line = text.count("\n", 0, match.start()) + 1
-            found.append(Mutant(file, match.start(), match.end(), line, match[0], new))
+            column = match.start() - text.rfind("\n", 0, match.start())
+            found.append(Mutant(file, version, match.start(), match.end(), line, column, match[0], new))
     return found
 
 
@@ -127,10 +135,10 @@ def from_root(path):
 
 
 def build_tree():
-    """Builds the unchanged tree with its tests."""
+    """Builds the unchanged tree with its tests. A warning is no reason not to compile a mutant."""
     linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"] if shutil.which("ld.lld") else []
-    subprocess.run(["cmake", "--preset", "release", "-B", BUILD, "-DKOR_BUILD_TESTS=ON", *linker], cwd=ROOT, check=True,
-                   stdout=subprocess.DEVNULL)
+    subprocess.run(["cmake", "--preset", "release", "-B", BUILD, "-DKOR_BUILD_TESTS=ON",
+                    "-DKOR_WARNINGS_AS_ERRORS=OFF", *linker], cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
     subprocess.run(["cmake", "--build", BUILD], check=True, stdout=subprocess.DEVNULL)
     tree = Tree()
     sources = {}  # object -> its source
@@ -153,7 +161,7 @@ def build_tree():
         if source := sources.get(built.split(":")[0]):
             for name in needed:
                 tree.users.setdefault(from_root(name.strip()), []).append(source)
-    for program in ["kor", "tests/kor_reference", *(f"tests/kor_{stage[0]}_tests" for stage in STAGES)]:
+    for program in [*STARTED, *(f"tests/kor_{stage[0]}_tests" for stage in STAGES)]:
         command = shlex.split(ninja("commands", program).strip().splitlines()[-1])
         start = command.index("&&") + 1
         tree.link[program] = command[start:command.index("&&", start)]
@@ -165,7 +173,8 @@ def compile_source(tree, copy, source):
     built = copy / "objects" / (source.replace("/", "+") + ".o")
     built.parent.mkdir(exist_ok=True)
     file = copy / source if (copy / source).exists() else ROOT / source
-    where = [argument.replace(str(BUILD), str(copy / "build")) for argument in tree.compile[source]]
+    where = [argument.replace(str(BUILD), str(copy / "build")) if argument.startswith("-DKOR_") else argument
+             for argument in tree.compile[source]]
     done = subprocess.run([*where, "-c", file, "-o", built], cwd=BUILD, capture_output=True)
     return built if done.returncode == 0 else None
 
@@ -185,9 +194,16 @@ def prepare(tree, copy):
     (copy / "build" / "tests").mkdir(parents=True)
     paths = compile_source(tree, copy, "tests/support/build_paths.cpp")
     shutil.move(paths, copy / "build_paths.o")
-    for program in ("kor", "tests/kor_reference", "make-example-waveforms"):
+    for program in STARTED:
         shutil.copy(BUILD / program, copy / "build" / program)
     return copy
+
+
+def clear_traces(copy):
+    """Removes what tests of an earlier mutant left."""
+    for folder in ("build/models", "build/rf-output", "build/runtime", "build/tests/runtime", "temporary"):
+        shutil.rmtree(copy / folder, ignore_errors=True)
+    (copy / "temporary").mkdir()
 
 
 def suites_of_room(file):
@@ -204,42 +220,45 @@ def suites_of_room(file):
 def limit_resources():
     """A mutant that fills the memory or the disk fails instead."""
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (8 << 30, 8 << 30))
 
 
 def passes(copy, stage, seconds):
     program, chosen = stage
     command = [copy / "build" / "tests" / f"kor_{program}_tests", "--gtest_fail_fast", "--gtest_brief=1",
                f"--gtest_filter={chosen}"]
+    test = subprocess.Popen(command, cwd=copy / "build" / "tests", stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                            stderr=subprocess.DEVNULL, preexec_fn=limit_resources, start_new_session=True,
+                            env=os.environ | {"TMPDIR": str(copy / "temporary")})
     try:
-        done = subprocess.run(command, cwd=copy / "build" / "tests", stdin=subprocess.DEVNULL,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=seconds,
-                              preexec_fn=limit_resources)
+        return test.wait(seconds) == 0
     except subprocess.TimeoutExpired:
+        os.killpg(test.pid, signal.SIGKILL)  # with the programs that it started
+        test.wait()
         return False
-    return done.returncode == 0
 
 
-def first_to_fail(tree, copy, objects, stages):
-    """The test program of the first of the (program, filter) pairs that does not pass; None when all do."""
+def outcome_of_tests(tree, copy, objects, stages):
+    """'killed by' the test program of the first of the (program, filter) pairs that does not pass, or 'survived'."""
+    clear_traces(copy)
     linked = set()
     for stage in stages:
         program = f"tests/kor_{stage[0]}_tests"
-        started = ["kor", "tests/kor_reference"] if stage[0] in ("dialogues", "endtoend") else []
-        for name in {*started, program} - linked:
+        for name in {*(STARTED if stage[0] in ("dialogues", "endtoend") else []), program} - linked:
             own = [copy / "build_paths.o"] if name.endswith("_tests") else []
             if not link_program(tree, copy, name, [*objects, *own]):
-                return LINKER
+                return "does not link"
             linked.add(name)
         if not passes(copy, stage, 10 + 6 * tree.seconds.get(stage, 30)):
-            return stage[0]
-    return None
+            return f"killed by {stage[0]}"
+    return "survived"
 
 
 def outcome_of(tree, copy, mutant):
-    """'killed by' a test program, 'survived' or 'does not compile'."""
+    """As outcome_of_tests, or 'does not compile'."""
     target = copy / mutant.file
     text = target.read_text(encoding="utf-8")
+    assert text[mutant.start:mutant.end] == mutant.old, mutant
     target.write_text(text[:mutant.start] + mutant.new + text[mutant.end:], encoding="utf-8")
     try:
         objects = [compile_source(tree, copy, source) for source in tree.users[mutant.file]]
@@ -248,10 +267,7 @@ def outcome_of(tree, copy, mutant):
         stages = sorted(STAGES, key=lambda stage: "korengine" in mutant.file and stage[0] != "engine")
         if own := suites_of_room(mutant.file):
             stages = [("unit", own), *stages]
-        killer = first_to_fail(tree, copy, objects, stages)
-        if killer == LINKER:
-            return "does not compile"
-        return f"killed by {killer}" if killer else "survived"
+        return outcome_of_tests(tree, copy, objects, stages)
     finally:
         target.write_text(text, encoding="utf-8")
 
@@ -261,8 +277,8 @@ def time_stages(tree, copy):
     for stage in STAGES:
         begin = time.monotonic()
         tree.seconds[stage] = 600
-        if killer := first_to_fail(tree, copy, [], [stage]):
-            sys.exit(f"the unchanged tree does not pass: {killer}")
+        if outcome_of_tests(tree, copy, [], [stage]) != "survived":
+            sys.exit(f"the unchanged tree does not pass: {stage[0]}")
         tree.seconds[stage] = time.monotonic() - begin
 
 
@@ -272,18 +288,25 @@ def outcomes_of(tree, mutants, known, count, copies, report):
     for copy in copies:
         free.put(copy)
     outcomes = {}
+    counting = threading.Lock()
+
+    def built():
+        with counting:
+            return sum(outcome not in NOT_BUILT for outcome in outcomes.values())
 
     def work(mutant):
-        if sum(outcome != "does not compile" for outcome in outcomes.values()) >= count:
+        if built() >= count:
             return
-        if mutant in known:
-            outcomes[mutant] = known[mutant]
-            return
-        copy = free.get()
-        outcome = outcome_of(tree, copy, mutant)
-        free.put(copy)
-        outcomes[mutant] = outcome
-        print(f"{mutant}: {outcome}", file=report, flush=True)
+        outcome = known.get(mutant)
+        if not outcome:
+            copy = free.get()
+            try:
+                outcome = outcome_of(tree, copy, mutant)
+            finally:
+                free.put(copy)
+            print(f"{mutant}: {outcome}", file=report, flush=True)
+        with counting:
+            outcomes[mutant] = outcome
 
     with ThreadPoolExecutor(len(copies)) as workers:
         list(workers.map(work, mutants))

@@ -304,6 +304,17 @@ TEST(Linmin, MovesThePointAndTurnsTheDirectionIntoTheStep) {
     EXPECT_EQ(g_runtime.kor_ncom, 8);
 }
 
+TEST(Linmin, MovesAPointOfOneParameter) {
+    prepare_offset_spin(0.0, 64, 64.0);
+    std::vector<double> point(8, 0.0);
+    point[0] = 0.2;
+    double direction = 0.25;
+    double minimum = 0.0;
+    play_console("", [&] { kor::linmin(point.data(), &direction, 1, &minimum); });
+    EXPECT_NEAR(point[0], kor::KOR_PI / 2.0, 1e-3);
+    EXPECT_NEAR(minimum, -0.5 * std::sin(point[0]), 1e-13);
+}
+
 TEST(Linmin, KeepsToItsArraysForALineThatIsTooLong) {
     prepare_offset_spin(0.0);
     std::vector<double> point(200, 1.0), direction(200, 2.0);
