@@ -9,14 +9,15 @@
 
 namespace kor {
 
-/// The waveform files of the current sequence, as the simulator's state holds them: names[k] for the sectors
+/// The waveform files of the current sequence, as the caller's state holds them: names[k] for the sectors
 /// k = 1..*sectors.
 struct WaveformNames {
     const char (*names)[KOR_FILE_NAME_SIZE];
     const int* sectors;
 };
-/// Defined beside the state.
-extern const WaveformNames g_waveform_names;
+/// From now on these are looked up, as they stand at the time of each question; they must outlive the
+/// process's last one. Before the first call there are none. The state hands over its own before main begins.
+void follow_waveform_names(const WaveformNames& waveforms);
 
 /// The model that was loaded or saved last, by the names of its three files. They are cut to
 /// KOR_PATH_SIZE - 1 characters; none may be null.

@@ -8,6 +8,9 @@ namespace kor {
 
 namespace {
 
+constexpr int no_sectors = 0;
+WaveformNames g_waveforms = {nullptr, &no_sectors};
+
 // Empty names are no files.
 char g_model[KOR_PATH_SIZE], g_spin_system[KOR_PATH_SIZE], g_sequence[KOR_PATH_SIZE];
 
@@ -30,9 +33,13 @@ void forget_model_files() {
     remember_model_files("", "", "");
 }
 
+void follow_waveform_names(const WaveformNames& waveforms) {
+    g_waveforms = waveforms;
+}
+
 int sector_of_waveform_file(const char* path) {
-    for (int k = 1; k <= *g_waveform_names.sectors; ++k)
-        if (platform_same_file(path, g_waveform_names.names[k]))
+    for (int k = 1; k <= *g_waveforms.sectors; ++k)
+        if (platform_same_file(path, g_waveforms.names[k]))
             return k;
     return 0;
 }

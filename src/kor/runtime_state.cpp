@@ -7,9 +7,12 @@
 namespace kor {
 
 RuntimeState g_runtime;
-const WaveformNames g_waveform_names = {g_runtime.fnames, &g_runtime.nos};
 
 namespace {
+
+// The waveforms of this state are files that no output may replace.
+[[maybe_unused]] const bool waveforms_are_known =
+    (follow_waveform_names({g_runtime.fnames, &g_runtime.nos}), true);
 
 void zero_operators(RuntimeState& state) {
     for (CMatrix* matrix : {&state.densmat, &state.Izee, &state.Icoup, &state.Izgrad, &state.Ixtot,
