@@ -7,6 +7,27 @@
 using namespace kor;
 using namespace kor_test;
 
+namespace {
+
+/// The two spellings of a folder of results, in the folder of the build: absent at the start and at the end.
+class SpeltFolders {
+public:
+    SpeltFolders() { remove(); }
+    ~SpeltFolders() { remove(); }
+    SpeltFolders(const SpeltFolders&) = delete;
+    SpeltFolders& operator=(const SpeltFolders&) = delete;
+
+    const std::string path = results_folder();
+
+private:
+    void remove() const {
+        for (const char* name : {"/Spelling", "/spelling"})
+            std::filesystem::remove_all(path + name);
+    }
+};
+
+} // namespace
+
 TEST(SequenceFile, ASectorFileIsStoredAsTheFolderSpellsIt) {
     const ModelSet set;
     Model model;
@@ -24,15 +45,14 @@ TEST(ModelFile, AnExistingResultIsNamedAsItsFolderSpellsIt) {
         EXPECT_EQ(load_model(set.model(), loaded), ok);
         return std::string(loaded.cfg.result_filename);
     };
-    const std::string folder = results_folder();
+    const SpeltFolders spelt;
+    const std::string& folder = spelt.path;
     std::filesystem::create_directories(folder + "/Spelling");
     EXPECT_EQ(result(), folder + "/spelling/myres.bin") << "a new one is made as it is spelt";
     write_file(folder + "/Spelling/MyRes.bin", "x");
     EXPECT_EQ(result(), folder + "/Spelling/MyRes.bin");
     write_file(folder + "/spelling/myres.bin", "x");
     EXPECT_EQ(result(), folder + "/spelling/myres.bin") << "spelt exactly so";
-    std::filesystem::remove_all(folder + "/Spelling");
-    std::filesystem::remove_all(folder + "/spelling");
 }
 
 TEST(ModelFile, BackslashesAndCaseOfStoredPathsDoNotMatter) {
