@@ -99,12 +99,23 @@ std::vector<double> leading_numbers(const std::string& text, std::size_t most) {
     return numbers;
 }
 
+/// Of the first `count` doubles of the bytes, which hold them.
+bool holds_finite_doubles(const std::string& bytes, std::size_t count) {
+    for (std::size_t k = 0; k < count; ++k) {
+        double value;
+        std::memcpy(&value, bytes.data() + k * sizeof value, sizeof value);
+        if (!std::isfinite(value))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 TEST(DataMutations, WaveformFiles) {
     const TempTree tree(memory_folder());
     constexpr int samples = 6;
-    int whole_files = 0;
+    int whole_files = 0, finite_files = 0, bad_samples = 0;
     for_mutants(21001, 12000, counted_doubles(5 * samples), false, [&](const std::string& damaged) {
         tree.write("x.bin", damaged);
         for (const int blocks : {2, 5}) {
@@ -129,11 +140,17 @@ TEST(DataMutations, WaveformFiles) {
         const ConsoleOutput console =
             play_console("", [&] { read = koropt_load_waveform_xy("x.bin", samples, x, y); });
         const bool whole = damaged.size() >= sizeof x + sizeof y;
-        const double* const arrays[] = {x, y};
-        EXPECT_EQ(read, whole && first_bad_sample(arrays, 2, samples) < 0 ? 1 : 0);
+        const bool finite = whole && holds_finite_doubles(damaged, 2 * samples);
+        EXPECT_EQ(read, finite ? 1 : 0);
+        EXPECT_EQ(console.out.starts_with("Bad pulse sample at l="), whole && !finite) << console.out;
+        EXPECT_EQ(console.out.empty(), finite || !whole) << console.out;
+        finite_files += finite;
+        bad_samples += whole && !finite;
         EXPECT_EQ(console.err, whole ? "" : "x.bin: too short for 2 blocks of 6 samples\n");
     });
     EXPECT_GT(whole_files, cases_here(2000));
+    EXPECT_GT(finite_files, cases_here(1000));
+    EXPECT_GT(bad_samples, 0);
 }
 
 TEST(DataMutations, DensityMatrixFilesAsProfiles) {
