@@ -58,12 +58,13 @@ draw_cosy() {
 
 # A session at the menus in a copy of the examples, which keeps the shipped pulse, and without gnuplot's window; then that
 # pulse, 128 samples of its RF along x over 60 ms, beside the optimised one.
+# The import menu numbers the model files in the order of their names, whatever the case of the letters.
 draw_pulse() {
     local name=optimise-two-spin-order number
     mkdir "$work/build"
     cp build/kor "$work/build"
     cp -r models spin-systems sequences "$work"
-    number=$(ls models | grep -n "^$name\." | cut -d: -f1)
+    number=$(basename -a models/*.kormodel | sort -f | grep -nx "$name\.kormodel" | cut -d: -f1)
     printf '%s\n' 3 "$number" '' 2 5 1 1 8 1 1 "$work/after.csv" 2 '' 7 6 | PATH= "$work/build/kor" >/dev/null 2>&1
     od -An -v -t f8 -w8 -N $((128 * 8)) "sequences/$name/waveforms/pulse.bin" |
         awk '{ print (NR - 1) * 0.06 / 128 "," $1 }' >"$work/before.csv"
