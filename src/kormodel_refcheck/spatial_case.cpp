@@ -139,13 +139,25 @@ bool change_folder(const char* folder) {
     return error == 0;
 }
 
+// Back to the user's folder. Where the way is closed, the program stays: what it writes later lies there.
+bool leave_root(const CasePaths& paths) {
+    if (change_folder(paths.working))
+        return true;
+    char folder[KOR_PATH_SIZE];
+    platform_current_dir(folder, sizeof folder);
+    std::printf("FAIL %-9s the program goes on in %s: scratch files and names without a folder belong there "
+                "now\n",
+                tag, folder);
+    return false;
+}
+
 // A run deletes the scratch files of the last one in its working directory and leaves its own: this one works
 // in the root of the case, so that those of the user's last run stay.
 bool run_in_root(const CasePaths& paths, ModelRecords* model) {
     if (!change_folder(paths.root))
         return false;
     const bool done = load_and_run(paths, model);
-    return change_folder(paths.working) && done;
+    return leave_root(paths) && done;
 }
 
 // From the records to the result file, whose name goes to result_path.
