@@ -13,8 +13,11 @@
 
 namespace kor {
 
-/// Runs the model in the runtime state: says what is missing, or deletes "dm.bin", "store",
-/// "korsign.bin" and "spectra.bin" and runs the family of `sequencetype`.
+/// Whether one of the scratch files of runs and spectra in the working directory ("dm.bin", "store",
+/// "korsign.bin", "spectra.bin", "sort.bin") is a file of the loaded model; said on standard error.
+bool scratch_replaces_model_files();
+/// Runs the model in the runtime state: says what is missing or that a scratch file is one of the model's,
+/// or deletes "dm.bin", "store", "korsign.bin" and "spectra.bin" and runs the family of `sequencetype`.
 void RunCurrentPreparedModel();
 void KORRunCurrentPreparedModel();
 void KOR_RunCurrentPreparedModel();

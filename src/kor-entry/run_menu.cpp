@@ -59,6 +59,8 @@ int ask_spectrum_kind() {
 /// The receiver sees every spin's operator at unit norm; the rest of the program the plain sums.
 void calculate_spectra() {
     RuntimeState& s = g_runtime;
+    if (scratch_replaces_model_files())
+        return;
     const auto spectrum = ask_spectrum_kind() == AVERAGE_SPECTRUM ? AverageSpectrum : SeparateSpectra;
     CMatAdd(s.n, s.Icoup, s.Izee, s.Istat);
     make_all_totals(UNIT_NORM);

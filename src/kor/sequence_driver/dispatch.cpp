@@ -9,9 +9,10 @@
 #include "sectors.h"
 #include "sequencetypes.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
+#include <iterator>
 
 namespace kor {
 
@@ -50,9 +51,11 @@ bool result_replaces_a_waveform() {
     return sector > 0;
 }
 
+constexpr const char* scratch_names[] = {"dm.bin", "store", "korsign.bin", "spectra.bin"};
+
 /// An earlier run's files must not be taken for this run's; false, with a message, when one stays.
 bool delete_scratch_files() {
-    for (const char* name : {"dm.bin", "store", "korsign.bin", "spectra.bin"}) {
+    for (const char* name : scratch_names) {
         const int error = platform_remove(name);
         if (error != 0 && file_exists(name)) {
             std::fprintf(stderr, "%s: an earlier file cannot be deleted: %s\n", name, std::strerror(error));
@@ -76,13 +79,19 @@ void run_spatial_family() {
 
 } // namespace
 
+bool scratch_replaces_model_files() {
+    return std::any_of(std::begin(scratch_names), std::end(scratch_names), replaces_model_files) ||
+           replaces_model_files("sort.bin");
+}
+
 void RunCurrentPreparedModel() {
     if (const char* missing = what_is_missing()) {
         std::puts(missing);
         return;
     }
     if (has_too_many_voxels() || result_replaces_a_waveform() ||
-        replaces_definition_file(g_runtime.resultflnm) || !delete_scratch_files()) {
+        replaces_definition_file(g_runtime.resultflnm) || scratch_replaces_model_files() ||
+        !delete_scratch_files()) {
         return;
     }
     if (g_runtime.sequencetype == FAMILY_SPATIAL) {

@@ -142,7 +142,7 @@ TEST_F(RunMenu, RunsNoModelWhoseResultWouldReplaceItsFile) {
 }
 
 // The files of an imported model, and of a model that was saved under a new name: the tables of expectation
-// values and the tables and viewer data of a spectrum replace none of them.
+// values and the viewer data of a spectrum replace none of them.
 TEST_F(RunMenu, OutputsReplaceNoFileOfTheModel) {
     const std::string path = program_.write_model(two_spin_model("two"));
     const std::string run = "3\n1\n\n2\n2\n\n", end = "7\n6\n";
@@ -162,8 +162,32 @@ TEST_F(RunMenu, OutputsReplaceNoFileOfTheModel) {
     refused(table("models/two.kormodel"), "models/two.kormodel", "the model file");
     refused(table("spin-systems/two.korspin"), "spin-systems/two.korspin",
             "the spin-system file of the loaded model");
+    const auto viewer_data = [&](const std::string& name) {
+        return "4\n2\n4\n0.01\n0\n1\n" + tree_.path(name) + "\n\n";
+    };
+    refused(viewer_data("models/two.kormodel"), "models/two.kormodel", "the model file");
     refused("6\nnew\n\n\n" + table("sequences/new/new.korseq"), "sequences/new/new.korseq",
             "the sequence file of the loaded model");
+}
+
+// The scratch files of runs and spectra have fixed names.
+TEST_F(RunMenu, ScratchFilesReplaceNoWaveformOfTheModel) {
+    const std::string path = program_.write_model(two_spin_model("two"));
+    program_.run({}, "3\n1\n\n2\n2\n\n7\n6\n"); // leaves states, of which a spectrum can be calculated
+    std::string text = tree_.read("sequences/two/two.korseq");
+    const std::string key = "sector_pulsefile: 1 ";
+    const std::size_t at = text.find(key) + key.size();
+    text.replace(at, text.find('\n', at) - at, tree_.path("build/runtime/korsign.bin"));
+    tree_.write("sequences/two/two.korseq", text);
+    tree_.write("build/runtime/korsign.bin", std::string(1000, '\0'));
+    const std::string states = tree_.read("build/runtime/dm.bin");
+    for (const char* item : {"2\n\n", "4\n\n"}) {
+        const ProgramResult result = program_.run({}, "3\n1\n\n2\n" + std::string(item) + "7\n6\n");
+        EXPECT_EQ(result.err, "[KOR] The output file korsign.bin is the waveform file of sector 1.\n")
+            << result.out;
+        EXPECT_EQ(tree_.read("build/runtime/korsign.bin"), std::string(1000, '\0'));
+        EXPECT_EQ(tree_.read("build/runtime/dm.bin"), states);
+    }
 }
 
 TEST_F(SpectrumItem, AsksForTheKindOfSpectrum) {

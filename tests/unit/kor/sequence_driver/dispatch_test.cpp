@@ -2,6 +2,7 @@
 #include "kor/sequence_driver.h"
 #include "kor/smoke_check_mode.h"
 
+#include "modelfiles.h"
 #include "support/console_script.h"
 #include "support/run_models.h"
 #include "support/temp_tree.h"
@@ -141,6 +142,30 @@ TEST(RunCurrentPreparedModel, DeletesTheFilesOfAnEarlierRunOnlyWhenTheModelIsPre
     g_runtime.sequencetype = 3;
     answer();
     EXPECT_EQ(folder.names(), std::vector<std::string>{"result.bin"});
+}
+
+TEST(RunCurrentPreparedModel, DeletesNoScratchFileThatBelongsToTheModel) {
+    const TempTree folder;
+    const std::vector<std::string> scratch{"dm.bin", "korsign.bin", "sort.bin", "spectra.bin", "store"};
+    for (const std::string& name : scratch)
+        folder.write(name, name);
+    const auto expect_refusal = [&](const std::string& name, const std::string& role) {
+        const kor_test::ConsoleOutput run = play_console("", RunCurrentPreparedModel);
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err, "[KOR] The output file " + name + " is the " + role + ".\n");
+        EXPECT_EQ(folder.names(), scratch);
+        for (const std::string& kept : scratch)
+            EXPECT_EQ(folder.read(kept), kept);
+    };
+    model_without_waveform(2);
+    for (const std::string& name : scratch) {
+        std::strcpy(g_runtime.fnames[1], folder.path(name).c_str());
+        expect_refusal(name, "waveform file of sector 1");
+    }
+    std::strcpy(g_runtime.fnames[1], "absent");
+    remember_model_files("m", "s", folder.path("store").c_str());
+    expect_refusal("store", "sequence file of the loaded model");
+    forget_model_files();
 }
 
 // 3 and 0 are what 64 bits leave of the first two products.
