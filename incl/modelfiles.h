@@ -15,8 +15,8 @@ struct WaveformNames {
     const char (*names)[KOR_FILE_NAME_SIZE];
     const int* sectors;
 };
-/// From now on these are looked up, as they stand at the time of each question; they must outlive the
-/// process's last one. Before the first call there are none. The state hands over its own before main begins.
+/// The questions below look these up from now on, as they stand at the time; they must stay until the process
+/// ends. Before the first call there are none. The simulator's state hands over its own before main begins.
 void follow_waveform_names(const WaveformNames& waveforms);
 
 /// The model that was loaded or saved last, by the names of its three files. They are cut to
