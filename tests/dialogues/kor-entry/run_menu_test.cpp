@@ -153,7 +153,7 @@ TEST_F(RunMenu, OutputsReplaceNoFileOfTheModel) {
         const ProgramResult result = program_.run({}, run + answers + end);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "[KOR] The output file " + file + " is " + what + ".\n") << result.out;
-        EXPECT_TRUE(saved_later ? tree_.read(name).find("format_version: 1\n") == 0
+        EXPECT_TRUE(saved_later ? tree_.read(name).starts_with("format_version: 1")
                                 : tree_.read(name) == bytes);
     };
     const auto table = [&](const std::string& name) {
