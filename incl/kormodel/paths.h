@@ -66,8 +66,11 @@ void kor_set_sector_pulse_resolution_error(const char* model_filename, const cha
 int kor_tail_after_prefix(const char* path, const char* prefix, char* tail, std::size_t tailsz);
 /// A sector file as a sequence file stores it, with '/': a relative path stays; an absolute one becomes its
 /// tail below the sequence file's folder, else "../" and its tail below that folder's parent, else the same
-/// of the path without "." and ".." where that names the same file (a model that was loaded has such paths:
-/// ROOT/models/../sequences/...), else it stays absolute. Tails are in lower case.
+/// of both paths without "." and ".." (a model that was loaded has such paths: ROOT/models/../sequences/...),
+/// else it stays absolute. Where a line would lose a character of it then (a blank in a folder above the
+/// set), it becomes "../../" and its tail below the folder after, else the bare name of a file in the default
+/// RF output folder. Tails are in lower case; all but the first two forms are taken only when they are read
+/// back as the same file, where need be in the letters of the path.
 int kor_make_portable_sector_pulse_path(const char* sequence_filename, const char* stored_path, char* out,
                                         std::size_t size);
 /// A result file as a model file stores it: as above for the model file, but a file directly in

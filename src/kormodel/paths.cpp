@@ -154,11 +154,77 @@ int remove_dot_folders(char (&path)[KOR_PATH_SIZE]) {
     return copy_whole(clean, path, sizeof path);
 }
 
+/// The path without its "." and ".." folders; a relative one begins at the working directory.
+int whole_path(const char* path, char (&out)[KOR_PATH_SIZE]) {
+    char current[KOR_PATH_SIZE] = "";
+    return (kor_path_is_absolute(path) || platform_current_dir(current, sizeof current)) &&
+           kor_join_path(out, sizeof out, current, path) && remove_dot_folders(out);
+}
+
 /// The absolute path without its "." and ".." folders; false when that is another file, or there is none:
 /// ".." behind a link leads elsewhere.
 bool same_without_dot_folders(const char* path, char (&clean)[KOR_PATH_SIZE]) {
     return copy_whole(path, clean, sizeof clean) && remove_dot_folders(clean) &&
            platform_same_file(path, clean);
+}
+
+bool goes_up(const char* form) {
+    return std::strncmp(form, "../", 3) == 0;
+}
+
+/// Whether a line of the sequence file can hold the relative path `form`, and reading it finds the file at
+/// `stored`. The sequence file's folders may still have to be made.
+bool reads_back(const char* sequence_filename, const char* form, const char* stored) {
+    char dir[KOR_PATH_SIZE];
+    char found[KOR_PATH_SIZE];
+    if (find_lost_in_word(form) || !kor_dirname_copy(sequence_filename, dir, sizeof dir))
+        return false;
+    if (!kor_path_has_separator(form))
+        return kor_resolve_sector_pulse_path(sequence_filename, form, found, sizeof found) &&
+               platform_same_file(found, stored);
+    while (goes_up(form) && !platform_find_ignoring_case(dir, found, sizeof found) &&
+           kor_dirname_copy(dir, dir, sizeof dir))
+        form += 3;
+    if (!kor_join_path(found, sizeof found, dir, form))
+        return false;
+    use_existing_spelling(found, sizeof found);
+    return platform_same_file(found, stored);
+}
+
+/// Whether `form`, a lower-case tail of the path `stored` that may begin with "../", is read back as that
+/// file; where only the letters of `stored` tell it from another file, form gets them.
+bool read_back_in_some_case(const char* sequence_filename, const char* stored, char (&form)[KOR_PATH_SIZE]) {
+    if (reads_back(sequence_filename, form, stored))
+        return true;
+    char* tail = form;
+    while (goes_up(tail))
+        tail += 3;
+    const std::size_t length = std::strlen(tail);
+    std::memcpy(tail, stored + std::strlen(stored) - length, length);
+    kor_normalize_saved_path(form);
+    return reads_back(sequence_filename, form, stored);
+}
+
+/// A relative form of the file at the absolute path `stored`, seen through "." and "..". `from_anywhere`:
+/// also from two folders up, where the root of a model set is, or as the bare name of a default RF output.
+bool find_relative_form(const char* sequence_filename, const char* stored, bool from_anywhere,
+                        char (&form)[KOR_PATH_SIZE]) {
+    char clean[KOR_PATH_SIZE];
+    char sequence[KOR_PATH_SIZE];
+    if (!same_without_dot_folders(stored, clean) || !whole_path(sequence_filename, sequence))
+        return false;
+    if (make_relative_to(sequence, clean, form, sizeof form) && !kor_path_is_absolute(form) &&
+        read_back_in_some_case(sequence_filename, clean, form))
+        return true;
+    char root[KOR_PATH_SIZE];
+    char tail[KOR_LINE_SIZE];
+    if (from_anywhere && kor_parent_dir_copy(sequence, root, sizeof root) &&
+        kor_dirname_copy(root, root, sizeof root) && kor_tail_after_prefix(clean, root, tail, sizeof tail) &&
+        kor_join_path(form, sizeof form, "../../", tail) &&
+        read_back_in_some_case(sequence_filename, clean, form))
+        return true;
+    return from_anywhere && copy_whole(behind_last_separator(clean), form, sizeof form) &&
+           reads_back(sequence_filename, form, clean);
 }
 
 } // namespace
@@ -197,12 +263,8 @@ int kor_set_root_folder(const char* model_filename, char* out, std::size_t size)
         return kor_dirname_copy(dir, out, size) && out[0] != '\0';
     if (!kor_path_is_absolute(dir) && !platform_takes_name(model_filename))
         return 0;
-    char current[KOR_PATH_SIZE] = "";
     char whole[KOR_PATH_SIZE];
-    if (!kor_path_is_absolute(dir) && !platform_current_dir(current, sizeof current))
-        return 0;
-    return kor_join_path(whole, sizeof whole, current, dir) && remove_dot_folders(whole) &&
-           kor_dirname_copy(whole, out, size);
+    return whole_path(dir, whole) && kor_dirname_copy(whole, out, size);
 }
 
 int kor_path_is_absolute(const char* path) {
@@ -335,12 +397,10 @@ int kor_make_portable_sector_pulse_path(const char* sequence_filename, const cha
         return copy_normalized(stored_path, out, size);
     if (!make_relative_to(sequence_filename, stored_path, out, size))
         return 0;
-    char clean[KOR_PATH_SIZE];
-    char relative[KOR_PATH_SIZE];
-    if (kor_path_is_absolute(out) && same_without_dot_folders(stored_path, clean) &&
-        make_relative_to(sequence_filename, clean, relative, sizeof relative) &&
-        !kor_path_is_absolute(relative))
-        return copy_whole(relative, out, size);
+    char form[KOR_PATH_SIZE];
+    if (kor_path_is_absolute(out) &&
+        find_relative_form(sequence_filename, stored_path, find_lost_in_word(out) != nullptr, form))
+        return copy_whole(form, out, size);
     return 1;
 }
 

@@ -87,9 +87,11 @@ KORModelStatus form_set(const char* filename, const KORRunConfig& cfg, SetPaths&
 }
 
 int portable_pulse_path(const SetPaths& set, const char* stored, char (&out)[KOR_PATH_SIZE]) {
-    char in_sequence_dir[KOR_PATH_SIZE];
-    return kor_join_path(in_sequence_dir, sizeof in_sequence_dir, set.sequence_dir, "") &&
-           kor_make_portable_sector_pulse_path(in_sequence_dir, stored, out, sizeof out);
+    char leaf[KOR_FILE_NAME_SIZE];
+    char sequence[KOR_PATH_SIZE];
+    return append_extension(set.name, ".korseq", leaf) &&
+           kor_join_path(sequence, sizeof sequence, set.sequence_dir, leaf) &&
+           kor_make_portable_sector_pulse_path(sequence, stored, out, sizeof out);
 }
 
 const char* character_name(char c) {

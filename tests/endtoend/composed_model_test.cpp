@@ -45,6 +45,36 @@ TEST(ComposedModel, RunsAlikeInTheComposersAndInFreshProcesses) {
     EXPECT_EQ(read_file(program.result("spinecho")), composed);
 }
 
+// The waveforms lie in rf-output beside the set's folders, by a path that no line of a sequence file can
+// hold.
+TEST(ComposedModel, BelowAFolderWithABlankIsSavedAndRunsAlike) {
+    const TempTree tree;
+    tree.make_folder("my programs");
+    const ProgramTree program(tree.root() / "my programs");
+    compose(program, lactate_spin_echo_session());
+    const std::string composed = tree.read("my programs/build/runtime/spinecho.bin");
+    ASSERT_EQ(composed.size(), 12u + 5 * 16 * 16 * 16);
+    EXPECT_NE(tree.read("my programs/sequences/lactate/lactate.korseq")
+                  .find("sector_pulsefile: 1 ../../rf-output/lactate_s01.bin"),
+              std::string::npos);
+
+    // Imported, and exported beside the first set and into a tree of its own.
+    tree.make_folder("other/models");
+    const std::string moved = tree.path("other/models/moved.kormodel");
+    const ProgramResult exported = program.run({}, "3\n1\n\n4\ncopy\n\n4\n" + moved + "\n\n6\n");
+    EXPECT_EQ(exported.out.find("Export failed"), std::string::npos) << exported.out;
+    EXPECT_NE(tree.read("other/sequences/moved/moved.korseq").find("sector_pulsefile: 5 lactate_s05.bin"),
+              std::string::npos);
+
+    for (const std::string& model : {tree.path("my programs/models/lactate.kormodel"),
+                                     tree.path("my programs/models/copy.kormodel"), moved}) {
+        write_file(program.result("spinecho"), "");
+        const ProgramResult run = program.run({"--run-model", model});
+        EXPECT_EQ(run.status, 0) << model << run.err;
+        EXPECT_EQ(read_file(program.result("spinecho")), composed) << model;
+    }
+}
+
 TEST(ComposedModel, TheSavedSetHoldsWhatWasTyped) {
     TempTree tree;
     ProgramTree program(tree.root());

@@ -95,6 +95,79 @@ TEST(PortableSectorPulse, ALinkedFolderOnTheWayKeepsThePath) {
     EXPECT_EQ(portable_pulse(tree.path("sequences/new/new.korseq"), through_link), through_link);
 }
 
+TEST(PortableSectorPulse, KeepsTheLettersThatTellAFileFromAnother) {
+    const TempTree tree;
+    const std::string sequence = tree.path("sequences/new/new.korseq");
+    tree.make_folder("models");
+    for (const char* name : {"sequences/foo/P", "sequences/Foo/P", "sequences/old/hard-90x.bin",
+                             "sequences/old/Hard-90X.bin", "sequences/new/W", "sequences/new/w"})
+        tree.write(name, "x");
+    const auto seen = [&](const std::string& name) {
+        return portable_pulse(sequence, tree.path("models/../sequences/" + name));
+    };
+    EXPECT_EQ(seen("foo/P"), "../foo/p");
+    EXPECT_EQ(seen("Foo/P"), "../Foo/P");
+    EXPECT_EQ(seen("old/hard-90x.bin"), "../old/hard-90x.bin");
+    EXPECT_EQ(seen("old/Hard-90X.bin"), "../old/Hard-90X.bin");
+    EXPECT_EQ(seen("new/w"), "w");
+    EXPECT_EQ(seen("new/W"), "W");
+}
+
+TEST(PortableSectorPulse, ARelativeFormThatIsReadAsAnotherFileIsNotTaken) {
+    const TempTree tree;
+    tree.make_folder("models");
+    tree.write("sequences/a/p", "x");
+    tree.write("Sequences/a/p", "another tree");
+    const std::string other = tree.path("models/../Sequences/a/p");
+    EXPECT_EQ(portable_pulse(tree.path("sequences/a/a.korseq"), other), other);
+    EXPECT_EQ(portable_pulse(tree.path("sequences/b/b.korseq"), other), other);
+}
+
+TEST(PortableSectorPulse, DotFoldersOfTheSequenceDoNotHideThatAFileIsBelow) {
+    const TempTree tree;
+    tree.make_folder("build/runtime");
+    tree.write("sequences/old/W", "x");
+    const ScopedChdir runtime(tree.root() / "build/runtime");
+    const std::string stored = tree.path("models/../sequences/old/W");
+    tree.make_folder("models");
+    EXPECT_EQ(portable_pulse("../../sequences/new/new.korseq", stored), "../old/w");
+    EXPECT_EQ(portable_pulse("../../sequences/old/old.korseq", stored), "w");
+    EXPECT_EQ(portable_pulse("../../sequences/new/new.korseq", tree.path("sequences/old/W")), "../old/w");
+    tree.make_folder("sequences/new");
+    EXPECT_EQ(portable_pulse("../../sequences/new/new.korseq", stored), "../old/w");
+}
+
+TEST(PortableSectorPulse, APathThatNoLineCanHoldIsSeenFromTheRootOfTheSet) {
+    const TempTree tree;
+    const std::string sequence = tree.path("my set/sequences/new/new.korseq");
+    const std::string wave = tree.path("my set/Waves/P1.bin");
+    EXPECT_EQ(portable_pulse(sequence, wave), wave) << "there is no such file";
+    tree.write("my set/Waves/P1.bin", "x");
+    EXPECT_EQ(portable_pulse(sequence, wave), "../../waves/p1.bin");
+    tree.make_folder("my set/sequences/new");
+    EXPECT_EQ(portable_pulse(sequence, wave), "../../waves/p1.bin");
+    tree.write("my set/waves/p1.bin", "another");
+    EXPECT_EQ(portable_pulse(sequence, wave), "../../Waves/P1.bin");
+    // A blank below the root stays, and so does a path without one.
+    tree.write("my set/my waves/P1.bin", "x");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("my set/my waves/P1.bin")),
+              tree.path("my set/my waves/P1.bin"));
+    tree.write("waves/P1.bin", "x");
+    EXPECT_EQ(portable_pulse(tree.path("sequences/new/new.korseq"), tree.path("waves/P1.bin")),
+              tree.path("waves/P1.bin"));
+}
+
+TEST(PortableSectorPulse, ALinkedFolderOfSequencesLeadsToAnotherRoot) {
+    const TempTree tree;
+    tree.make_folder("my set");
+    tree.make_folder("far/sequences");
+    tree.write("my set/waves/p1", "near");
+    tree.write("far/waves/p1", "far");
+    std::filesystem::create_directory_symlink(tree.path("far/sequences"), tree.path("my set/sequences"));
+    const std::string wave = tree.path("my set/waves/p1");
+    EXPECT_EQ(portable_pulse(tree.path("my set/sequences/new/new.korseq"), wave), wave);
+}
+
 TEST(PortableSectorPulse, FailsWhenItDoesNotFit) {
     char out[6];
     EXPECT_EQ(kor_make_portable_sector_pulse_path("/d/s/x", "/d/ab", out, sizeof out), 1);

@@ -310,6 +310,21 @@ TEST(SaveModel, ANameOrResultThatALineCannotHoldIsRefused) {
     EXPECT_TRUE(tree.names().empty());
 }
 
+TEST(SaveModel, ANameWithASeparatorPutsTheSequenceFileDeeper) {
+    const ModelSet set;
+    Model model = two_spin_model();
+    set_field(model.cfg.model_name, "two/levels");
+    const std::string folder = plain_name(set.root() / "sequences/two/levels/two");
+    const std::string wave = folder + "/waves/p1";
+    write_file(wave, "x");
+    set_field(model.seq.sectors[1].pulse_filename, wave);
+    fs::create_directories(set.root() / "spin-systems/two");
+    EXPECT_EQ(save_model(plain_name(set.root() / "models/x.kormodel"), model), ok);
+    EXPECT_NE(read_file(folder + "/levels.korseq").find("sector_pulsefile: 1 waves/p1\n"), std::string::npos);
+    Model loaded;
+    EXPECT_EQ(load_model(plain_name(set.root() / "models/x.kormodel"), loaded), ok);
+}
+
 // Only what the set's own files say counts: the folder above them may have any name.
 TEST(SaveModel, AFolderWithABlankAndANumberSignHoldsASet) {
     const ModelSet set;
