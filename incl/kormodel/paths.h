@@ -34,7 +34,7 @@ void kor_normalize_saved_path(char* path);
 int kor_copy_basename_without_extension_local(const char* path, char* out, std::size_t size);
 /// Makes one folder; an existing one is fine.
 int kor_ensure_dir(const char* path);
-/// file_exists of korpaths.h: 1 when the file can be opened for reading.
+/// 1 when the file can be opened for reading and has bytes of its own: a pipe or a device is none.
 int kor_file_exists_local(const char* path);
 /// runtime/results beside the executable; both folders are made when missing.
 int kor_get_runtime_results_dir(char* out, std::size_t size);
@@ -46,7 +46,7 @@ int kor_resolve_model_relative_path(const char* model_filename, const char* valu
                                     std::size_t size);
 /// A stored result path: relative to runtime/results, whatever the model file's folder, so that the results
 /// of all models lie in one place; as it is when absolute, empty, or when that folder cannot be had. An
-/// existing result in another case of its letters comes back in the spelling found: saving made them lower
+/// existing file in another case of the letters comes back in the spelling found: saving made them lower
 /// case.
 int kor_resolve_result_path(const char* model_filename, const char* value, char* out, std::size_t size);
 /// A sector file stored in the sequence file `model_filename`. Absolute: as it is. With a separator:

@@ -292,7 +292,7 @@ int kor_ensure_dir(const char* path) {
 }
 
 int kor_file_exists_local(const char* path) {
-    return file_exists(path);
+    return path && !platform_is_special(path) && file_exists(path);
 }
 
 int kor_get_runtime_results_dir(char* out, std::size_t size) {
@@ -328,7 +328,9 @@ int kor_resolve_result_path(const char* model_filename, const char* value, char*
         return copy_whole(value, out, size);
     if (!kor_join_path(out, size, dir, value))
         return 0;
-    use_existing_spelling(out, size);
+    char found[KOR_PATH_SIZE];
+    if (platform_find_ignoring_case(out, found, sizeof found) && kor_file_exists_local(found))
+        copy_whole(found, out, size);
     return 1;
 }
 

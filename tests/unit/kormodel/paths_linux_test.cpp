@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace kor;
 using namespace kor_test;
 namespace fs = std::filesystem;
@@ -205,6 +208,41 @@ TEST(FileExistsLocal, MeansThatItOpensForReading) {
     EXPECT_EQ(kor_file_exists_local(set.wave().c_str()), 1);
     EXPECT_EQ(kor_file_exists_local("missing"), 0);
     EXPECT_EQ(kor_file_exists_local(""), 0);
+}
+
+TEST(FileExistsLocal, APipeOrADeviceIsNoFile) {
+    const ModelSet set;
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    alarm(60); // ends a test that waits
+    EXPECT_EQ(kor_file_exists_local("pipe"), 0);
+    EXPECT_EQ(kor_file_exists_local("/dev/null"), 0);
+    EXPECT_EQ(kor_file_exists_local(nullptr), 0);
+    alarm(0);
+}
+
+TEST(ResolveSectorPulse, APipeIsPassedOverForTheFileBehindIt) {
+    const ModelSet set;
+    const fs::path folder = set.root() / "sequences/test-gradient";
+    ASSERT_EQ(mkfifo((folder / "p.bin").c_str(), 0600), 0);
+    const std::string waves = plain_name(folder / "waveforms") + separator + "p.bin";
+    write_file(waves, "x");
+    alarm(60); // ends a test that waits
+    EXPECT_EQ(resolve_pulse(set.sequence(), "p.bin"), waves);
+    alarm(0);
+}
+
+TEST(SequenceFile, APipeIsNoSectorFile) {
+    const ModelSet set;
+    fs::remove(set.wave());
+    ASSERT_EQ(mkfifo(set.wave().c_str(), 0600), 0);
+    alarm(60); // ends a test that waits
+    Model model;
+    EXPECT_EQ(load_model(set.model(), model),
+              parse_error("line 10: sector_pulsefile for sector 1 not found; stored relative path "
+                          "'waveforms/wave1-excitation'; tried model-relative '" +
+                          plain_name(set.root()) +
+                          "/models/../sequences/test-gradient/waveforms/wave1-excitation'"));
+    alarm(0);
 }
 
 TEST(RuntimeResults, LieBesideTheExecutableAndAreMade) {

@@ -53,6 +53,9 @@ TEST(ModelFile, AnExistingResultIsNamedAsItsFolderSpellsIt) {
     EXPECT_EQ(result(), folder + "/Spelling/MyRes.bin");
     write_file(folder + "/spelling/myres.bin", "x");
     EXPECT_EQ(result(), folder + "/spelling/myres.bin") << "spelt exactly so";
+    std::filesystem::remove(folder + "/spelling/myres.bin");
+    std::filesystem::create_directory(folder + "/spelling/MYRES.BIN");
+    EXPECT_EQ(result(), folder + "/spelling/myres.bin") << "a folder is no result";
 }
 
 TEST(ModelFile, BackslashesAndCaseOfStoredPathsDoNotMatter) {
