@@ -128,15 +128,21 @@ bool basis_is_current() {
 }
 
 /// The composer redefines the spins without building their basis, in which the target is to be written.
-/// False when they have too many states.
+/// False when they have too many states. The build that prepares the sector is to find the couplings that it
+/// would find without this one, which would replace them.
 bool make_basis_current() {
     if (basis_is_current())
         return true;
+    RuntimeState& rt = g_runtime;
+    double couplings[KOR_MAX_SPINS + 1][KOR_MAX_SPINS + 1];
+    static_assert(sizeof couplings == sizeof rt.jc);
+    std::memcpy(couplings, rt.jc, sizeof couplings);
     const int quiet = KOR_GetSmokeCheckMode();
     KOR_SetSmokeCheckMode(1);
     BuildSpinSystemFromPulseSequenceGlobals();
     KOR_SetSmokeCheckMode(quiet);
-    return g_runtime.spinsystemdefined != 0;
+    std::memcpy(rt.jc, couplings, sizeof couplings);
+    return rt.spinsystemdefined != 0;
 }
 
 /// Asks for what the remark of the sector does not say, and folds the other sectors into state and target.

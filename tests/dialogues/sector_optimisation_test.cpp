@@ -176,6 +176,28 @@ TEST(OptimizeSector, WritesTheTargetInTheBasisOfTheSpinsAsTheyAreDefined) {
     kor::KOR_SetSmokeCheckMode(1);
 }
 
+// Couplings that are there from an earlier definition go before those of the new one, however often the spin
+// system is built.
+TEST(OptimizeSector, TheCouplingsAreThoseOfOneBuild) {
+    const TempTree tree;
+    for (const double j13 : {7.0, 0.0}) {
+        prepare_model();
+        std::memset(g_runtime.jc, 0, sizeof g_runtime.jc);
+        g_runtime.jc[1][3] = g_runtime.jc[3][1] = j13;
+        g_runtime.Nspins = 2;
+        g_runtime.quantnum[2] = 1;
+        g_runtime.relspinamp[2] = 1.0;
+        g_runtime.resofreqs[2] = -30.0;
+        g_runtime.Jcount = 1;
+        g_runtime.couplings[1] = 10.0;
+        set_text(g_runtime.remarks[1], sizeof g_runtime.remarks[1], "optimizeRf[productOperator=IySz]");
+        EXPECT_EQ(optimise("1\n1\n0\n").err, "");
+        const double j12 = j13 != 0.0 ? 0.0 : 10.0;
+        EXPECT_EQ(g_runtime.jc[1][2], j12);
+        EXPECT_NEAR(g_runtime.Icoup[1][1][1], TWO_PI * j12 / 4, 1e-12);
+    }
+}
+
 TEST(OptimizeSector, SpinsOfTooManyStatesAreToldOnce) {
     const TempTree tree;
     prepare_model();
