@@ -85,6 +85,7 @@ const std::string FAMILY = "Your choice [1..3] : ";
 const std::string EDITOR = "Your choice is [1..6] : ";
 const std::string GRADIENT = "Your choice [1..3] : ";
 const std::string FILE_NAME = "File name : ";
+const std::string NOTE = "Sector note (optional): ";
 const std::string SECTOR = "Sector number to define / edit = ";
 
 class ComposingPerson : public testing::Test {
@@ -108,10 +109,10 @@ protected:
         answer("1\n", FAMILY);
         answer("2\n", EDITOR);
     }
-    /// A delay as sector 1, up to the question after its gradients, which ends with `next`.
-    void define_a_delay(const std::string& next) {
+    /// A delay as this sector, up to the question after its gradients, which ends with `next`.
+    void define_a_delay(const std::string& next, const std::string& sector = "1") {
         answer("1\n", SECTOR);
-        answer("1\n", "Your choice [1..5] : ");
+        answer(sector + "\n", "Your choice [1..5] : ");
         answer("5\n", "Waiting time [ms] : ");
         answer("2\n", "Static offset frequency [Hz] : ");
         answer("0\n", GRADIENT);
@@ -133,7 +134,7 @@ TEST_F(ComposingPerson, MayEndTheInputAtTheNoteOfASector) {
     begin_a_spatial_sequence();
     define_a_delay(": ");
     answer("delay\n", FILE_NAME);
-    answer("\n", "Sector note (optional): ");
+    answer("\n", NOTE);
     answer(CTRL_D, EDITOR);
     expect_shown("  sequence sectors      : 1\r\n");
     expect_shown("Defined sectors : 1\r\n");
@@ -144,12 +145,29 @@ TEST_F(ComposingPerson, LeavesNoFileOfTheOlderWaveformInASectorLeftHalfWay) {
     begin_a_spatial_sequence();
     define_a_delay(": ");
     answer("delay\n", FILE_NAME);
-    answer("\n", "Sector note (optional): ");
+    answer("\n", NOTE);
     answer("\n", EDITOR);
     expect_shown("delay_s01.bin\r\n");
     define_a_delay(FILE_NAME);
-    answer(CTRL_D, EDITOR);
+    answer(CTRL_D, NOTE);
+    answer("\n", EDITOR);
     expect_shown("   RF/gradient file : <unset>\r\n");
+}
+
+TEST_F(ComposingPerson, CountsASectorThatIsLeftWithoutAFile) {
+    begin_a_spatial_sequence();
+    define_a_delay(": ");
+    answer("delay\n", FILE_NAME);
+    answer("\n", NOTE);
+    answer("\n", EDITOR);
+    define_a_delay(FILE_NAME, "3");
+    answer(CTRL_D, NOTE);
+    expect_shown("\r\nSector waveform file was not written.\r\n");
+    answer("third\n", EDITOR);
+    expect_shown("  sequence sectors      : 3\r\n");
+    expect_shown("Defined sectors : 1, 3\r\n");
+    expect_shown("Missing sectors : 2\r\n");
+    expect_shown("third\r\n");
 }
 
 TEST_F(ComposingPerson, GoesOnAfterAnEndOfInput) {
