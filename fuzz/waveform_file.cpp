@@ -1,31 +1,15 @@
 // A pulse waveform file: two bytes for the number of samples (from -1 to above the limit), one for the
 // layout, then the file.
+#include "../tests/support/finite_doubles.h"
 #include "korlimits.h"
 #include "rfwaveformfile.h"
 #include "support/input.h"
 #include "support/tree.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <vector>
 
 using namespace kor;
-
-namespace {
-
-/// Of the first `count` doubles of the bytes, which hold them.
-bool holds_finite_doubles(const std::string& bytes, std::size_t count) {
-    for (std::size_t k = 0; k < count; ++k) {
-        double value;
-        std::memcpy(&value, bytes.data() + k * sizeof value, sizeof value);
-        if (!std::isfinite(value))
-            return false;
-    }
-    return true;
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     kor_fuzz::Input input(data, size);
@@ -57,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                       "writing what was read gives the same bytes");
     if (blocks == 2)
         kor_fuzz::require(koropt_load_waveform_xy(file.c_str(), samples, arrays[0], arrays[1]) ==
-                              (samples >= 1 && holds_finite_doubles(bytes, 2 * length)),
+                              (samples >= 1 && kor_test::holds_finite_doubles(bytes, 2 * length)),
                           "the optimiser's reader takes the same files whose samples are finite");
     return 0;
 }

@@ -11,6 +11,7 @@
 #include "rfwaveformfile.h"
 #include "support/case_count.h"
 #include "support/console_script.h"
+#include "support/finite_doubles.h"
 #include "support/mutator.h"
 #include "support/temp_tree.h"
 #include "unit/kormodel/model_set.h"
@@ -97,17 +98,6 @@ std::vector<double> leading_numbers(const std::string& text, std::size_t most) {
         at = end;
     }
     return numbers;
-}
-
-/// Of the first `count` doubles of the bytes, which hold them.
-bool holds_finite_doubles(const std::string& bytes, std::size_t count) {
-    for (std::size_t k = 0; k < count; ++k) {
-        double value;
-        std::memcpy(&value, bytes.data() + k * sizeof value, sizeof value);
-        if (!std::isfinite(value))
-            return false;
-    }
-    return true;
 }
 
 } // namespace
