@@ -2,6 +2,7 @@
 // else.
 #include "wholefile.h"
 
+#include "support/access_rights_linux.h"
 #include "support/ordinary_user.h"
 #include "support/temp_tree.h"
 
@@ -20,6 +21,7 @@ namespace {
 
 using kor::WholeFile;
 using kor_test::OrdinaryUser;
+using kor_test::rights_of;
 using kor_test::TempTree;
 using Names = std::vector<std::string>;
 
@@ -59,12 +61,6 @@ std::string list_of(const std::string& name) {
     return list;
 }
 
-mode_t mode_of(const std::string& name) {
-    struct stat info {};
-    EXPECT_EQ(stat(name.c_str(), &info), 0) << name;
-    return info.st_mode & 07777;
-}
-
 TEST(AccessList, OfTheFolderGivesNobodyWhatTheOlderFileKeptFromHim) {
     const TempTree tree;
     tree.write("result", "the older one");
@@ -74,10 +70,10 @@ TEST(AccessList, OfTheFolderGivesNobodyWhatTheOlderFileKeptFromHim) {
     WholeFile out;
     ASSERT_TRUE(kor::open_whole_file("result", "wb", out));
     EXPECT_EQ(list_of(out.beside), "");
-    EXPECT_EQ(mode_of(out.beside), 0640U);
+    EXPECT_EQ(rights_of(out.beside), 0640U);
     ASSERT_TRUE(kor::keep_whole_file(out));
     EXPECT_EQ(list_of("result"), "");
-    EXPECT_EQ(mode_of("result"), 0640U);
+    EXPECT_EQ(rights_of("result"), 0640U);
 }
 
 TEST(AccessList, OfTheFolderIsForAFileThatReplacesNone) {
@@ -103,7 +99,7 @@ TEST(AccessList, OfTheOlderFileGoesToTheNewOne) {
     ASSERT_TRUE(kor::keep_whole_file(out));
     EXPECT_EQ(tree.read("result"), "");
     EXPECT_EQ(list_of("result"), list_with_a_reader());
-    EXPECT_EQ(mode_of("result"), 0640U) << "the mask's rights";
+    EXPECT_EQ(rights_of("result"), 0640U) << "the mask's rights";
     EXPECT_EQ(tree.names(), Names{"result"});
 }
 

@@ -2,6 +2,7 @@
 // replaced.
 #include "wholefile.h"
 
+#include "support/access_rights_linux.h"
 #include "support/ordinary_user.h"
 #include "support/small_disk_linux.h"
 #include "support/temp_tree.h"
@@ -20,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using kor::WholeFile;
 using kor_test::OrdinaryUser;
+using kor_test::rights_of;
 using kor_test::SmallDisk;
 using kor_test::TempTree;
 using Names = std::vector<std::string>;
@@ -95,12 +97,6 @@ TEST(WholeFileFault, WritesDevicesAndLinksInPlace) {
     EXPECT_TRUE(fs::is_symlink("symbolic"));
     EXPECT_EQ(fs::hard_link_count("linked"), 2U);
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
-}
-
-mode_t rights_of(const std::string& name) {
-    struct stat info {};
-    EXPECT_EQ(stat(name.c_str(), &info), 0) << name;
-    return info.st_mode & 07777;
 }
 
 TEST(WholeFileFault, HasTheRightsOfTheOlderOneFromTheStart) {
