@@ -77,7 +77,7 @@ TEST(SaveModel, WritesTheSequenceFileToTheByte) {
     const std::string wave = plain_name(set.root() / "sequences/out/Waves/P1.BIN");
     set_field(model.seq.sectors[1].pulse_filename, wave);
     KORPulseSectorDef& second = model.seq.sectors[2];
-    second = {2, 1024, 16, 0.25, -1250.5, "..\\Shared\\adc.bin", ""};
+    second = {2, 1024, 16, 0.25, -1250.5, "..\\Common\\adc.bin", ""};
     EXPECT_EQ(save_model(plain_name(set.root() / "models/out.kormodel"), model), ok);
     EXPECT_EQ(read_file(set.root() / "sequences/out/out.korseq"), "format_version: 1\n"
                                                                   "sequence_name: out\n"
@@ -95,7 +95,7 @@ TEST(SaveModel, WritesTheSequenceFileToTheByte) {
                                                                   "sector_timepoints: 2 1024\n"
                                                                   "sector_evolpoints: 2 16\n"
                                                                   "sector_duration_s: 2 0.25\n"
-                                                                  "sector_pulsefile: 2 ../Shared/adc.bin\n"
+                                                                  "sector_pulsefile: 2 ../Common/adc.bin\n"
                                                                   "sector_statoff_hz: 2 -1250.5\n"
                                                                   "sector_remark: 2 \n");
 }
