@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     kor_fuzz::require(kor::kor_main(1, argv) == 0, "a session ends with exit status 0");
     const kor::RuntimeState& rt = kor::g_runtime;
     kor_fuzz::require(rt.nos >= 0 && rt.nos <= kor::KOR_MAX_SECTORS, "the sectors fit their table");
-    kor_fuzz::require(rt.Nspins <= kor::KOR_MAX_SPINS, "the spins fit their table");
+    kor_fuzz::require(rt.Nspins >= 0 && rt.Nspins <= kor::KOR_MAX_SPINS, "the spins fit their table");
     kor_fuzz::require(rt.n >= 0 && rt.n <= kor::KOR_MAX_STATES, "the states fit their matrices");
     return 0;
 }

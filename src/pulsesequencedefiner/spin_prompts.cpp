@@ -18,7 +18,7 @@ int ask_number_of_spins() {
         if (!read_int_prompt("Number of Spins = ", &spins))
             return 0;
     } while (spins > PS_MAX_SPINS);
-    g_runtime.Nspins = spins;
+    g_runtime.Nspins = std::max(spins, 0);
     return 1;
 }
 

@@ -71,11 +71,13 @@ TEST(PSIspinsParams, ANegativeQuantumNumberCountsAsOneState) {
     EXPECT_EQ(printed.out, heading + number + quantum_prompts(2) + number + quantum_prompts(2) + "n = 4\n");
 }
 
-TEST(PSIspinsParams, NoLowerBoundIsEnforced) {
-    fresh_state();
-    const ConsoleOutput printed = play_console("-2\n", [] { EXPECT_EQ(PS_IspinsParams(), 1); });
-    EXPECT_EQ(printed.out, heading + number + "n = 1\n");
-    EXPECT_EQ(g_runtime.Nspins, -2);
+TEST(PSIspinsParams, FewerThanOneSpinAreNone) {
+    for (const char* answer : {"0\n", "-2\n", "-2147483648\n"}) {
+        fresh_state_with_spins();
+        const ConsoleOutput printed = play_console(answer, [] { EXPECT_EQ(PS_IspinsParams(), 1); });
+        EXPECT_EQ(printed.out, heading + number + "n = 1\n");
+        EXPECT_EQ(g_runtime.Nspins, 0);
+    }
 }
 
 TEST(PSMakeBoltzmannParams, AsksPerSpin) {
