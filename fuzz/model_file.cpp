@@ -1,6 +1,7 @@
 // A .kormodel file or a whole set: model, spin system and sequence, each behind a line "=====". What is not
 // there is a small valid file. A set that loads is saved and loaded again.
 #include "kormodel/model_file.h"
+#include "kormodel/model_rules.h"
 #include "kormodel/save.h"
 #include "support/model_outcome.h"
 #include "support/tree.h"

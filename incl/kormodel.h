@@ -5,6 +5,7 @@
 
 #include "kormodel/activation.h"
 #include "kormodel/model_file.h"
+#include "kormodel/model_rules.h"
 #include "kormodel/paths.h"
 #include "kormodel/records.h"
 #include "kormodel/runtime_comparison.h"

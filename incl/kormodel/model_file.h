@@ -1,4 +1,4 @@
-// Floor 2.12 - materials: reading a .kormodel file with the two files that it names
+// Floor 2.13 - materials: reading a .kormodel file with the two files that it names
 #pragma once
 
 #include "kormodel/records.h"

@@ -1,4 +1,4 @@
-// Floor 2.9 - materials: paths stored in model files, resolved on load and made portable on save
+// Floor 2.10 - materials: paths stored in model files, resolved on load and made portable on save
 //
 // `\` and `/` both separate folders on input; joining inserts the system's separator, saved files get '/'.
 // Every operation that returns int returns 1, or 0 when it fails: a pointer is missing, a part that it

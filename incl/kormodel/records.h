@@ -81,10 +81,9 @@ KORModelStatus KORPulseSequenceDef_Validate(const KORPulseSequenceDef* def, char
                                             std::size_t errbufsz);
 /// 1..256 voxels per axis, steps >= 0, a result file.
 KORModelStatus KORRunConfig_Validate(const KORRunConfig* cfg, char* errbuf, std::size_t errbufsz);
-/// The three record checks in this order, then what they must fulfil together: sequence type 1 or 2, at
-/// least one sector, durations > 0, and in a spatial sequence only pulse sectors without evolution.
-KORModelStatus KORModel_ValidateAll(const KORSpinSystemDef* spin, const KORPulseSequenceDef* seq,
-                                    const KORRunConfig* cfg, char* errbuf, std::size_t errbufsz);
+/// A list of couplings has room for KOR_MAX_PAIRS pairs of spins; a status other than KOR_MODEL_OK says that
+/// there are more.
+KORModelStatus check_pair_count(int pairs, char* errbuf, std::size_t errbufsz);
 /// true when 1 <= i <= KOR_MAX_SECTORS
 bool valid_sector_index(int i);
 /// Writes one printf-formatted message, truncated to the buffer; nothing when buffer or size is null or 0.

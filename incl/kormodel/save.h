@@ -1,4 +1,4 @@
-// Floor 2.13 - materials: writing a model set
+// Floor 2.14 - materials: writing a model set
 #pragma once
 
 #include "kormodel/model_file.h"

@@ -1,4 +1,4 @@
-// Floor 2.11 - materials: reading a .korseq file
+// Floor 2.12 - materials: reading a .korseq file
 #pragma once
 
 #include "kormodel/records.h"

@@ -1,4 +1,4 @@
-// Floor 2.10 - materials: reading a .korspin file
+// Floor 2.11 - materials: reading a .korspin file
 #pragma once
 
 #include "kormodel/records.h"

@@ -1,4 +1,4 @@
-// Floor 2.8 - materials: the line syntax that the three model files share
+// Floor 2.9 - materials: the line syntax that the three model files share
 //
 // A line is `key: value`. '#' starts a comment, white space (blank, tab, line feed, vertical tab, form
 // feed, carriage return) around it is dropped, empty lines are skipped. Keys are case-sensitive and stand

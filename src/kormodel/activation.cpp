@@ -3,6 +3,7 @@
 #include "kor/runtime_state.h"
 #include "kor/spin_system.h"
 #include "kormodel/model_file.h"
+#include "kormodel/model_rules.h"
 #include "kormodel/save.h"
 #include "kormodel/text_lines.h"
 #include "modelfiles.h"

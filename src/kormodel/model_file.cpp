@@ -1,6 +1,7 @@
 #include "kormodel/model_file.h"
 
 #include "key_table.h"
+#include "kormodel/model_rules.h"
 #include "kormodel/paths.h"
 #include "kormodel/sequence_file.h"
 #include "kormodel/spin_system_file.h"

@@ -1,5 +1,6 @@
 #include "kormodel/save.h"
 
+#include "kormodel/model_rules.h"
 #include "kormodel/paths.h"
 #include "kormodel/text_lines.h"
 #include "korplatform.h"

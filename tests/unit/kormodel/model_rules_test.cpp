@@ -9,6 +9,14 @@
 using namespace kor;
 using namespace kor_test;
 
+namespace {
+
+Outcome check_in_model(const KORPulseSequenceDef& seq) {
+    return outcome_of([&](char* m, std::size_t n) { return check_sequence_in_model(&seq, m, n); });
+}
+
+} // namespace
+
 TEST(ModelRules, AValidModelLeavesTheMessageUntouched) {
     const Model model = two_spin_model();
     char message[16] = "as before";
@@ -107,4 +115,31 @@ TEST(ModelRules, OnlyDeclaredSectorsCount) {
     Model model = two_spin_model();
     model.seq.sectors[2].sector_type = 7;
     EXPECT_EQ(validate_model(model), ok);
+}
+
+// These rules stand by themselves: they hold for a sequence whose own record nobody has checked.
+TEST(ModelRules, UncheckedSequences) {
+    const KORPulseSequenceDef* none = nullptr;
+    EXPECT_EQ(outcome_of([&](char* m, std::size_t n) { return check_sequence_in_model(none, m, n); }),
+              (Outcome{KOR_MODEL_ERR_NULLPTR, "pulse-sequence definition is null"}));
+
+    KORPulseSequenceDef seq = two_spin_model().seq;
+    EXPECT_EQ(check_in_model(seq), ok);
+    seq.sectors[1].pulse_filename[0] = '\0';
+    EXPECT_EQ(check_in_model(seq), (Outcome{KOR_MODEL_ERR_RANGE, "sector 1 pulse_filename is required"}));
+
+    seq = two_spin_model().seq;
+    seq.sequence_type = 2;
+    for (int type : {0, 3}) {
+        seq.sectors[1].sector_type = type;
+        EXPECT_EQ(check_in_model(seq),
+                  (Outcome{KOR_MODEL_ERR_RANGE,
+                           "1D/2D sequence sector 1 has invalid sector_type=" + std::to_string(type)}));
+    }
+    seq.sectors[1].number_of_evolpoints = 0;
+    seq.sectors[1].sector_type = 2;
+    EXPECT_EQ(check_in_model(seq),
+              (Outcome{KOR_MODEL_ERR_RANGE, "evolution sector 1 must have number_of_evolpoints >= 1"}));
+    seq.sectors[1].sector_type = 1;
+    EXPECT_EQ(check_in_model(seq), ok);
 }

@@ -189,6 +189,16 @@ TEST(SpinSystemRules, CouplingDiagonalIsZero) {
     }
 }
 
+TEST(SpinSystemRules, ThePairsOfEightSpinsHaveRoom) {
+    const auto check_pairs = [](int pairs) {
+        return outcome_of([pairs](char* m, std::size_t n) { return check_pair_count(pairs, m, n); });
+    };
+    EXPECT_EQ(check_pairs(0), ok);
+    EXPECT_EQ(check_pairs(28), ok);
+    EXPECT_EQ(check_pairs(29), (Outcome{KOR_MODEL_ERR_INCOMPATIBLE,
+                                        "pair count 29 exceeds current legacy coupling capacity 28"}));
+}
+
 TEST(SpinSystemRules, CouplingsAreSymmetric) {
     KORSpinSystemDef def = spins_of({1, 1, 1});
     def.j_hz[2][3] = 7.0;
