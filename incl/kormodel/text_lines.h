@@ -15,12 +15,16 @@ namespace kor {
 /// Characters of a line buffer with its terminator; longer lines are read in pieces.
 inline constexpr int KOR_LINE_SIZE = 2048;
 
+/// Opens a model file for reading. nullptr where that fails, and for a pipe or a device, which may keep the
+/// program waiting or have no end.
+std::FILE* open_model_text(const char* filename);
+
 /// What read_model_line met.
 enum class ModelLine { text, zero_byte, end };
 /// Reads the next piece of at most 2047 characters, counts it in *line_number (from 1), drops what
 /// follows '#', trims white space at both ends and sets *text to the rest (inside `line`, perhaps empty).
 /// `end` at end of file or on a read error; `zero_byte`, with the text before it, for a line with a zero
-/// byte: no text file has one, what stands behind it would be lost, and a device may give them for ever.
+/// byte: no text file has one, and what stands behind it would be lost.
 ModelLine read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number);
 /// The value behind `key` white-space ':' white-space (inside `text`), or nullptr when the line has
 /// another key.

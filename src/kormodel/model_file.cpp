@@ -121,7 +121,7 @@ KORModelStatus load_model_and_parts(const char* filename, KORSpinSystemDef* spin
     KORSpinSystemDef_Init(spin);
     KORPulseSequenceDef_Init(seq);
     KORRunConfig_Init(cfg);
-    std::FILE* file = platform_open(filename, "r");
+    std::FILE* file = open_model_text(filename);
     if (!file) {
         set_error(errbuf, errbufsz, "could not open '%s' for reading", filename);
         return KOR_MODEL_ERR_IO;

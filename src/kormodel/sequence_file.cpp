@@ -148,7 +148,7 @@ KORModelStatus kor_load_pulse_sequence_text(const char* filename, KORPulseSequen
         return KOR_MODEL_ERR_NULLPTR;
     }
     KORPulseSequenceDef_Init(def);
-    std::FILE* file = platform_open(filename, "r");
+    std::FILE* file = open_model_text(filename);
     if (!file) {
         set_error(errbuf, errbufsz, "could not open pulse sequence '%s'", filename);
         return KOR_MODEL_ERR_IO;

@@ -91,7 +91,7 @@ KORModelStatus kor_load_spin_system_text(const char* filename, KORSpinSystemDef*
         return KOR_MODEL_ERR_NULLPTR;
     }
     KORSpinSystemDef_Init(def);
-    std::FILE* file = platform_open(filename, "r");
+    std::FILE* file = open_model_text(filename);
     if (!file) {
         set_error(errbuf, errbufsz, "could not open spin system '%s'", filename);
         return KOR_MODEL_ERR_IO;

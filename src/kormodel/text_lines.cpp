@@ -1,5 +1,7 @@
 #include "kormodel/text_lines.h"
 
+#include "korplatform.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -51,6 +53,10 @@ int parse_list(int (*scan)(const char**, Number*), const char* text, int count, 
 }
 
 } // namespace
+
+std::FILE* open_model_text(const char* filename) {
+    return platform_is_special(filename) ? nullptr : platform_open(filename, "r");
+}
 
 ModelLine read_model_line(std::FILE* file, char (&line)[KOR_LINE_SIZE], char** text, int* line_number) {
     // What fgets leaves alone is no zero: the last zero is its terminator, an earlier one is of the file.
