@@ -12,7 +12,8 @@ namespace kor {
 int read_int_prompt(const char* prompt, int* out);
 int read_double_prompt(const char* prompt, double* out);
 /// Prints the prompt and reads one line of at most cap - 1 characters (what is longer is dropped), without
-/// its line end. 1; 0 at end of input (out is then empty).
+/// its line end. An end of input that came before the question is forgotten: a person at a terminal is let
+/// answer. 1; 0 at end of input (out is then empty).
 int read_line_prompt(const char* prompt, char* out, std::size_t cap);
 /// The same without blanks at either end.
 int read_trimmed_line_prompt(const char* prompt, char* out, std::size_t cap);

@@ -20,9 +20,9 @@ int ReadBxByPulse(const int* ap, double* xb, double* yb);
 int ps_resolve_default_output_path(char* out, std::size_t cap, const char* name);
 /// Asks where sector k's waveform goes, writes it in the layout of its family and keeps the path in fnames[k]
 /// (empty after a failure, which is told; the loaded model file is never replaced). Other sectors that read
-/// the file just written are told. 1; 0 at the end of input: nothing is written then, and fnames[k]
-/// stays. At a terminal, where a person goes on, an end of input is a failure; one that came before the
-/// question leaves the sector, fnames[k] empty.
+/// the file just written are told. An end of input that came before its questions is forgotten. 1, also when
+/// the input ended at a terminal, where a person goes on: that is a failure like any other. 0 when it has
+/// ended for good: nothing is written then, and fnames[k] stays.
 int ps_write_spatial_sector_waveform_file(int k);
 int ps_write_2d_sector_waveform_file(int k);
 

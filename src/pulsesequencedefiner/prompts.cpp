@@ -85,6 +85,7 @@ int read_double_prompt(const char* prompt, double* out) {
 }
 
 int read_line_prompt(const char* prompt, char* out, std::size_t cap) {
+    console_resume_after_end();
     std::fputs(prompt, stdout);
     if (!console_read_text(out, cap))
         return 0;

@@ -99,15 +99,13 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
         stored[0] = '\0';
         return 1;
     }
-    const bool ended_before = console_at_end();
+    console_resume_after_end(); // of the gradients, that is not an answer to the questions here
     build_default_leaf(k, is_2d, leaf);
     if (!ask_waveform_file_name(folder, contents, leaf, name)) {
         if (!console_resume_after_end())
             return 0;
         // Who goes on at a terminal has a new time grid, and no file of it.
         stored[0] = '\0';
-        if (ended_before)
-            return 0;
         std::puts("");
         std::puts("Sector waveform file was not written.");
         return 1;

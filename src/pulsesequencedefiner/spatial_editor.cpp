@@ -53,8 +53,10 @@ int define_spatial_grid() {
     return 1;
 }
 
-/// Without a usable answer there is no gradient along the axis; that is told.
+/// Without a usable answer there is no gradient along the axis; that is told. An end of input at a terminal
+/// is no answer to one axis; the next is asked.
 void define_gradient(char axis, double* samples) {
+    console_resume_after_end();
     std::printf("Define %c-gradient waveform\n", axis);
     CalcGrad(&g_runtime.ap, &g_runtime.ti, samples);
     if (fieldgrad_last_status != FIELDGRAD_OK)

@@ -84,6 +84,8 @@ const std::string CTRL_D = "\x04";
 const std::string FAMILY = "Your choice [1..3] : ";
 const std::string EDITOR = "Your choice is [1..6] : ";
 const std::string GRADIENT = "Your choice [1..3] : ";
+const std::string STRENGTH = " Constant gradient strength [Hz/cm] : ";
+const std::string SHORT_NAME = "\r\n: ";
 const std::string FILE_NAME = "File name : ";
 const std::string NOTE = "Sector note (optional): ";
 const std::string SECTOR = "Sector number to define / edit = ";
@@ -109,17 +111,34 @@ protected:
         answer("1\n", FAMILY);
         answer("2\n", EDITOR);
     }
-    /// A delay as this sector, up to the question after its gradients, which ends with `next`.
-    void define_a_delay(const std::string& next, const std::string& sector = "1") {
+    /// A delay as this sector, up to the question for its x gradient.
+    void begin_a_delay(const std::string& sector) {
         answer("1\n", SECTOR);
         answer(sector + "\n", "Your choice [1..5] : ");
         answer("5\n", "Waiting time [ms] : ");
         answer("2\n", "Static offset frequency [Hz] : ");
         answer("0\n", GRADIENT);
-        for (const std::string& after : {GRADIENT, GRADIENT, next}) {
-            answer("1\n", " Constant gradient strength [Hz/cm] : ");
-            answer("0\n", after);
-        }
+    }
+    void answer_a_gradient(const std::string& next) {
+        answer("1\n", STRENGTH);
+        answer("0\n", next);
+    }
+    /// A delay as this sector, up to the question after its gradients, which ends with `next`.
+    void define_a_delay(const std::string& next, const std::string& sector = "1") {
+        begin_a_delay(sector);
+        for (const std::string& after : {GRADIENT, GRADIENT, next})
+            answer_a_gradient(after);
+    }
+    /// A delay as sector 1, with a waveform file.
+    void define_a_whole_delay() {
+        define_a_delay(SHORT_NAME);
+        answer("delay\n", FILE_NAME);
+        answer("\n", NOTE);
+        answer("\n", EDITOR);
+    }
+    std::uintmax_t bytes_written(const std::string& leaf) {
+        std::error_code missing;
+        return fs::file_size(tree_.path("rf-output/" + leaf), missing);
     }
     void expect_shown(const std::string& text) {
         EXPECT_NE(terminal_->seen().find(text), std::string::npos) << text << "in\n" << terminal_->seen();
@@ -132,7 +151,7 @@ protected:
 
 TEST_F(ComposingPerson, MayEndTheInputAtTheNoteOfASector) {
     begin_a_spatial_sequence();
-    define_a_delay(": ");
+    define_a_delay(SHORT_NAME);
     answer("delay\n", FILE_NAME);
     answer("\n", NOTE);
     answer(CTRL_D, EDITOR);
@@ -141,33 +160,86 @@ TEST_F(ComposingPerson, MayEndTheInputAtTheNoteOfASector) {
     expect_shown("delay_s01.bin\r\n");
 }
 
-TEST_F(ComposingPerson, LeavesNoFileOfTheOlderWaveformInASectorLeftHalfWay) {
+TEST_F(ComposingPerson, KeepsNoFileOfTheOlderWaveformWhereTheFileNameIsLeftOut) {
     begin_a_spatial_sequence();
-    define_a_delay(": ");
-    answer("delay\n", FILE_NAME);
-    answer("\n", NOTE);
-    answer("\n", EDITOR);
+    define_a_whole_delay();
     expect_shown("delay_s01.bin\r\n");
     define_a_delay(FILE_NAME);
     answer(CTRL_D, NOTE);
+    expect_shown("\r\nSector waveform file was not written.\r\n");
     answer("\n", EDITOR);
+    expect_shown("Defined sectors : 1\r\n");
     expect_shown("   RF/gradient file : <unset>\r\n");
 }
 
-TEST_F(ComposingPerson, CountsASectorThatIsLeftWithoutAFile) {
+TEST_F(ComposingPerson, CountsASectorWhoseFileNameIsLeftOut) {
     begin_a_spatial_sequence();
-    define_a_delay(": ");
-    answer("delay\n", FILE_NAME);
-    answer("\n", NOTE);
-    answer("\n", EDITOR);
+    define_a_whole_delay();
     define_a_delay(FILE_NAME, "3");
     answer(CTRL_D, NOTE);
-    expect_shown("\r\nSector waveform file was not written.\r\n");
     answer("third\n", EDITOR);
     expect_shown("  sequence sectors      : 3\r\n");
     expect_shown("Defined sectors : 1, 3\r\n");
     expect_shown("Missing sectors : 2\r\n");
     expect_shown("third\r\n");
+}
+
+TEST_F(ComposingPerson, GoesOnToTheFileOfASectorAfterAGradientThatIsLeftOut) {
+    begin_a_spatial_sequence();
+    define_a_whole_delay();
+    begin_a_delay("2");
+    answer_a_gradient(GRADIENT);
+    answer_a_gradient(GRADIENT);
+    answer(CTRL_D, FILE_NAME);
+    expect_shown("No Z-gradient waveform was defined: this sector has no Z-gradient.\r\n");
+    answer("\n", NOTE);
+    answer("\n", EDITOR);
+    expect_shown("  sequence sectors      : 2\r\n");
+    expect_shown("Defined sectors : 1, 2\r\n");
+    expect_shown("delay_s02.bin\r\n");
+    EXPECT_EQ(bytes_written("delay_s02.bin"), 5 * sizeof(double));
+}
+
+TEST_F(ComposingPerson, IsAskedForEveryOtherGradient) {
+    begin_a_spatial_sequence();
+    begin_a_delay("1");
+    answer(CTRL_D, GRADIENT);
+    expect_shown("No X-gradient waveform was defined: this sector has no X-gradient.\r\n");
+    answer("1\n", STRENGTH);
+    answer(CTRL_D, GRADIENT);
+    expect_shown("No Y-gradient waveform was defined: this sector has no Y-gradient.\r\n");
+    answer_a_gradient(SHORT_NAME);
+}
+
+TEST_F(ComposingPerson, NamesTheFileOfASectorWhoseHardPulseIsLeftOut) {
+    const std::string editor = "Your choice is [1..5] : ";
+    answer("2\n", "Your choice [1..7] : ");
+    answer("1\n", FAMILY);
+    answer("2\n", FAMILY);
+    answer("2\n", editor);
+    answer("1\n", SECTOR);
+    answer("1\n", "Your choice [1,2] : ");
+    answer("1\n", "Your choice [1..5] : ");
+    answer("1\n", "Your choice is [1..8] : ");
+    answer(CTRL_D, SHORT_NAME);
+    answer("none\n", FILE_NAME);
+    answer("\n", "Static offset frequency [Hz] : ");
+    answer("0\n", NOTE);
+    answer("\n", editor);
+    expect_shown("  sequence sectors      : 1\r\n");
+    expect_shown("Defined sectors : 1\r\n");
+    EXPECT_EQ(bytes_written("none_2d_s01.bin"), 2 * sizeof(double));
+}
+
+TEST_F(ComposingPerson, NamesTheFileOfASectorWithoutAShortName) {
+    begin_a_spatial_sequence();
+    define_a_delay(SHORT_NAME);
+    answer(CTRL_D, FILE_NAME);
+    expect_shown("Press Enter to use the default name: sector-01.bin\r\n");
+    answer("own.bin\n", NOTE);
+    answer("\n", EDITOR);
+    expect_shown("own.bin\r\n");
+    EXPECT_EQ(bytes_written("own.bin"), 5 * sizeof(double));
 }
 
 TEST_F(ComposingPerson, GoesOnAfterAnEndOfInput) {
@@ -180,12 +252,9 @@ TEST_F(ComposingPerson, GoesOnAfterAnEndOfInput) {
     answer(CTRL_D, "\r\n" + SECTOR);
     answer(CTRL_D, "\r\n" + SECTOR);
     answer("1\n", "Your choice [1..5] : ");
-    answer("5\n", "Waiting time [ms] : ");
-    answer("2\n", "Static offset frequency [Hz] : ");
-    answer("0\n", "Your choice [1..3] : ");
-    // Within the dialogue of a gradient it leaves the sector; the editor goes on.
-    answer(CTRL_D, EDITOR);
-    expect_shown("  sequence sectors      : 0\r\n");
+    answer(CTRL_D, "\r\nYour choice [1..5] : ");
+    answer("6\n", EDITOR);
+    expect_shown("Unknown sector type.\r\n");
     answer("6\n", FAMILY);
     answer("3\n", "Press Enter to continue...");
     answer("\n", "Your choice [1..7] : ");
