@@ -52,10 +52,11 @@ std::FILE* platform_open_new(const char* path, const char* mode);
 /// process cannot give gets no rights. nullptr and EPERM, with nothing left behind, where the list, or the
 /// group that it counts on, cannot be given. Windows: a file has the rights of its folder.
 std::FILE* platform_open_new_like(const char* older, const char* path, const char* mode);
-/// Delete one file, rename one (replacing an existing target), make one folder: 0, or the errno value,
-/// which is in errno as well.
+/// Delete one file, rename one (replacing an existing target), delete one empty folder, make one: 0, or the
+/// errno value, which is in errno as well.
 int platform_remove(const char* path);
 int platform_rename(const char* from, const char* to);
+int platform_remove_dir(const char* path);
 int platform_make_dir(const char* path);
 /// An existing folder is EEXIST when it is to be made, whatever else may be wrong with it.
 ///

@@ -242,6 +242,10 @@ int platform_make_dir(const char* path) {
     return errno = error != 0 && is_folder(name) ? EEXIST : error;
 }
 
+int platform_remove_dir(const char* path) {
+    return status_of(::rmdir(native(path).c_str()));
+}
+
 bool platform_may_replace(const char* path) {
     struct stat info;
     const std::string name = native(path);

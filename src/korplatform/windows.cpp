@@ -357,6 +357,11 @@ int platform_make_dir(const char* path) {
     return errno = error == ENOENT && is_file(parent.c_str()) ? ENOTDIR : error;
 }
 
+int platform_remove_dir(const char* path) {
+    const char* const name = path ? path : "";
+    return status_of(_rmdir(name), name, FOLDER_NAME_SIZE);
+}
+
 bool platform_may_replace(const char* path) {
     const char* const name = path ? path : "";
     bool may = false;

@@ -127,6 +127,19 @@ TEST(PlatformMakeDir, MakesOneFolderAndReportsAnExistingOne) {
     EXPECT_EQ(platform_make_dir("missing\\inner"), ENOENT);
 }
 
+TEST(PlatformRemoveDir, DeletesAnEmptyFolderAlone) {
+    TempTree tree;
+    tree.make_folder("empty");
+    tree.write("full/file", "x");
+    EXPECT_EQ(platform_remove_dir("empty"), 0);
+    EXPECT_FALSE(tree.exists("empty"));
+    EXPECT_EQ(platform_remove_dir("empty"), ENOENT);
+    EXPECT_EQ(platform_remove_dir("full"), ENOTEMPTY);
+    EXPECT_EQ(tree.read("full/file"), "x");
+    EXPECT_NE(platform_remove_dir("full/file"), 0);
+    EXPECT_EQ(tree.read("full/file"), "x");
+}
+
 TEST(WorkingDirectory, IsChangedAndAsked) {
     TempTree tree;
     tree.make_folder("a/b");
