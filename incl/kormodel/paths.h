@@ -69,12 +69,16 @@ int kor_tail_after_prefix(const char* path, const char* prefix, char* tail, std:
 /// of both paths without "." and ".." (a model that was loaded has such paths: ROOT/models/../sequences/...),
 /// else it stays absolute. Where a line would lose a character of it then (a blank in a folder above the
 /// set), it becomes "../../" and its tail below the folder after, else the bare name of a file in the default
-/// RF output folder. Tails are in lower case; all but the first two forms are taken only when they are read
-/// back as the same file, where need be in the letters of the path.
+/// RF output folder. Tails are in lower case, or where need be in the letters of the path; a form is taken
+/// only when it is read back as the same file. Where the file or the sequence file's folder does not exist,
+/// there is nothing to read back: the first of the first two forms that can be formed, in lower case, else
+/// the absolute path.
 int kor_make_portable_sector_pulse_path(const char* sequence_filename, const char* stored_path, char* out,
                                         std::size_t size);
-/// A result file as a model file stores it: as above for the model file, but a file directly in
-/// runtime/results becomes its bare name first (only that form is read back to the same file).
+/// A result file as a model file stores it, with '/': a relative path stays; an absolute one becomes its bare
+/// name when it lies directly in runtime/results, else its tail below the model file's folder, else "../" and
+/// its tail below that folder's parent, all in lower case, else it stays absolute. Only the bare name and the
+/// absolute path are read back to the same file.
 int kor_make_portable_result_path(const char* model_filename, const char* stored, char* out,
                                   std::size_t size);
 

@@ -168,63 +168,65 @@ bool same_without_dot_folders(const char* path, char (&clean)[KOR_PATH_SIZE]) {
            platform_same_file(path, clean);
 }
 
-bool goes_up(const char* form) {
-    return std::strncmp(form, "../", 3) == 0;
+bool exists_as_spelt(const char* path) {
+    char found[KOR_PATH_SIZE];
+    return platform_find_ignoring_case(path, found, sizeof found) && std::strcmp(found, path) == 0;
 }
 
 /// Whether a line of the sequence file can hold the relative path `form`, and reading it finds the file at
-/// `stored`. The sequence file's folders may still have to be made.
+/// `stored`.
 bool reads_back(const char* sequence_filename, const char* form, const char* stored) {
-    char dir[KOR_PATH_SIZE];
     char found[KOR_PATH_SIZE];
-    if (find_lost_in_word(form) || !kor_dirname_copy(sequence_filename, dir, sizeof dir))
-        return false;
-    if (!kor_path_has_separator(form))
-        return kor_resolve_sector_pulse_path(sequence_filename, form, found, sizeof found) &&
-               platform_same_file(found, stored);
-    while (goes_up(form) && !platform_find_ignoring_case(dir, found, sizeof found) &&
-           kor_dirname_copy(dir, dir, sizeof dir))
-        form += 3;
-    if (!kor_join_path(found, sizeof found, dir, form))
-        return false;
-    use_existing_spelling(found, sizeof found);
-    return platform_same_file(found, stored);
+    return !find_lost_in_word(form) &&
+           kor_resolve_sector_pulse_path(sequence_filename, form, found, sizeof found) &&
+           platform_same_file(found, stored);
 }
 
-/// Whether `form`, a lower-case tail of the path `stored` that may begin with "../", is read back as that
-/// file; where only the letters of `stored` tell it from another file, form gets them.
-bool read_back_in_some_case(const char* sequence_filename, const char* stored, char (&form)[KOR_PATH_SIZE]) {
-    if (reads_back(sequence_filename, form, stored))
-        return true;
-    char* tail = form;
-    while (goes_up(tail))
-        tail += 3;
-    const std::size_t length = std::strlen(tail);
-    std::memcpy(tail, stored + std::strlen(stored) - length, length);
-    kor_normalize_saved_path(form);
-    return reads_back(sequence_filename, form, stored);
+/// Whether `up` (some "../") and the lower-case `tail` of the path `stored` are read back as that file; where
+/// only the letters of `stored` tell it from another file, the form has these.
+bool form_in_some_case(const char* sequence_filename, const char* stored, const char* up, const char* tail,
+                       char (&form)[KOR_PATH_SIZE]) {
+    const char* letters = stored + std::strlen(stored) - std::strlen(tail);
+    for (const char* rest : {tail, letters}) {
+        if (!kor_join_path(form, sizeof form, up, rest))
+            return false;
+        kor_normalize_saved_path(form);
+        if (reads_back(sequence_filename, form, stored))
+            return true;
+    }
+    return false;
 }
 
-/// A relative form of the file at the absolute path `stored`, seen through "." and "..". `from_anywhere`:
-/// also from two folders up, where the root of a model set is, or as the bare name of a default RF output.
-bool find_relative_form(const char* sequence_filename, const char* stored, bool from_anywhere,
-                        char (&form)[KOR_PATH_SIZE]) {
+/// The file at the absolute path `stored` as seen from the folder of the path `sequence`, from the folder
+/// above it and so on, `levels` folders in all: the first form that the sequence file reads back.
+bool form_from_folders(const char* sequence_filename, const char* sequence, const char* stored, int levels,
+                       char (&form)[KOR_PATH_SIZE]) {
+    constexpr const char* ups[] = {"", "../", "../../"};
+    char dir[KOR_PATH_SIZE];
+    char tail[KOR_LINE_SIZE];
+    if (!copy_whole(sequence, dir, sizeof dir))
+        return false;
+    for (int level = 0; level < levels && kor_dirname_copy(dir, dir, sizeof dir); ++level)
+        if (kor_tail_after_prefix(stored, dir, tail, sizeof tail) && tail[0] != '\0' &&
+            form_in_some_case(sequence_filename, stored, ups[level], tail, form))
+            return true;
+    return false;
+}
+
+/// A relative form that the sequence file reads back as the existing file at the absolute path `stored`: of
+/// the paths as they are, then without "." and ".."; where no line can hold `stored`, also from two folders
+/// up, where the root of a model set is, and as the bare name of a default RF output.
+bool find_relative_form(const char* sequence_filename, const char* stored, char (&form)[KOR_PATH_SIZE]) {
+    const bool from_anywhere = find_lost_in_word(stored) != nullptr;
     char clean[KOR_PATH_SIZE];
     char sequence[KOR_PATH_SIZE];
-    if (!same_without_dot_folders(stored, clean) || !whole_path(sequence_filename, sequence))
-        return false;
-    if (make_relative_to(sequence, clean, form, sizeof form) && !kor_path_is_absolute(form) &&
-        read_back_in_some_case(sequence_filename, clean, form))
+    if (form_from_folders(sequence_filename, sequence_filename, stored, 2, form))
         return true;
-    char root[KOR_PATH_SIZE];
-    char tail[KOR_LINE_SIZE];
-    if (from_anywhere && kor_parent_dir_copy(sequence, root, sizeof root) &&
-        kor_dirname_copy(root, root, sizeof root) && kor_tail_after_prefix(clean, root, tail, sizeof tail) &&
-        kor_join_path(form, sizeof form, "../../", tail) &&
-        read_back_in_some_case(sequence_filename, clean, form))
+    if (same_without_dot_folders(stored, clean) && whole_path(sequence_filename, sequence) &&
+        form_from_folders(sequence_filename, sequence, clean, from_anywhere ? 3 : 2, form))
         return true;
-    return from_anywhere && copy_whole(behind_last_separator(clean), form, sizeof form) &&
-           reads_back(sequence_filename, form, clean);
+    return from_anywhere && copy_whole(behind_last_separator(stored), form, sizeof form) &&
+           reads_back(sequence_filename, form, stored);
 }
 
 } // namespace
@@ -397,13 +399,14 @@ int kor_make_portable_sector_pulse_path(const char* sequence_filename, const cha
         return 0;
     if (!kor_path_is_absolute(stored_path))
         return copy_normalized(stored_path, out, size);
-    if (!make_relative_to(sequence_filename, stored_path, out, size))
-        return 0;
+    char dir[KOR_PATH_SIZE];
     char form[KOR_PATH_SIZE];
-    if (kor_path_is_absolute(out) &&
-        find_relative_form(sequence_filename, stored_path, find_lost_in_word(out) != nullptr, form))
+    if (!exists_as_spelt(stored_path) || !kor_dirname_copy(sequence_filename, dir, sizeof dir) ||
+        !exists_as_spelt(dir))
+        return make_relative_to(sequence_filename, stored_path, out, size);
+    if (find_relative_form(sequence_filename, stored_path, form))
         return copy_whole(form, out, size);
-    return 1;
+    return copy_normalized(stored_path, out, size);
 }
 
 int kor_make_portable_result_path(const char* model_filename, const char* stored, char* out,

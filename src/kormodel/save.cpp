@@ -6,6 +6,7 @@
 #include "korplatform.h"
 #include "wholefile.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -13,7 +14,7 @@ namespace kor {
 
 namespace {
 
-/// Where the three files of a set lie.
+/// Where the three files of a set lie, and how they name the files of the sectors (1..sector_count).
 struct SetPaths {
     char name[KOR_FILE_NAME_SIZE];
     char spin_dir[KOR_PATH_SIZE];      // root/spin-systems
@@ -23,6 +24,13 @@ struct SetPaths {
     char sequence_leaf[KOR_FILE_NAME_SIZE];
     char spin_path[KOR_PATH_SIZE];
     char sequence_path[KOR_PATH_SIZE];
+    char pulse_paths[KOR_MAX_SECTORS + 1][KOR_PATH_SIZE];
+};
+
+/// The folders that a save had to make, the outer ones first.
+struct MadeFolders {
+    const char* names[3];
+    int count = 0;
 };
 
 /// A file being written, with what a failure needs to say. `file` is that of `whole`.
@@ -87,14 +95,6 @@ KORModelStatus form_set(const char* filename, const KORRunConfig& cfg, SetPaths&
     return KOR_MODEL_ERR_IO;
 }
 
-int portable_pulse_path(const SetPaths& set, const char* stored, char (&out)[KOR_PATH_SIZE]) {
-    char leaf[KOR_FILE_NAME_SIZE];
-    char sequence[KOR_PATH_SIZE];
-    return append_extension(set.name, ".korseq", leaf) &&
-           kor_join_path(sequence, sizeof sequence, set.sequence_dir, leaf) &&
-           kor_make_portable_sector_pulse_path(sequence, stored, out, sizeof out);
-}
-
 const char* character_name(char c) {
     return c == '#' ? "'#'" : c == '\n' ? "a line end" : "white space";
 }
@@ -108,26 +108,19 @@ KORModelStatus check_found(const char* found, const char* field, const char* tex
     return KOR_MODEL_ERR_RANGE;
 }
 
-KORModelStatus check_sector_texts(const SetPaths& set, const KORPulseSectorDef& sector, int k, char* errbuf,
-                                  std::size_t errbufsz) {
+KORModelStatus check_remark(const char* remark, int k, char* errbuf, std::size_t errbufsz) {
     char field[64];
-    char pulse_path[KOR_PATH_SIZE];
     std::snprintf(field, sizeof field, "sector %d remark", k);
-    const KORModelStatus status =
-        check_found(find_lost_in_text(sector.remark), field, sector.remark, errbuf, errbufsz);
-    if (status != KOR_MODEL_OK || !portable_pulse_path(set, sector.pulse_filename, pulse_path))
-        return status;
-    std::snprintf(field, sizeof field, "sector %d pulse_filename", k);
-    return check_found(find_lost_in_word(pulse_path), field, pulse_path, errbuf, errbufsz);
+    return check_found(find_lost_in_text(remark), field, remark, errbuf, errbufsz);
 }
 
-/// Whether every text of the set is read back as it is to be written; else nothing is written.
+/// Whether every text of the set but the paths of the sectors is read back as it is to be written.
 KORModelStatus check_texts(const char* filename, const SetPaths& set, const KORPulseSequenceDef& seq,
                            const KORRunConfig& cfg, char* errbuf, std::size_t errbufsz) {
     KORModelStatus status =
         check_found(find_lost_in_text(set.name), "model_name", set.name, errbuf, errbufsz);
     for (int k = 1; status == KOR_MODEL_OK && k <= seq.sector_count; ++k)
-        status = check_sector_texts(set, seq.sectors[k], k, errbuf, errbufsz);
+        status = check_remark(seq.sectors[k].remark, k, errbuf, errbufsz);
     char result[KOR_PATH_SIZE];
     if (status != KOR_MODEL_OK ||
         !kor_make_portable_result_path(filename, cfg.result_filename, result, sizeof result))
@@ -135,15 +128,44 @@ KORModelStatus check_texts(const char* filename, const SetPaths& set, const KORP
     return check_found(find_lost_in_path(result), "result_filename", result, errbuf, errbufsz);
 }
 
-KORModelStatus make_folders(SetPaths& set, char* errbuf, std::size_t errbufsz) {
-    if (!kor_ensure_dir(set.spin_dir) || !kor_ensure_dir(set.sequences_dir) ||
-        !kor_ensure_dir(set.sequence_dir))
-        set_error(errbuf, errbufsz, "could not create split output directories");
-    else if (!derive_files(set))
-        set_error(errbuf, errbufsz, "split output path is too long");
-    else
+KORModelStatus make_folders(SetPaths& set, MadeFolders& made, char* errbuf, std::size_t errbufsz) {
+    for (const char* dir : {set.spin_dir, set.sequences_dir, set.sequence_dir}) {
+        const int error = platform_make_dir(dir);
+        if (error == 0) {
+            made.names[made.count++] = dir;
+        } else if (error != EEXIST) {
+            set_error(errbuf, errbufsz, "could not create split output directories");
+            return KOR_MODEL_ERR_IO;
+        }
+    }
+    if (derive_files(set))
         return KOR_MODEL_OK;
+    set_error(errbuf, errbufsz, "split output path is too long");
     return KOR_MODEL_ERR_IO;
+}
+
+void remove_folders(const MadeFolders& made) {
+    for (int i = made.count; i > 0; --i)
+        platform_remove_dir(made.names[i - 1]);
+}
+
+/// The sector paths of the set, checked as they are to be written. What a path leads to is seen from the
+/// set's folders, which must be there.
+KORModelStatus derive_pulse_paths(SetPaths& set, const KORPulseSequenceDef& seq, char* errbuf,
+                                  std::size_t errbufsz) {
+    KORModelStatus status = KOR_MODEL_OK;
+    for (int k = 1; status == KOR_MODEL_OK && k <= seq.sector_count; ++k) {
+        char(&path)[KOR_PATH_SIZE] = set.pulse_paths[k];
+        if (!kor_make_portable_sector_pulse_path(set.sequence_path, seq.sectors[k].pulse_filename, path,
+                                                 sizeof path)) {
+            set_error(errbuf, errbufsz, "could not derive portable sector path for sector %d", k);
+            return KOR_MODEL_ERR_IO;
+        }
+        char field[64];
+        std::snprintf(field, sizeof field, "sector %d pulse_filename", k);
+        status = check_found(find_lost_in_word(path), field, path, errbuf, errbufsz);
+    }
+    return status;
 }
 
 KORModelStatus open_output(Output& out) {
@@ -216,16 +238,8 @@ KORModelStatus write_sequence_file(const SetPaths& set, const KORPulseSequenceDe
     std::fprintf(out.file, "sequence_name: %s\n\n", set.name);
     std::fprintf(out.file, "sequence_type: %d\n", seq.sequence_type);
     std::fprintf(out.file, "number_of_sectors: %d\n", seq.sector_count);
-    for (int k = 1; k <= seq.sector_count; ++k) {
-        char pulse_path[KOR_PATH_SIZE];
-        if (!portable_pulse_path(set, seq.sectors[k].pulse_filename, pulse_path)) {
-            // The file is left as far as it went.
-            keep_whole_file(out.whole);
-            set_error(errbuf, errbufsz, "could not derive portable sector path for sector %d", k);
-            return KOR_MODEL_ERR_IO;
-        }
-        write_sector(out.file, seq.sectors[k], k, pulse_path);
-    }
+    for (int k = 1; k <= seq.sector_count; ++k)
+        write_sector(out.file, seq.sectors[k], k, set.pulse_paths[k]);
     return close_output(out);
 }
 
@@ -271,12 +285,17 @@ KORModelStatus KORModel_SaveText(const char* filename, const KORSpinSystemDef* s
     }
     KORModelStatus status = KORModel_ValidateAll(spin, seq, cfg, errbuf, errbufsz);
     SetPaths set;
+    MadeFolders made;
     if (status == KOR_MODEL_OK)
         status = form_set(filename, *cfg, set, errbuf, errbufsz);
     if (status == KOR_MODEL_OK)
         status = check_texts(filename, set, *seq, *cfg, errbuf, errbufsz);
     if (status == KOR_MODEL_OK)
-        status = make_folders(set, errbuf, errbufsz);
+        status = make_folders(set, made, errbuf, errbufsz);
+    if (status == KOR_MODEL_OK)
+        status = derive_pulse_paths(set, *seq, errbuf, errbufsz);
+    if (status == KOR_MODEL_ERR_RANGE)
+        remove_folders(made);
     if (status == KOR_MODEL_OK)
         status = write_spin_file(set, *spin, errbuf, errbufsz);
     if (status == KOR_MODEL_OK)

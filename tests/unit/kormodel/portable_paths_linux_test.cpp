@@ -91,6 +91,7 @@ TEST(PortableSectorPulse, ALinkedFolderOnTheWayKeepsThePath) {
     tree.write("far/sequences/old/w", "far");
     tree.write("sequences/old/w", "near");
     std::filesystem::create_directory_symlink(tree.path("far/models"), tree.path("models"));
+    tree.make_folder("sequences/new");
     const std::string through_link = tree.path("models/../sequences/old/w");
     EXPECT_EQ(portable_pulse(tree.path("sequences/new/new.korseq"), through_link), through_link);
 }
@@ -113,12 +114,43 @@ TEST(PortableSectorPulse, KeepsTheLettersThatTellAFileFromAnother) {
     EXPECT_EQ(seen("new/W"), "W");
 }
 
+TEST(PortableSectorPulse, KeepsTheLettersInTheSequenceFilesOwnFolder) {
+    const TempTree tree;
+    const std::string sequence = tree.path("sequences/pair/pair.korseq");
+    for (const char* name : {"sequences/pair/P", "sequences/pair/p", "sequences/pair/W", "sequences/Other/P",
+                             "sequences/other/P"})
+        tree.write(name, "x");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("sequences/pair/P")), "P");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("sequences/pair/p")), "p");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("sequences/pair/W")), "w");
+    EXPECT_EQ(portable_pulse(sequence, tree.path("sequences/Other/P")), "../Other/P");
+    // A file that does not exist is no other one.
+    EXPECT_EQ(portable_pulse(sequence, tree.path("sequences/pair/V")), "v");
+}
+
+TEST(PortableSectorPulse, AFolderInAnotherCaseIsNotTheSequenceFilesFolder) {
+    const TempTree tree;
+    const std::string wave = tree.path("sequences/Foo/waveforms/P1");
+    const std::string spaced = tree.path("sequences/My Foo/waveforms/P1");
+    tree.write("sequences/Foo/waveforms/P1", "x");
+    tree.write("sequences/My Foo/waveforms/P1", "x");
+    // Where the sequence file's folder is missing, nothing can be read back yet.
+    EXPECT_EQ(portable_pulse(tree.path("sequences/foo/foo.korseq"), wave), "waveforms/p1");
+    tree.make_folder("sequences/foo");
+    tree.make_folder("sequences/my foo");
+    EXPECT_EQ(portable_pulse(tree.path("sequences/foo/foo.korseq"), wave), "../Foo/waveforms/P1");
+    EXPECT_EQ(portable_pulse(tree.path("sequences/my foo/my foo.korseq"), spaced), spaced);
+    tree.write("sequences/foo/waveforms/p1", "another");
+    EXPECT_EQ(portable_pulse(tree.path("sequences/foo/foo.korseq"), wave), "../Foo/waveforms/P1");
+}
+
 TEST(PortableSectorPulse, ARelativeFormThatIsReadAsAnotherFileIsNotTaken) {
     const TempTree tree;
     tree.make_folder("models");
     tree.write("sequences/a/p", "x");
     tree.write("Sequences/a/p", "another tree");
     const std::string other = tree.path("models/../Sequences/a/p");
+    tree.make_folder("sequences/b");
     EXPECT_EQ(portable_pulse(tree.path("sequences/a/a.korseq"), other), other);
     EXPECT_EQ(portable_pulse(tree.path("sequences/b/b.korseq"), other), other);
 }
@@ -130,21 +162,19 @@ TEST(PortableSectorPulse, DotFoldersOfTheSequenceDoNotHideThatAFileIsBelow) {
     const ScopedChdir runtime(tree.root() / "build/runtime");
     const std::string stored = tree.path("models/../sequences/old/W");
     tree.make_folder("models");
+    tree.make_folder("sequences/new");
     EXPECT_EQ(portable_pulse("../../sequences/new/new.korseq", stored), "../old/w");
     EXPECT_EQ(portable_pulse("../../sequences/old/old.korseq", stored), "w");
     EXPECT_EQ(portable_pulse("../../sequences/new/new.korseq", tree.path("sequences/old/W")), "../old/w");
-    tree.make_folder("sequences/new");
-    EXPECT_EQ(portable_pulse("../../sequences/new/new.korseq", stored), "../old/w");
 }
 
 TEST(PortableSectorPulse, APathThatNoLineCanHoldIsSeenFromTheRootOfTheSet) {
     const TempTree tree;
     const std::string sequence = tree.path("my set/sequences/new/new.korseq");
     const std::string wave = tree.path("my set/Waves/P1.bin");
+    tree.make_folder("my set/sequences/new");
     EXPECT_EQ(portable_pulse(sequence, wave), wave) << "there is no such file";
     tree.write("my set/Waves/P1.bin", "x");
-    EXPECT_EQ(portable_pulse(sequence, wave), "../../waves/p1.bin");
-    tree.make_folder("my set/sequences/new");
     EXPECT_EQ(portable_pulse(sequence, wave), "../../waves/p1.bin");
     tree.write("my set/waves/p1.bin", "another");
     EXPECT_EQ(portable_pulse(sequence, wave), "../../Waves/P1.bin");
@@ -153,6 +183,7 @@ TEST(PortableSectorPulse, APathThatNoLineCanHoldIsSeenFromTheRootOfTheSet) {
     EXPECT_EQ(portable_pulse(sequence, tree.path("my set/my waves/P1.bin")),
               tree.path("my set/my waves/P1.bin"));
     tree.write("waves/P1.bin", "x");
+    tree.make_folder("sequences/new");
     EXPECT_EQ(portable_pulse(tree.path("sequences/new/new.korseq"), tree.path("waves/P1.bin")),
               tree.path("waves/P1.bin"));
 }
@@ -160,7 +191,7 @@ TEST(PortableSectorPulse, APathThatNoLineCanHoldIsSeenFromTheRootOfTheSet) {
 TEST(PortableSectorPulse, ALinkedFolderOfSequencesLeadsToAnotherRoot) {
     const TempTree tree;
     tree.make_folder("my set");
-    tree.make_folder("far/sequences");
+    tree.make_folder("far/sequences/new");
     tree.write("my set/waves/p1", "near");
     tree.write("far/waves/p1", "far");
     std::filesystem::create_directory_symlink(tree.path("far/sequences"), tree.path("my set/sequences"));

@@ -59,6 +59,60 @@ TEST(SaveModel, FullPathsHaveAtMost1023Characters) {
               io_error("split output path is too long"));
 }
 
+namespace {
+
+/// The two-spin model of a set NAME with one sector file, saved, loaded and called `new_name`.
+Model imported_model(const TempTree& tree, const std::string& name, const std::string& new_name) {
+    const std::string file = tree.path("models/" + name + ".kormodel");
+    tree.make_folder("models");
+    tree.write("sequences/" + name + "/waveforms/P1", "x");
+    Model loaded;
+    EXPECT_EQ(save_model(file, two_spin_model()), ok);
+    EXPECT_EQ(load_model(file, loaded), ok);
+    name_model(loaded, new_name);
+    return loaded;
+}
+
+} // namespace
+
+TEST(SaveModel, ASectorFileInAFolderThatDiffersInItsLettersIsNamedWithThem) {
+    const TempTree tree;
+    const Model model = imported_model(tree, "Foo", "foo");
+    EXPECT_EQ(save_model(tree.path("models/foo.kormodel"), model), ok);
+    EXPECT_NE(tree.read("sequences/foo/foo.korseq").find("\nsector_pulsefile: 1 ../Foo/waveforms/P1\n"),
+              std::string::npos);
+}
+
+TEST(SaveModel, ASectorFileThatOnlyAFolderWithABlankLeadsToIsRefusedEachTime) {
+    const TempTree tree;
+    const Model model = imported_model(tree, "My Foo", "my foo");
+    const std::string message = "sector 1 pulse_filename cannot be saved with white space in it: " +
+                                tree.path("models/../sequences/My Foo/waveforms/P1");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(save_model(tree.path("models/my foo.kormodel"), model),
+                  (Outcome{KOR_MODEL_ERR_RANGE, message}));
+        EXPECT_EQ(tree.names("models"), std::vector<std::string>{"My Foo.kormodel"});
+        EXPECT_EQ(tree.names("spin-systems"), std::vector<std::string>{"My Foo.korspin"});
+        EXPECT_EQ(tree.names("sequences"), std::vector<std::string>{"My Foo"});
+    }
+}
+
+TEST(SaveModel, TwoPulsesThatDifferInTheirLettersStayTwo) {
+    const TempTree tree;
+    tree.make_folder("models");
+    tree.write("sequences/pair/P", "one");
+    tree.write("sequences/pair/p", "another");
+    Model model = two_spin_model();
+    for (const char* leaf : {"P", "p"}) {
+        const std::string wave = tree.path("sequences/pair/" + std::string(leaf));
+        copy_truncated(wave.c_str(), model.seq.sectors[1].pulse_filename, KOR_FILE_NAME_SIZE);
+        Model loaded;
+        EXPECT_EQ(save_model(tree.path("models/pair.kormodel"), model), ok);
+        ASSERT_EQ(load_model(tree.path("models/pair.kormodel"), loaded), ok);
+        EXPECT_TRUE(fs::equivalent(loaded.seq.sectors[1].pulse_filename, wave)) << leaf;
+    }
+}
+
 TEST(SaveModel, AFullDiskIsReported) {
     for (const std::string name : {"spin-systems/x.korspin", "sequences/x/x.korseq", "models/x.kormodel"}) {
         const ModelSet set;

@@ -325,6 +325,23 @@ TEST(SaveModel, ANameWithASeparatorPutsTheSequenceFileDeeper) {
     EXPECT_EQ(load_model(plain_name(set.root() / "models/x.kormodel"), loaded), ok);
 }
 
+// Windows takes the one folder of the two names, Linux makes a second one.
+TEST(SaveModel, ASetNamedAsAnotherInOtherLettersPlaysTheSameFiles) {
+    const TempTree tree;
+    tree.make_folder("models");
+    tree.write("sequences/Foo/waveforms/P1", "x");
+    Model model = two_spin_model();
+    const std::string wave = tree.path("sequences/Foo/waveforms/P1");
+    set_field(model.seq.sectors[1].pulse_filename, wave);
+    for (const std::string name : {"Foo", "foo", "FOO"}) {
+        const std::string file = tree.path("models/" + name + ".kormodel");
+        Model loaded;
+        ASSERT_EQ(save_model(file, model), ok) << name;
+        ASSERT_EQ(load_model(file, loaded), ok) << name;
+        EXPECT_TRUE(platform_same_file(loaded.seq.sectors[1].pulse_filename, wave.c_str())) << name;
+    }
+}
+
 // Only what the set's own files say counts: the folder above them may have any name.
 TEST(SaveModel, AFolderWithABlankAndANumberSignHoldsASet) {
     const ModelSet set;
