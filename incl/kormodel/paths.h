@@ -22,7 +22,8 @@ int kor_parent_dir_copy(const char* path, char* out, std::size_t size);
 /// path does not name that parent ("my_model", "./my_model", "../x/../my_model"), it is found from the
 /// working directory's absolute path, without "." and "..". 0 where that directory is not what the path
 /// starts from: for a file in the root of a drive ("D:\x", "\x"), in a folder there without the drive's name,
-/// or one found from a drive's own working directory ("D:x").
+/// or one found from a drive's own working directory ("D:x"). Where the folder is a link, the root is
+/// FOLDER/..: there the model file's own "../" leads.
 int kor_set_root_folder(const char* model_filename, char* out, std::size_t size);
 /// A letter, ':' and a separator, or two equal leading separators; on Linux also one leading '/'.
 int kor_path_is_absolute(const char* path);

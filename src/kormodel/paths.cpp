@@ -229,6 +229,16 @@ bool find_relative_form(const char* sequence_filename, const char* stored, char 
            reads_back(sequence_filename, form, stored);
 }
 
+/// The parent of `dir`, the folder in the path of a model file, as the path names it.
+int named_parent(const char* model_filename, const char* dir, char* out, std::size_t size) {
+    if (last_separator(dir) && !is_dot_folder(behind_last_separator(dir)))
+        return kor_dirname_copy(dir, out, size) && out[0] != '\0';
+    if (!kor_path_is_absolute(dir) && !platform_takes_name(model_filename))
+        return 0;
+    char whole[KOR_PATH_SIZE];
+    return whole_path(dir, whole) && kor_dirname_copy(whole, out, size);
+}
+
 } // namespace
 
 int kor_join_path(char* out, std::size_t size, const char* dir, const char* leaf) {
@@ -261,12 +271,13 @@ int kor_set_root_folder(const char* model_filename, char* out, std::size_t size)
     const int has_folder = kor_dirname_copy(model_filename, dir, sizeof dir);
     if (has_folder && dir[0] == '\0')
         return 0;
-    if (last_separator(dir) && !is_dot_folder(behind_last_separator(dir)))
-        return kor_dirname_copy(dir, out, size) && out[0] != '\0';
-    if (!kor_path_is_absolute(dir) && !platform_takes_name(model_filename))
+    if (!named_parent(model_filename, dir, out, size))
         return 0;
-    char whole[KOR_PATH_SIZE];
-    return whole_path(dir, whole) && kor_dirname_copy(whole, out, size);
+    // A model file names its parts by "..", which behind a link is not the folder that the path names.
+    char above[KOR_PATH_SIZE];
+    const bool behind_link = kor_join_path(above, sizeof above, dir, "..") &&
+                             platform_same_file(above, above) && !platform_same_file(above, out);
+    return !behind_link || copy_whole(above, out, size);
 }
 
 int kor_path_is_absolute(const char* path) {

@@ -143,6 +143,17 @@ TEST(SetRoot, ComesFromTheWorkingDirectoryWhenThePathDoesNotNameIt) {
     EXPECT_EQ(root_of(here + "/models/./x.kormodel"), here);
 }
 
+TEST(SetRoot, BehindALinkIsTheFolderThatDotDotLeadsTo) {
+    const TempTree tree;
+    tree.make_folder("far/models");
+    tree.make_folder("near");
+    fs::create_directory_symlink(tree.path("far/models"), tree.path("models"));
+    fs::create_directory_symlink(tree.path("near"), tree.path("beside"));
+    EXPECT_EQ(root_of(tree.path("models/x.kormodel")), tree.path("models/.."));
+    EXPECT_EQ(root_of("models/x.kormodel"), "models/..");
+    EXPECT_EQ(root_of(tree.path("beside/x.kormodel")), tree.path()) << "the same folder";
+}
+
 TEST(SetRoot, FailsWithoutAPath) {
     char out[8];
     EXPECT_EQ(kor_set_root_folder(nullptr, out, sizeof out), 0);

@@ -113,6 +113,25 @@ TEST(SaveModel, TwoPulsesThatDifferInTheirLettersStayTwo) {
     }
 }
 
+TEST(SaveModel, ASetOfALinkedFolderOfModelsLiesBesideTheFolderLinkedTo) {
+    const TempTree tree;
+    tree.make_folder("data/models");
+    fs::create_directory_symlink(tree.path("data/models"), tree.path("models"));
+    tree.write("data/sequences/old/waveforms/P1", "x");
+    const std::string old = tree.path("models/old.kormodel");
+    Model loaded;
+    ASSERT_EQ(save_model(old, two_spin_model()), ok);
+    ASSERT_EQ(load_model(old, loaded), ok);
+    name_model(loaded, "new");
+    const std::string file = tree.path("models/new.kormodel");
+    ASSERT_EQ(save_model(file, loaded), ok);
+    ASSERT_EQ(load_model(file, loaded), ok);
+    EXPECT_TRUE(
+        fs::equivalent(loaded.seq.sectors[1].pulse_filename, tree.path("data/sequences/old/waveforms/P1")));
+    EXPECT_EQ(tree.names("data"), (std::vector<std::string>{"models", "sequences", "spin-systems"}));
+    EXPECT_EQ(tree.names(), (std::vector<std::string>{"data", "models"}));
+}
+
 TEST(SaveModel, AFullDiskIsReported) {
     for (const std::string name : {"spin-systems/x.korspin", "sequences/x/x.korseq", "models/x.kormodel"}) {
         const ModelSet set;
