@@ -27,6 +27,9 @@ void forget_model_files();
 
 /// The sector (from 1) of the current sequence whose waveform file the path names; 0 when there is none.
 int sector_of_waveform_file(const char* path);
+/// Says on standard output which other sectors of the current sequence read the waveform file of sector k
+/// (from 1), which was just written: they have changed with it.
+void tell_who_shares_the_waveform_file(int k);
 /// Whether writing `output` would replace the model file of the loaded model or one of the two that it names;
 /// said on standard error.
 bool replaces_definition_file(const char* output);

@@ -44,6 +44,12 @@ int sector_of_waveform_file(const char* path) {
     return 0;
 }
 
+void tell_who_shares_the_waveform_file(int k) {
+    for (int other = 1; other <= *g_waveforms.sectors; ++other)
+        if (other != k && platform_same_file(g_waveforms.names[other], g_waveforms.names[k]))
+            std::printf("Sector %d reads the same file.\n", other);
+}
+
 bool replaces_definition_file(const char* output) {
     if (platform_same_file(output, g_model)) {
         std::fprintf(stderr, "[KOR] The output file %s is the model file.\n", output);

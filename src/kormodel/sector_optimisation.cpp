@@ -11,6 +11,7 @@
 #include "kor/spin_system.h"
 #include "korlimits.h"
 #include "koroptseq.h"
+#include "modelfiles.h"
 #include "rfpulselib/start_pulse.h"
 #include "rfpulseparam.h"
 #include "rfwaveformfile.h"
@@ -291,6 +292,7 @@ void kormodel_offer_writeback_of_optimized_sector(int k) {
         return;
     std::printf("Updated selected sector waveform file:\n");
     std::printf("  %s\n", name);
+    tell_who_shares_the_waveform_file(k);
 }
 
 void KORModel_OptimizePreparedSequenceSectorInteractive() {

@@ -80,15 +80,6 @@ bool samples_are_finite(bool is_2d) {
     return l < 0;
 }
 
-/// Tells which other sectors of the sequence read the file just written for sector k.
-void tell_who_shares_the_file(int k) {
-    const RuntimeState& rt = g_runtime;
-    for (int other = 1; other <= rt.nos; ++other) {
-        if (other != k && rt.fnames[other][0] && platform_same_file(rt.fnames[other], rt.fnames[k]))
-            std::printf("Sector %d reads the same file.\n", other);
-    }
-}
-
 /// Asks for the file of sector k and has `write` write it to the path. `contents` names what is stored.
 template <typename Write> int write_sector_waveform(int k, bool is_2d, const char* contents, Write write) {
     char folder[KOR_PATH_SIZE], leaf[leaf_size], name[KOR_PATH_SIZE], path[KOR_PATH_SIZE];
@@ -119,7 +110,7 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
     }
     std::memcpy(stored, path, std::strlen(path) + 1);
     std::printf("Sector waveform file written to : %s\n", stored);
-    tell_who_shares_the_file(k);
+    tell_who_shares_the_waveform_file(k);
     return 1;
 }
 

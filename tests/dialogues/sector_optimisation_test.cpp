@@ -222,7 +222,8 @@ TEST(OptimizeSector, RunsFromTheStoredPulseAndWritesExactlyTheSamplesBack) {
                                "\nOptimization start density matrix:\n"),
               std::string::npos);
     EXPECT_EQ(after(console.out, ask_csv),
-              ask_csv + ask_write_back + "Updated selected sector waveform file:\n  pulse\n");
+              ask_csv + ask_write_back +
+                  "Updated selected sector waveform file:\n  pulse\nSector 2 reads the same file.\n");
     std::vector<double> samples(g_runtime.xb, g_runtime.xb + 64);
     samples.insert(samples.end(), g_runtime.yb, g_runtime.yb + 64);
     EXPECT_EQ(tree.read("pulse"), kor_test::bytes_of(samples));
@@ -390,6 +391,25 @@ TEST(OfferWriteback, MakesAFileThatIsNotThereYet) {
     const auto console = play_console("1\n", [] { kor::kormodel_offer_writeback_of_optimized_sector(1); });
     EXPECT_EQ(console.err, "");
     EXPECT_EQ(tree.read("pulse"), kor_test::bytes_of<double>({1.0, 2.0, 3.0, 4.0}));
+}
+
+TEST(OfferWriteback, TellsWhichOtherSectorsHaveChangedWithIt) {
+    const TempTree tree;
+    prepare_model();
+    tree.write("own", "another waveform");
+    g_runtime.nos = 5;
+    const std::string names[] = {"", "./pulse", "own", "pulse", "", tree.path("pulse")};
+    for (int k = 1; k <= 5; ++k)
+        set_text(g_runtime.fnames[k], sizeof g_runtime.fnames[k], names[k]);
+    g_runtime.ap = 1;
+    const auto write_back = [](int k, const std::string& choice) {
+        return play_console(choice, [k] { kor::kormodel_offer_writeback_of_optimized_sector(k); }).out;
+    };
+    const std::string updated = ask_write_back + "Updated selected sector waveform file:\n  ";
+    EXPECT_EQ(write_back(3, "1\n"),
+              updated + "pulse\nSector 1 reads the same file.\nSector 5 reads the same file.\n");
+    EXPECT_EQ(write_back(2, "1\n"), updated + "own\n");
+    EXPECT_EQ(write_back(3, "2\n"), ask_write_back);
 }
 
 struct Remark {
