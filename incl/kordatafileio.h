@@ -51,8 +51,9 @@ void AsciiIn(const int* count, double* values);
 void SGFileOut(const int* count, const double* values);
 void SGFileIn(const int* count, double* values);
 void SGXYFileOut(const int* ap, const double* x, double xmin, double xinc);
-/// Let the user choose layout and file, or cancel. Cancelling the input sets elements 0..*count-1 to 0.
+/// Lets the user choose layout and file, or cancel.
 void RealArrayOut(const int* count, const double* values);
-void RealArrayIn(const int* count, double* values);
+/// The same; cancelling sets elements 0..*count-1 to 0. Whether all of them were read from a file.
+bool RealArrayIn(const int* count, double* values);
 
 } // namespace kor

@@ -33,7 +33,7 @@ SPEAKS = re.compile(
     r"not found|not available|not supported|no current|no valid|no prepared|out of (range|supported)|outside|"
     r"too (many|few|long|large|small)|\bmust (be|lie|appear)|unsupported|truncated|incompatible|not allowed|unable|"
     r"warning|duplicate|malformed|required key|not written|not generated|does not exist|not opened|power of two|"
-    r"unexpectedly|No (spin system|sequence|pulse|\.kormodel|%c)|not (selected|fully)|only supports|supports only|skipped|"
+    r"unexpectedly|No (spin system|sequence|(RF )?pulse|\.kormodel|%c)|not (selected|fully)|only supports|supports only|skipped|"
     r"clamping|\bincomplete\b|has nevo|serve dimensions|Please enter|Allowed range|NO RF-PULSE", re.IGNORECASE)
 # Words of menus, prompts and names of files that are no failures.
 HARMLESS = re.compile(r"How many time-points|\(power of 2\)|Missing sectors : |^\S+\.bin$|^format_version: |^spin_system_file: ")

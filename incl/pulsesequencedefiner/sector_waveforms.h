@@ -10,10 +10,15 @@ namespace kor {
 /// Zeroes the five waveform arrays: what a pulse or gradient dialogue leaves undefined is no field, not the
 /// sector composed before.
 void clear_sector_waveform();
+/// What came of reading a pulse from disk.
+enum class PulseFromDisk {
+    defined,     // by one file at least
+    none,        // neither file gave a sample
+    input_ended, // for good
+};
 /// Reads the *ap samples of xb and yb (rad/s, 0-based) from two text files chosen at the console and
 /// multiplies both by a factor that is asked for. Both are cleared first; what a short file held is used.
-/// 1; 0 when the input has ended for good.
-int ReadBxByPulse(const int* ap, double* xb, double* yb);
+PulseFromDisk ReadBxByPulse(const int* ap, double* xb, double* yb);
 
 /// A name with a separator as it is, a bare name in the default RF output folder. 1, or 0 when the folder is
 /// unknown or the path does not fit.

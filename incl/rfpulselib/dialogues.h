@@ -5,6 +5,10 @@
 // samples (at most KOR_MAX_RF_POINTS: clamp_ap), *ti the time between them in seconds. A missing pointer
 // ends a routine at once; an answer that cannot be read ends it with the arrays as they were. A newline
 // follows every answer that was read.
+//
+// The definitions and shapes return whether a pulse was defined, be it of zero amplitude: false after a
+// missing pointer, a number that is on no menu, an answer that cannot be read, a sum to which nothing was
+// added.
 #pragma once
 
 namespace kor {
@@ -16,27 +20,27 @@ int scan_double_prompt(const char* prompt, double* out);
 
 /// Menu of eight hard pulses: 90 or 180 degrees about x, y, -x, -y. Sets *ti = 1e-5 s (a null ti is
 /// tolerated) and, after a valid choice, *ap = 1.
-void AMHardPulseDefinition(int* ap, double* ti, double* xb, double* yb);
+bool AMHardPulseDefinition(int* ap, double* ti, double* xb, double* yb);
 /// Menu of the four amplitude-modulated shapes, ampulseproc1..4.
-void AMPulseDefinition(const int* ap, const double* ti, double* xb, double* yb);
+bool AMPulseDefinition(const int* ap, const double* ti, double* xb, double* yb);
 /// Menu of the six frequency-modulated and 2D shapes, fmpulseproc1..6.
-void FMPulseDefinition(const int* ap, const double* ti, double* xb, double* yb);
+bool FMPulseDefinition(const int* ap, const double* ti, double* xb, double* yb);
 
-void ampulseproc1(const int* ap, const double* ti, double* xb, double* yb); // rectangular
-void ampulseproc2(const int* ap, const double* ti, double* xb, double* yb); // sinc-Gauss
-void ampulseproc3(const int* ap, const double* ti, double* xb, double* yb); // 2D Gauss
-void ampulseproc4(const int* ap, const double* ti, double* xb, double* yb); // 2D sinc, centred
+bool ampulseproc1(const int* ap, const double* ti, double* xb, double* yb); // rectangular
+bool ampulseproc2(const int* ap, const double* ti, double* xb, double* yb); // sinc-Gauss
+bool ampulseproc3(const int* ap, const double* ti, double* xb, double* yb); // 2D Gauss
+bool ampulseproc4(const int* ap, const double* ti, double* xb, double* yb); // 2D sinc, centred
 
-void fmpulseproc1(const int* ap, const double* ti, double* xb, double* yb); // 180 sech-tanh
-void fmpulseproc2(const int* ap, const double* ti, double* xb, double* yb); // 90 sech-tanh
-void fmpulseproc3(const int* ap, const double* ti, double* xb, double* yb); // 360 sech-tanh
-void fmpulseproc4(const int* ap, const double* ti, double* xb, double* yb); // 2D sinc off centre
+bool fmpulseproc1(const int* ap, const double* ti, double* xb, double* yb); // 180 sech-tanh
+bool fmpulseproc2(const int* ap, const double* ti, double* xb, double* yb); // 90 sech-tanh
+bool fmpulseproc3(const int* ap, const double* ti, double* xb, double* yb); // 360 sech-tanh
+bool fmpulseproc4(const int* ap, const double* ti, double* xb, double* yb); // 2D sinc off centre
 /// Sum of 2D sinc pulses, asked for one by one: xb and yb are cleared first. The work arrays keep the last
 /// pulse, so an addition whose prompts fail part-way adds that pulse again.
-void fmpulseproc5(const int* ap, const double* ti, double* xb, double* yb);
+bool fmpulseproc5(const int* ap, const double* ti, double* xb, double* yb);
 /// Sum of 2D sinc pulses from a text file, one line "a A B n dx dy x0 y0" per pulse: xb and yb are cleared
 /// first. Reading stops at the end of the file, at a line without eight numbers or at a pulse with a = 0.
 /// An open failure prints perror("fopen(parameter file)").
-void fmpulseproc6(const int* ap, const double* ti, double* xb, double* yb);
+bool fmpulseproc6(const int* ap, const double* ti, double* xb, double* yb);
 
 } // namespace kor

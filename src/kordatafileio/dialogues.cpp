@@ -152,14 +152,14 @@ void RealArrayOut(const int* count, const double* values) {
         dataio_last_status = DATAIO_OK;
 }
 
-void RealArrayIn(const int* count, double* values) {
+bool RealArrayIn(const int* count, double* values) {
     if (!count || !values) {
         dataio_last_status = DATAIO_ERR_NULLPTR;
-        return;
+        return false;
     }
     int choice = 0;
     if (!choose_layout("Read ASCII-file containing reals:", "Cancel file input", &choice))
-        return;
+        return false;
     if (choice == 1) {
         AsciiIn(count, values);
     } else if (choice == 2) {
@@ -168,7 +168,9 @@ void RealArrayIn(const int* count, double* values) {
         // Without a file the series is zero: the caller's array may hold another pulse.
         std::fill_n(values, std::max(*count, 0), 0.0);
         dataio_last_status = DATAIO_OK;
+        return false;
     }
+    return dataio_last_status == DATAIO_OK;
 }
 
 } // namespace kor

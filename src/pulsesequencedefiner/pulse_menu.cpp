@@ -33,7 +33,7 @@ void define_pulse(int choice) {
         AMPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
     else if (choice == FM_PULSE)
         FMPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
-    else if (!ReadBxByPulse(&rt.ap, rt.xb, rt.yb))
+    else if (ReadBxByPulse(&rt.ap, rt.xb, rt.yb) == PulseFromDisk::input_ended)
         return;
     rt.h = rt.ap < 1 ? 0.0 : rt.ti / rt.ap;
     mark_pulse_defined();

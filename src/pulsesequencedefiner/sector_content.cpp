@@ -1,5 +1,6 @@
 #include "pulsesequencedefiner/sector_content.h"
 
+#include "consoleutil.h"
 #include "kor/runtime_state.h"
 #include "pulsesequencedefiner/prompts.h"
 #include "pulsesequencedefiner/sector_waveforms.h"
@@ -50,6 +51,12 @@ int ask_time_grid(int k, bool warn) {
     return 1;
 }
 
+/// Without a usable answer there is no pulse; that is told, unless nobody is left to read it.
+void tell_whether_a_pulse_was_defined(bool defined) {
+    if (!defined && (!console_at_end() || console_resume_after_end()))
+        std::puts("No RF pulse was defined: this sector has no RF.");
+}
+
 void set_one_point() {
     g_runtime.ap = 1;
     g_runtime.ti = hard_pulse_step;
@@ -58,7 +65,7 @@ void set_one_point() {
 int define_hard_pulse(int k) {
     RuntimeState& rt = g_runtime;
     set_one_point();
-    AMHardPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
+    tell_whether_a_pulse_was_defined(AMHardPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb));
     rt.noti[k] = 1;
     rt.sectdur[k] = hard_pulse_step;
     return 1;
@@ -76,12 +83,18 @@ int define_shaped_pulse(int k, int content, bool warn) {
     RuntimeState& rt = g_runtime;
     if (!ask_time_grid(k, warn))
         return 0;
-    if (content == AM_PULSE)
-        AMPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
-    else if (content == GENERAL_PULSE)
-        FMPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
-    else
-        return ReadBxByPulse(&rt.ap, rt.xb, rt.yb);
+    bool defined = false;
+    if (content == AM_PULSE) {
+        defined = AMPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
+    } else if (content == GENERAL_PULSE) {
+        defined = FMPulseDefinition(&rt.ap, &rt.ti, rt.xb, rt.yb);
+    } else {
+        const PulseFromDisk pulse = ReadBxByPulse(&rt.ap, rt.xb, rt.yb);
+        if (pulse == PulseFromDisk::input_ended)
+            return 0;
+        defined = pulse == PulseFromDisk::defined;
+    }
+    tell_whether_a_pulse_was_defined(defined);
     return 1;
 }
 

@@ -114,9 +114,12 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
     return 1;
 }
 
-void read_component(const char* title, const int* ap, double* values) {
+/// Whether there is a component: read whole from a file, or what a short file held.
+bool read_component(const char* title, const int* ap, double* values) {
     std::puts(title);
-    RealArrayIn(ap, values);
+    if (RealArrayIn(ap, values))
+        return true;
+    return std::any_of(values, values + std::max(*ap, 0), [](double sample) { return sample != 0.0; });
 }
 
 } // namespace
@@ -127,22 +130,22 @@ void clear_sector_waveform() {
         std::fill_n(samples, KOR_MAX_RF_POINTS, 0.0);
 }
 
-int ReadBxByPulse(const int* ap, double* xb, double* yb) {
+PulseFromDisk ReadBxByPulse(const int* ap, double* xb, double* yb) {
     const int samples = std::max(*ap, 0);
     std::fill_n(xb, samples, 0.0);
     std::fill_n(yb, samples, 0.0);
     std::printf("\n\n");
-    read_component("File name Bx(t)", ap, xb);
-    read_component("File name By(t)", ap, yb);
+    const bool x_given = read_component("File name Bx(t)", ap, xb);
+    const bool y_given = read_component("File name By(t)", ap, yb);
     std::printf("\n\n");
     double factor = 1.0;
     if (!read_double_prompt("Multiplication factor : ", &factor))
-        return 0;
+        return PulseFromDisk::input_ended;
     for (int l = 0; l < samples; ++l) {
         xb[l] *= factor;
         yb[l] *= factor;
     }
-    return 1;
+    return x_given || y_given ? PulseFromDisk::defined : PulseFromDisk::none;
 }
 
 int ps_resolve_default_output_path(char* out, std::size_t cap, const char* name) {

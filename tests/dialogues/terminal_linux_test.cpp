@@ -222,6 +222,7 @@ TEST_F(ComposingPerson, NamesTheFileOfASectorWhoseHardPulseIsLeftOut) {
     answer("1\n", "Your choice [1..5] : ");
     answer("1\n", "Your choice is [1..8] : ");
     answer(CTRL_D, SHORT_NAME);
+    expect_shown("No RF pulse was defined: this sector has no RF.\r\n");
     answer("none\n", FILE_NAME);
     answer("\n", "Static offset frequency [Hz] : ");
     answer("0\n", NOTE);
@@ -229,6 +230,31 @@ TEST_F(ComposingPerson, NamesTheFileOfASectorWhoseHardPulseIsLeftOut) {
     expect_shown("  sequence sectors      : 1\r\n");
     expect_shown("Defined sectors : 1\r\n");
     EXPECT_EQ(bytes_written("none_2d_s01.bin"), 2 * sizeof(double));
+}
+
+TEST_F(ComposingPerson, IsToldOfAShapedPulseThatIsLeftOut) {
+    begin_a_spatial_sequence();
+    answer("1\n", SECTOR);
+    answer("1\n", "Your choice [1..5] : ");
+    answer("2\n", "Number of time intervals : ");
+    answer("4\n", "Total sector duration [ms] : ");
+    answer("1\n", "Your Choice is [1..4] : ");
+    answer("1\n", " pulse-phase (in degrees) : ");
+    answer("0\n", " pulse amplitude [Hz]     : ");
+    answer(CTRL_D, "Static offset frequency [Hz] : ");
+    expect_shown("No RF pulse was defined: this sector has no RF.\r\n");
+}
+
+TEST_F(ComposingPerson, IsToldOfAPulseFromDiskThatIsLeftOut) {
+    begin_a_spatial_sequence();
+    answer("1\n", SECTOR);
+    answer("1\n", "Your choice [1..5] : ");
+    answer("4\n", "Number of time intervals : ");
+    answer("4\n", "Total sector duration [ms] : ");
+    answer("1\n", "Your choice [1..3] : ");
+    answer(CTRL_D, "Multiplication factor : ");
+    answer("1\n", "Static offset frequency [Hz] : ");
+    expect_shown("No RF pulse was defined: this sector has no RF.\r\n");
 }
 
 TEST_F(ComposingPerson, NamesTheFileOfASectorWithoutAShortName) {

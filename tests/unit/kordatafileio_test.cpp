@@ -346,6 +346,27 @@ TEST(RealArrayIn, AMissingFileIsReported) {
     EXPECT_EQ(values, three);
 }
 
+TEST(RealArrayIn, ReturnsWhetherAFileHeldAllElements) {
+    TempTree tree;
+    tree.write("three.txt", "0\n0\n0\n");
+    tree.write("two.txt", "1\n2\n");
+    const std::pair<const char*, bool> sessions[] = {{"1\nthree.txt\n", true},
+                                                     {"1\ntwo.txt\n", false},
+                                                     {"1\nnowhere.txt\n", false},
+                                                     {"1\n", false},
+                                                     {"3\n", false},
+                                                     {"9\n", false},
+                                                     {"one\n", false},
+                                                     {"", false}};
+    for (const auto& [answers, whole] : sessions) {
+        std::vector<double> values = three;
+        const int count = 3;
+        bool read = !whole;
+        play_console(answers, [&] { read = RealArrayIn(&count, values.data()); });
+        EXPECT_EQ(read, whole) << answers;
+    }
+}
+
 TEST(RealArrayIn, MissingPointersAndNegativeCountsAreRefused) {
     const int count = 2, negative = -1;
     double values[2] = {5, 6};

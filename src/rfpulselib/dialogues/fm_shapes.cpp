@@ -64,63 +64,73 @@ bool wants_another_pulse() {
     return ask_choice("Your choice [1,2] : ", &choice) && choice == 1;
 }
 
-void add_pulses_of_file(std::FILE* file, int ap, double ti, double* xb, double* yb) {
+/// Whether the file held a pulse.
+bool add_pulses_of_file(std::FILE* file, int ap, double ti, double* xb, double* yb) {
     WorkPulse pulse(ap);
     if (!pulse.allocated())
-        return;
+        return false;
+    bool added = false;
     char line[KOR_PATH_SIZE];
     while (std::fgets(line, sizeof line, file)) {
         double a, A, B, n, dx, dy, x0, y0;
         const int numbers =
             std::sscanf(line, "%lf %lf %lf %lf %lf %lf %lf %lf", &a, &A, &B, &n, &dx, &dy, &x0, &y0);
         if (numbers != 8 || a == 0)
-            return;
+            return added;
         compute_2d_sinc_offcentre(ap, ti, a, A, B, n, dx, dy, x0, y0, pulse.xb.get(), pulse.yb.get());
         add_pulse(ap, pulse, xb, yb);
+        added = true;
     }
+    return added;
 }
 
 } // namespace
 
-void fmpulseproc1(const int* ap, const double* ti, double* xb, double* yb) {
+bool fmpulseproc1(const int* ap, const double* ti, double* xb, double* yb) {
     if (!ap || !ti || !xb || !yb)
-        return;
+        return false;
     std::printf(" 180 degree FM sech-tanh pulse (-T,T) :\n\n"
                 " x  : w*sech(b*t)*cos(2*pi*u*ln(sech(bt)))\n"
                 " y  : w*sech(b*t)*sin(2*pi*u*ln(sech(bt)))\n");
     SechTanhParameters p;
-    if (ask_sech_tanh(&p))
-        sech_tanh_180_waveform(*ap, *ti, p.phase, p.w, p.b, p.u, xb, yb);
+    if (!ask_sech_tanh(&p))
+        return false;
+    sech_tanh_180_waveform(*ap, *ti, p.phase, p.w, p.b, p.u, xb, yb);
+    return true;
 }
 
-void fmpulseproc2(const int* ap, const double* ti, double* xb, double* yb) {
+bool fmpulseproc2(const int* ap, const double* ti, double* xb, double* yb) {
     if (!ap || !ti || !xb || !yb)
-        return;
+        return false;
     std::printf(" 90 degree FM sech-tanh pulse (-T,0) :\n\n"
                 " x : w*sech(b*t)*cos(2*pi*u*ln(sech(bt)))\n"
                 " y : w*sech(b*t)*sin(2*pi*u*ln(sech(bt)))\n");
     SechTanhParameters p;
-    if (ask_sech_tanh(&p))
-        sech_tanh_90_waveform(*ap, *ti, p.phase, p.w, p.b, p.u, xb, yb);
+    if (!ask_sech_tanh(&p))
+        return false;
+    sech_tanh_90_waveform(*ap, *ti, p.phase, p.w, p.b, p.u, xb, yb);
+    return true;
 }
 
-void fmpulseproc3(const int* ap, const double* ti, double* xb, double* yb) {
+bool fmpulseproc3(const int* ap, const double* ti, double* xb, double* yb) {
     if (!ap || !ti || !xb || !yb)
-        return;
+        return false;
     std::printf(" 360 degree FM sech-tanh pulse 2*(-T,T) :\n\n"
                 " x  : w*sech(b*t)*cos(2*pi*u*ln(sech(bt)))\n"
                 " y  : w*sech(b*t)*sin(2*pi*u*ln(sech(bt)))\n\n");
     double phase = 0, w = 0, b = 0, u = 0;
-    if (ask_numbers({{" pulse-phase (in degrees)  : ", &phase},
-                     {" w                    [Hz] : ", &w},
-                     {" b (damping constant)      : ", &b},
-                     {" u (selectivity constant)  : ", &u}}))
-        sech_tanh_360_waveform(*ap, *ti, phase, w, b, u, xb, yb);
+    if (!ask_numbers({{" pulse-phase (in degrees)  : ", &phase},
+                      {" w                    [Hz] : ", &w},
+                      {" b (damping constant)      : ", &b},
+                      {" u (selectivity constant)  : ", &u}}))
+        return false;
+    sech_tanh_360_waveform(*ap, *ti, phase, w, b, u, xb, yb);
+    return true;
 }
 
-void fmpulseproc4(const int* ap, const double* ti, double* xb, double* yb) {
+bool fmpulseproc4(const int* ap, const double* ti, double* xb, double* yb) {
     if (!ap || !ti || !xb || !yb)
-        return;
+        return false;
     std::printf("A 2D sinc pulse which excites a rectangular area\n"
                 "with a shifted centre from (0,0) to (x0,y0)\n\n"
                 "b1(t) = (a.A/T)*sinc(kx(t).dx/2)*sinc(ky(t).dy/2)\n"
@@ -129,49 +139,54 @@ void fmpulseproc4(const int* ap, const double* ti, double* xb, double* yb) {
                 "kx(t) = B*(1-(t/T))*cos(2*pi*n*t/T)\n"
                 "ky(t) = B*(1-(t/T))*sin(2*pi*n*t/T)\n\n");
     double a = 0, A = 0, B = 0, n = 0, dx = 0, dy = 0, x0 = 0, y0 = 0;
-    if (ask_numbers({{"a     : ", &a},
-                     {"A     : ", &A},
-                     {"B     : ", &B},
-                     {"n     : ", &n},
-                     {"dx    : ", &dx},
-                     {"dy    : ", &dy},
-                     {"x0    : ", &x0},
-                     {"y0    : ", &y0}}))
-        compute_2d_sinc_offcentre(*ap, *ti, a, A, B, n, dx, dy, x0, y0, xb, yb);
+    if (!ask_numbers({{"a     : ", &a},
+                      {"A     : ", &A},
+                      {"B     : ", &B},
+                      {"n     : ", &n},
+                      {"dx    : ", &dx},
+                      {"dy    : ", &dy},
+                      {"x0    : ", &x0},
+                      {"y0    : ", &y0}}))
+        return false;
+    compute_2d_sinc_offcentre(*ap, *ti, a, A, B, n, dx, dy, x0, y0, xb, yb);
+    return true;
 }
 
-void fmpulseproc5(const int* ap, const double* ti, double* xb, double* yb) {
+bool fmpulseproc5(const int* ap, const double* ti, double* xb, double* yb) {
     if (!ap || !ti || !xb || !yb)
-        return;
+        return false;
     print_sum_banner("");
     clear_waveform(*ap, xb, yb);
     WorkPulse pulse(*ap);
     if (!pulse.allocated())
-        return;
+        return false;
+    bool defined = false;
     while (wants_another_pulse()) {
-        fmpulseproc4(ap, ti, pulse.xb.get(), pulse.yb.get());
+        defined = fmpulseproc4(ap, ti, pulse.xb.get(), pulse.yb.get()) || defined;
         add_pulse(*ap, pulse, xb, yb);
     }
+    return defined;
 }
 
-void fmpulseproc6(const int* ap, const double* ti, double* xb, double* yb) {
+bool fmpulseproc6(const int* ap, const double* ti, double* xb, double* yb) {
     if (!ap || !ti || !xb || !yb)
-        return;
+        return false;
     print_sum_banner("** using pulse parameters read from a text file             **\n");
     clear_waveform(*ap, xb, yb);
     char name[KOR_FILE_NAME_SIZE];
     if (!scan_string("Pulse parameter file name: ", name, sizeof name))
-        return;
+        return false;
     std::printf("\n");
     std::FILE* file = platform_open(name, "r");
     if (!file) {
         std::perror("fopen(parameter file)");
-        return;
+        return false;
     }
-    add_pulses_of_file(file, *ap, *ti, xb, yb);
+    const bool defined = add_pulses_of_file(file, *ap, *ti, xb, yb);
     if (std::ferror(file))
         std::perror(name);
     std::fclose(file);
+    return defined;
 }
 
 } // namespace kor

@@ -71,6 +71,16 @@ TEST(Define2DSeqSector, HardPulse) {
     EXPECT_EQ(unread_answers(), "left\n");
 }
 
+TEST(Define2DSeqSector, AHardPulseThatIsOnNoMenuIsNoPulseAndTold) {
+    TempTree tree;
+    fresh_state_with_short_name();
+    EXPECT_EQ(define_nmr_sector("1\n1\n9\n./a.bin\n0\n\n").out,
+              header(1) + CONTENT_MENU + HARD_PULSE_MENU +
+                  "No RF pulse was defined: this sector has no RF.\n" +
+                  nmr_file_dialogue("lac_2d_s01.bin", "./a.bin"));
+    EXPECT_EQ(waveform_blocks(tree, "a.bin", 1, 2), Blocks(2, {0.0}));
+}
+
 TEST(Define2DSeqSector, SaysThatANoteWithANumberSignCannotBeSaved) {
     TempTree tree;
     fresh_state_with_short_name();

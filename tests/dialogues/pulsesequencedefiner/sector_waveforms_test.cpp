@@ -38,7 +38,7 @@ void prepare_waveform() {
 
 struct BxBy {
     std::string out, err;
-    int read = -1;
+    PulseFromDisk read = PulseFromDisk::input_ended;
     std::vector<double> xb, yb;
 };
 
@@ -62,7 +62,7 @@ TEST(ReadBxByPulse, ReadsBothComponentsAndScalesThem) {
     const BxBy pulse = read_bx_by("1\nbx.txt\n2\nby.sg\n2.5\nleft\n", 3);
     EXPECT_EQ(pulse.out, "\n\nFile name Bx(t)\n" + input_menu + ascii_prompt + "File name By(t)\n" +
                              input_menu + sg_prompt + "\n\nMultiplication factor : ");
-    EXPECT_EQ(pulse.read, 1);
+    EXPECT_EQ(pulse.read, PulseFromDisk::defined);
     EXPECT_EQ(pulse.xb, (std::vector<double>{2.5, 5, 7.5, 9}));
     EXPECT_EQ(pulse.yb, (std::vector<double>{-2.5, -5, -7.5, 9}));
     EXPECT_EQ(unread_answers(), "left\n");
@@ -72,6 +72,7 @@ TEST(ReadBxByPulse, WhatAShortFileHeldIsUsedAndTheRestIsZero) {
     TempTree tree;
     tree.write("bx.txt", "1\n2\n");
     const BxBy pulse = read_bx_by("1\nbx.txt\n1\nnowhere.txt\n10\n", 4);
+    EXPECT_EQ(pulse.read, PulseFromDisk::defined);
     EXPECT_EQ(pulse.xb, (std::vector<double>{10, 20, 0, 0}));
     EXPECT_EQ(pulse.yb, (std::vector<double>{0, 0, 0, 0}));
     EXPECT_NE(pulse.err.find("fscanf: "), std::string::npos);
@@ -80,6 +81,7 @@ TEST(ReadBxByPulse, WhatAShortFileHeldIsUsedAndTheRestIsZero) {
 
 TEST(ReadBxByPulse, CancelledComponentsAreZeroAndTheFactorIsStillAsked) {
     const BxBy pulse = read_bx_by("3\n3\n7\n", 2);
+    EXPECT_EQ(pulse.read, PulseFromDisk::none);
     EXPECT_EQ(pulse.out, "\n\nFile name Bx(t)\n" + input_menu + "File name By(t)\n" + input_menu +
                              "\n\nMultiplication factor : ");
     EXPECT_EQ(pulse.xb, (std::vector<double>{0, 0, 9, 9}));
@@ -88,8 +90,18 @@ TEST(ReadBxByPulse, CancelledComponentsAreZeroAndTheFactorIsStillAsked) {
 
 TEST(ReadBxByPulse, ABadMenuAnswerDoesNotBecomeTheFactor) {
     const BxBy pulse = read_bx_by("what 5\n3\n7\n", 1);
-    EXPECT_EQ(pulse.read, 1);
+    EXPECT_EQ(pulse.read, PulseFromDisk::none);
     EXPECT_EQ(unread_answers(), "");
+}
+
+TEST(ReadBxByPulse, IsAPulseWithOneFileOfTheTwo) {
+    TempTree tree;
+    tree.write("b.txt", "0\n0\n");
+    tree.write("word.txt", "b\n");
+    using enum PulseFromDisk;
+    EXPECT_EQ(read_bx_by("1\nb.txt\n3\n7\n", 2).read, defined);
+    EXPECT_EQ(read_bx_by("x\n1\nb.txt\n7\n", 2).read, defined);
+    EXPECT_EQ(read_bx_by("1\nnowhere.txt\n1\nword.txt\n7\n", 2).read, none);
 }
 
 TEST(ReadBxByPulse, NoSamplesReadNothing) {
@@ -97,14 +109,14 @@ TEST(ReadBxByPulse, NoSamplesReadNothing) {
     tree.write("bx.txt", "1\n");
     for (int ap : {0, -3}) {
         const BxBy pulse = read_bx_by("1\nbx.txt\n1\nbx.txt\n2\n", ap);
-        EXPECT_EQ(pulse.read, 1);
+        EXPECT_EQ(pulse.read, ap == 0 ? PulseFromDisk::defined : PulseFromDisk::none);
         EXPECT_EQ(pulse.xb, std::vector<double>(4, 9.0));
     }
 }
 
 TEST(ReadBxByPulse, AnEndedInputIsTold) {
     for (const char* answers : {"", "3\n", "3\n3\n", "3\n3\nx\n"})
-        EXPECT_EQ(read_bx_by(answers, 2).read, 0) << answers;
+        EXPECT_EQ(read_bx_by(answers, 2).read, PulseFromDisk::input_ended) << answers;
 }
 
 TEST(ResolveDefaultOutputPath, OnlyBareNamesGoToTheOutputFolder) {

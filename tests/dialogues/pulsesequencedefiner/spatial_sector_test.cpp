@@ -15,6 +15,8 @@ namespace {
 
 using Blocks = std::vector<std::vector<double>>;
 
+const std::string no_pulse = "No RF pulse was defined: this sector has no RF.\n";
+
 /// Defines sector 1 and returns what was printed.
 ConsoleOutput define_spatial_sector(const std::string& answers, int k = 1) {
     return play_console(answers, [k] { EXPECT_EQ(DefineSeqSector(k), 1); });
@@ -58,11 +60,14 @@ TEST(DefineSeqSector, NinetyXHardPulseWithATwoKilohertzGradientIsFiveNumbers) {
     EXPECT_EQ(blocks[4][0], 0);
 }
 
-TEST(DefineSeqSector, AnUnknownHardPulseIsNoPulse) {
+TEST(DefineSeqSector, AnUnknownHardPulseIsNoPulseAndTold) {
     TempTree tree;
     fresh_state_with_short_name();
     g_runtime.xb[0] = g_runtime.yb[0] = 5;
-    define_spatial_sector("1\n9\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+    const ConsoleOutput printed = define_spatial_sector("1\n9\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
+    EXPECT_EQ(printed.out, sector_header("Spatial", 1) + CONTENT_MENU + HARD_PULSE_MENU + no_pulse +
+                               "Static offset frequency [Hz] : " + constant_gradient_dialogues() +
+                               spatial_file_dialogue("lac_s01.bin", "./a.bin"));
     EXPECT_EQ(waveform_blocks(tree, "a.bin", 1, 5), Blocks(5, {0.0}));
     EXPECT_EQ(g_runtime.noti[1], 1);
     EXPECT_EQ(g_runtime.sectdur[1], 1e-5);
@@ -205,12 +210,55 @@ TEST(DefineSeqSector, NoIntervalsMakeAnEmptyFile) {
     }
 }
 
-TEST(DefineSeqSector, AnAbandonedPulseIsNoPulse) {
+TEST(DefineSeqSector, AnAbandonedPulseIsNoPulseAndTold) {
+    const struct {
+        const char *answers, *question;
+    } pulses[] = {
+        {"1\nx\n", "Your choice is [1..8] : "},
+        {"2\n3\n1\n5\n", "Your Choice is [1..4] : \n"},
+        {"2\n3\n1\n1\nninety\n", " pulse-phase (in degrees) : "},
+        {"2\n3\n1\n1\n90\nstrong\n", " pulse amplitude [Hz]     : "},
+        {"3\n3\n1\n0\n", "Your choice is [1..6] : \n"},
+        {"3\n3\n1\n1\n0\n500\nnone\n", " b (damping constant)     : "},
+        {"3\n3\n1\n5\n2\n", "Your choice [1,2] : \n"},
+        {"3\n3\n1\n6\nnowhere.txt\n", "Pulse parameter file name: \n"},
+        {"4\n3\n1\nx\n9\n2\n", "Multiplication factor : "},
+    };
+    for (const auto& pulse : pulses) {
+        TempTree tree;
+        fresh_state_with_short_name();
+        g_runtime.xb[1] = g_runtime.yb[1] = 5;
+        const std::string out =
+            define_spatial_sector(pulse.answers + ("0\n" + NO_GRADIENTS) + "./a.bin\n\n").out;
+        EXPECT_NE(out.find(pulse.question + no_pulse + "Static offset frequency [Hz] : "), std::string::npos)
+            << out;
+        const std::vector<double> zero(static_cast<std::size_t>(g_runtime.noti[1]), 0.0);
+        EXPECT_EQ(waveform_blocks(tree, "a.bin", g_runtime.noti[1], 5), Blocks(5, zero));
+    }
+}
+
+TEST(DefineSeqSector, APulseOfNoAmplitudeMayBeMeant) {
     TempTree tree;
+    tree.write("zero.txt", "0\n0\n0\n");
+    for (const char* pulse : {"2\n3\n1\n1\n90\n0\n", "3\n3\n1\n1\n0\n0\n100\n1\n",
+                              "4\n3\n1\n1\nzero.txt\n3\n1\n", "4\n3\n1\n3\n1\nzero.txt\n1\n"}) {
+        fresh_state_with_short_name();
+        const std::string out = define_spatial_sector(pulse + ("0\n" + NO_GRADIENTS) + "./a.bin\n\n").out;
+        EXPECT_EQ(out.find("No RF pulse"), std::string::npos) << out;
+        const Blocks blocks = waveform_blocks(tree, "a.bin", 3, 5);
+        for (int block : {0, 1})
+            for (double sample : blocks[block])
+                EXPECT_EQ(sample, 0.0) << pulse;
+    }
+}
+
+TEST(DefineSeqSector, AnInputThatHasEndedForGoodIsToldNothingOfThePulse) {
     fresh_state_with_short_name();
-    g_runtime.xb[1] = g_runtime.yb[1] = 5;
-    define_spatial_sector("2\n3\n1\n1\nninety\n0\n" + NO_GRADIENTS + "./a.bin\n\n");
-    EXPECT_EQ(waveform_blocks(tree, "a.bin", 3, 5), Blocks(5, std::vector<double>(3, 0.0)));
+    for (const char* answers :
+         {"1\n", "1\nx", "2\n3\n1\n", "2\n3\n1\n1\n90\n", "3\n3\n1\n5\n", "4\n3\n1\n"}) {
+        const ConsoleOutput printed = play_console(answers, [] { EXPECT_EQ(DefineSeqSector(1), 0); });
+        EXPECT_EQ(printed.out.find("No RF pulse"), std::string::npos) << answers;
+    }
 }
 
 // A Gaussian of no duration divides by it; sech(b t) of so large a b has no logarithm left.

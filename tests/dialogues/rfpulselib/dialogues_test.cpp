@@ -49,9 +49,10 @@ const std::string sinc_2d_banner = "A 2D sinc pulse which excites a rectangular 
 const std::string sinc_2d_prompts = "a     : \nA     : \nB     : \nn     : \n"
                                     "dx    : \ndy    : \nx0    : \ny0    : \n";
 
-using Definition = void (*)(const int*, const double*, double*, double*);
+using Definition = bool (*)(const int*, const double*, double*, double*);
 
 struct Asked {
+    bool defined = false;
     std::string out, err, unread;
     std::vector<double> xb, yb; // one sample more than asked for
     Field operator[](int j) const { return {xb[j], yb[j]}; }
@@ -61,8 +62,8 @@ Asked ask_pulse(Definition definition, const std::string& answers, int ap, doubl
     Asked asked;
     asked.xb.assign(ap + 1, UNTOUCHED);
     asked.yb.assign(ap + 1, UNTOUCHED);
-    const ConsoleOutput printed =
-        play_console(answers, [&] { definition(&ap, &ti, asked.xb.data(), asked.yb.data()); });
+    const ConsoleOutput printed = play_console(
+        answers, [&] { asked.defined = definition(&ap, &ti, asked.xb.data(), asked.yb.data()); });
     asked.out = printed.out;
     asked.err = printed.err;
     asked.unread = unread_answers();
@@ -92,7 +93,8 @@ TEST(AMHardPulseDefinition, EightChoicesAreTwoAnglesAboutFourAxes) {
         int ap = 99;
         double ti = 3, xb[2] = {UNTOUCHED, UNTOUCHED}, yb[2] = {UNTOUCHED, UNTOUCHED};
         const std::string answer = std::to_string(choice) + "\n";
-        const ConsoleOutput printed = play_console(answer, [&] { AMHardPulseDefinition(&ap, &ti, xb, yb); });
+        const ConsoleOutput printed =
+            play_console(answer, [&] { EXPECT_TRUE(AMHardPulseDefinition(&ap, &ti, xb, yb)); });
         EXPECT_EQ(printed.out, hard_menu + "\n");
         EXPECT_EQ(ap, 1);
         EXPECT_EQ(ti, 1e-5);
@@ -108,7 +110,7 @@ TEST(AMHardPulseDefinition, OtherAnswersSetTheStepOnly) {
     for (const char* answer : {"0\n", "9\n", "-1\n", "x\n", ""}) {
         int ap = 99;
         double ti = 3, xb[1] = {UNTOUCHED}, yb[1] = {UNTOUCHED};
-        play_console(answer, [&] { AMHardPulseDefinition(&ap, &ti, xb, yb); });
+        play_console(answer, [&] { EXPECT_FALSE(AMHardPulseDefinition(&ap, &ti, xb, yb)); });
         EXPECT_EQ(ap, 99);
         EXPECT_EQ(ti, 1e-5);
         EXPECT_EQ(xb[0], UNTOUCHED);
@@ -118,7 +120,7 @@ TEST(AMHardPulseDefinition, OtherAnswersSetTheStepOnly) {
 TEST(AMHardPulseDefinition, TheStepMayBeMissing) {
     int ap = 99;
     double xb[1], yb[1];
-    play_console("6\n", [&] { AMHardPulseDefinition(&ap, nullptr, xb, yb); });
+    play_console("6\n", [&] { EXPECT_TRUE(AMHardPulseDefinition(&ap, nullptr, xb, yb)); });
     EXPECT_EQ(ap, 1);
     EXPECT_NEAR(xb[0], 0, 1e-10);
     EXPECT_DOUBLE_EQ(yb[0], 100000 * PI);
@@ -325,6 +327,49 @@ TEST(PulseMenus, AnyUnreadableParameterLeavesTheArraysAndIsUsedUp) {
     }
 }
 
+TEST(PulseMenus, TellWhetherAPulseWasDefined) {
+    TempTree tree;
+    tree.write("pulse.txt", "1 1 1 1 1 1 0 0\n");
+    tree.write("none.txt", "0 1 1 1 1 1 0 0\n");
+    const struct {
+        Definition definition;
+        std::string answers;
+        bool defined;
+    } dialogues[] = {
+        {AMPulseDefinition, "1\n0\n0\n", true},
+        {AMPulseDefinition, "1\n0\nx\n", false},
+        {AMPulseDefinition, "2\n0\n1\n1\n1\n", true},
+        {AMPulseDefinition, "2\n0\n1\n1\nx\n", false},
+        {AMPulseDefinition, "3\n1\n1\n1\n1\n", true},
+        {AMPulseDefinition, "3\n1\n1\n1\nx\n", false},
+        {AMPulseDefinition, "4\n1\n1\n1\n1\n1\n1\n", true},
+        {AMPulseDefinition, "4\n1\n1\n1\n1\n1\nx\n", false},
+        {AMPulseDefinition, "5\n", false},
+        {AMPulseDefinition, "x\n", false},
+        {FMPulseDefinition, "1\n0\n1\n1\n1\n", true},
+        {FMPulseDefinition, "1\n0\n1\n1\nx\n", false},
+        {FMPulseDefinition, "2\n0\n1\n1\n1\n", true},
+        {FMPulseDefinition, "2\n0\n1\n1\nx\n", false},
+        {FMPulseDefinition, "3\n0\n1\n1\n1\n", true},
+        {FMPulseDefinition, "3\n0\n1\n1\nx\n", false},
+        {FMPulseDefinition, "4\n1\n1\n1\n1\n1\n1\n0\n0\n", true},
+        {FMPulseDefinition, "4\n1\n1\n1\n1\n1\n1\n0\nx\n", false},
+        {FMPulseDefinition, "5\n1\n1\n1\n1\n1\n1\n1\n0\n0\n2\n", true},
+        {FMPulseDefinition, "5\n1\n1\n1\n1\n1\n1\n1\n0\n0\n1\nx\n2\n", true},
+        {FMPulseDefinition, "5\n1\nx\n2\n", false},
+        {FMPulseDefinition, "5\n2\n", false},
+        {FMPulseDefinition, "6\npulse.txt\n", true},
+        {FMPulseDefinition, "6\nnone.txt\n", false},
+        {FMPulseDefinition, "6\nnowhere.txt\n", false},
+        {FMPulseDefinition, "6\n", false},
+        {FMPulseDefinition, "0\n", false},
+        {FMPulseDefinition, "", false},
+    };
+    for (const auto& dialogue : dialogues)
+        EXPECT_EQ(ask_pulse(dialogue.definition, dialogue.answers, 4, 1e-3).defined, dialogue.defined)
+            << dialogue.answers;
+}
+
 TEST(PulseMenus, MissingPointersAskNothing) {
     const int ap = 1;
     const double ti = 1e-3;
@@ -333,16 +378,16 @@ TEST(PulseMenus, MissingPointersAskNothing) {
         for (const auto shape :
              {ampulseproc1, ampulseproc2, ampulseproc3, ampulseproc4, fmpulseproc1, fmpulseproc2,
               fmpulseproc3, fmpulseproc4, fmpulseproc5, fmpulseproc6, AMPulseDefinition, FMPulseDefinition}) {
-            shape(nullptr, &ti, b, b);
-            shape(&ap, nullptr, b, b);
-            shape(&ap, &ti, nullptr, b);
-            shape(&ap, &ti, b, nullptr);
+            EXPECT_FALSE(shape(nullptr, &ti, b, b));
+            EXPECT_FALSE(shape(&ap, nullptr, b, b));
+            EXPECT_FALSE(shape(&ap, &ti, nullptr, b));
+            EXPECT_FALSE(shape(&ap, &ti, b, nullptr));
         }
         int hard_ap = 5;
         double step = 7;
-        AMHardPulseDefinition(nullptr, &step, b, b);
-        AMHardPulseDefinition(&hard_ap, &step, nullptr, b);
-        AMHardPulseDefinition(&hard_ap, &step, b, nullptr);
+        EXPECT_FALSE(AMHardPulseDefinition(nullptr, &step, b, b));
+        EXPECT_FALSE(AMHardPulseDefinition(&hard_ap, &step, nullptr, b));
+        EXPECT_FALSE(AMHardPulseDefinition(&hard_ap, &step, b, nullptr));
         EXPECT_EQ(hard_ap, 5);
         EXPECT_EQ(step, 7);
     });
