@@ -26,12 +26,21 @@ void MakeGradientOperator();
 /// the spins' operators, 1 each spin's operator scaled to unit Frobenius norm first.
 void make_transverse_totals(int norm);
 void make_all_totals(int norm);
+/// No spins: Nspins, n and spinsystemdefined 0, Ilist empty. What a refused definition left behind would be
+/// simulated as if it had been accepted.
+void forget_spins();
+/// Whether the basis and operators are those of the current definition. The composer's prompts redefine the
+/// spins without building them.
+bool basis_is_current();
+/// Number of spins of the basis last built, 0 when there is none: Nspins, unless the spins were redefined
+/// since.
+int spins_of_basis();
 /// The whole spin system from the definition: Nspins clamped to 1..8, Ilist from quantnum (a negative
 /// value counts as 0), n, ket, all operators, and the flags spinsystemdefined, rfpulsedefined and
 /// offsetsdefined set. Couplings come from jc when any entry of it is nonzero, else from
 /// couplings[1..Jcount]; jc holds the couplings used afterwards. Jexact 1 keeps the Iz Iz terms only; one
 /// spin has no couplings. Prints the definition unless the quiet mode is on. A definition of more than
-/// KOR_MAX_STATES states is refused on standard error: n and spinsystemdefined are then 0.
+/// KOR_MAX_STATES states is refused on standard error and forgotten (forget_spins).
 void BuildSpinSystemFromPulseSequenceGlobals();
 /// The same, by the name that other modules call.
 void KOR_RebuildSpinSystemFromPulseSequenceGlobals();

@@ -5,6 +5,7 @@
 #include "kor/expectation_values.h"
 #include "kor/product_operator_dialogues.h"
 #include "kor/runtime_state.h"
+#include "kor/spin_system.h"
 #include "kordatafileio.h"
 #include "korplatform.h"
 #include "modelfiles.h"
@@ -70,6 +71,12 @@ bool open_density(Density* density) {
                      KOR_MAX_STATES);
         return false;
     }
+    if (density->n != g_runtime.n)
+        std::fprintf(
+            stderr,
+            "ExpValNDensMat: warning: the matrices of %s have dimension %d, those of the spin system %d: "
+            "no operator of this system fits\n",
+            density_file_name, density->n, g_runtime.n);
     return true;
 }
 
@@ -125,7 +132,7 @@ bool write_output(const Density& density, const CMatrix& op, const Output& outpu
 void run_dialogue(const Density& density) {
     static CMatrix op;
     static Output output;
-    ExpectationOperator(density.n, g_runtime.Nspins, g_runtime.Ilist, g_runtime.ket, op);
+    ExpectationOperator(density.n, spins_of_basis(), g_runtime.Ilist, g_runtime.ket, op);
     const Answer answer = ask_output(&output);
     if (answer == Answer::no_name)
         return;

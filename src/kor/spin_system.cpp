@@ -57,11 +57,13 @@ bool define_basis_size() {
     for (int s = 1; s <= rt.Nspins; ++s)
         rt.Ilist[s] = std::max(rt.quantnum[s], 0);
     rt.n = infer_nstates(rt.Ilist, rt.Nspins);
-    rt.spinsystemdefined = rt.n > 0;
-    if (!rt.spinsystemdefined)
+    if (rt.n == 0) {
         std::fprintf(stderr,
                      "The spin system has more states than the %d that can be simulated: define it again.\n",
                      KOR_MAX_STATES);
+        forget_spins();
+    }
+    rt.spinsystemdefined = rt.n > 0;
     return rt.spinsystemdefined;
 }
 
@@ -139,14 +141,35 @@ void MakeGradientOperator() {
 
 void make_transverse_totals(int norm) {
     RuntimeState& rt = g_runtime;
-    MakeTotalIx(rt.n, rt.Nspins, rt.ket, rt.Ilist, norm, rt.Ixtot);
-    MakeTotalIy(rt.n, rt.Nspins, rt.ket, rt.Ilist, norm, rt.Iytot);
+    const int spins = spins_of_basis();
+    MakeTotalIx(rt.n, spins, rt.ket, rt.Ilist, norm, rt.Ixtot);
+    MakeTotalIy(rt.n, spins, rt.ket, rt.Ilist, norm, rt.Iytot);
 }
 
 void make_all_totals(int norm) {
     RuntimeState& rt = g_runtime;
     make_transverse_totals(norm);
-    MakeTotalIz(rt.n, rt.Nspins, rt.ket, rt.Ilist, norm, rt.Iztot);
+    MakeTotalIz(rt.n, spins_of_basis(), rt.ket, rt.Ilist, norm, rt.Iztot);
+}
+
+void forget_spins() {
+    RuntimeState& rt = g_runtime;
+    rt.Nspins = 0;
+    rt.n = 0;
+    rt.spinsystemdefined = 0;
+    std::fill(rt.Ilist + 1, rt.Ilist + KOR_MAX_SPINS + 1, 0);
+}
+
+bool basis_is_current() {
+    const RuntimeState& rt = g_runtime;
+    bool same = rt.spinsystemdefined && rt.n == infer_nstates(rt.Ilist, rt.Nspins);
+    for (int s = 1; s <= rt.Nspins; ++s)
+        same = same && rt.Ilist[s] == std::max(rt.quantnum[s], 0);
+    return same;
+}
+
+int spins_of_basis() {
+    return basis_is_current() ? g_runtime.Nspins : infer_nspins(g_runtime.Ilist);
 }
 
 void BuildSpinSystemFromPulseSequenceGlobals() {

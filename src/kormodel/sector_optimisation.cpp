@@ -119,15 +119,6 @@ int ask_objective_mode(int* mode) {
     return 1;
 }
 
-/// Whether the basis is that of the spins as they are defined.
-bool basis_is_current() {
-    const RuntimeState& rt = g_runtime;
-    bool same = rt.spinsystemdefined && rt.n == infer_nstates(rt.Ilist, rt.Nspins);
-    for (int s = 1; s <= rt.Nspins; ++s)
-        same = same && rt.Ilist[s] == std::max(rt.quantnum[s], 0);
-    return same;
-}
-
 /// The composer redefines the spins without building their basis, in which the target is to be written.
 /// False when they have too many states. The build that prepares the sector is to find the couplings that it
 /// would find without this one, which would replace them.

@@ -137,6 +137,7 @@ void SetupSpins() {
         std::fprintf(stderr,
                      "SetupSpins: resulting dimension n=%d out of supported range (1..MATRIXMATH_DIM)\n",
                      rt.n);
+        forget_spins();
         return;
     }
     MakeKets(rt.ket, rt.Ilist);

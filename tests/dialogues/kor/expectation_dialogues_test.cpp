@@ -66,6 +66,18 @@ TEST(ExpValNDensMat, RefusesDimensionsThatNoMatrixHas) {
     }
 }
 
+TEST(ExpValNDensMat, SaysThatTheStatesAreOfAnotherSystem) {
+    TempTree tree;
+    define_spins({0.0});
+    tree.write("dm.bin", density_file(0, 4, 1, {DenseMatrix(16)}));
+    const ConsoleOutput printed = ask(choose_ix + "1\ntable.txt\n\n");
+    EXPECT_EQ(printed.err,
+              "ExpValNDensMat: warning: the matrices of dm.bin have dimension 4, those of the spin "
+              "system 2: no operator of this system fits\n");
+    EXPECT_EQ(behind_operator(printed),
+              create_menu + "Output text file name : Done. Press <Enter> to continue");
+}
+
 TEST(ExpValNDensMat, WritesATableOfNumbersRealAndImaginaryParts) {
     TempTree tree;
     prepare(tree, {0.0, 0.0});

@@ -146,6 +146,9 @@ TEST(SetupSpins, ANegativeQuantumNumberIsRefused) {
               "SetupSpins: resulting dimension n=0 out of supported range (1..MATRIXMATH_DIM)\n");
     EXPECT_EQ(g_runtime.spinsystemdefined, 0);
     EXPECT_EQ(g_runtime.n, 0);
+    EXPECT_EQ(g_runtime.Nspins, 0) << "no run takes it for a definition";
+    EXPECT_EQ(g_runtime.Ilist[1], 0);
+    EXPECT_EQ(g_runtime.Ilist[2], 0);
 }
 
 TEST(SetupSpins, ANegativeQuantumNumberBelowTheLastSpinLeavesNoKets) {

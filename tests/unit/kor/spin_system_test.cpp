@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 
@@ -171,6 +172,8 @@ TEST(BuildSpinSystem, MoreStatesThanTheMatricesHoldLeaveNoSpinSystem) {
                   "The spin system has more states than the 256 that can be simulated: define it again.\n");
         EXPECT_EQ(g_runtime.n, 0);
         EXPECT_EQ(g_runtime.spinsystemdefined, 0);
+        EXPECT_EQ(g_runtime.Nspins, 0);
+        EXPECT_EQ(infer_nspins(g_runtime.Ilist), 0);
     }
 }
 
@@ -306,6 +309,31 @@ TEST(MakeTotals, ModeOneScalesEachSpinToUnitNorm) {
     make_transverse_totals(0);
     EXPECT_LT(distance(g_runtime.Ixtot, kor_test::total({1, 2}, 'x')), 1e-14);
     EXPECT_LT(distance(g_runtime.Iztot, kor_test::total({1, 2}, 'z', true)), 1e-14) << "Iz is left alone";
+}
+
+// Spins typed since, of another number or kind, have no basis yet.
+TEST(MakeTotals, AreThoseOfTheBasisThatWasBuilt) {
+    const std::vector<std::vector<int>> redefined = {{}, {1}, {2, 2}, {1, 1, 1, 1}};
+    for (const std::vector<int>& two_i : redefined) {
+        build_definition({{1, 2, 1}, {}, {}, {}, 1});
+        EXPECT_TRUE(basis_is_current());
+        g_runtime.Nspins = static_cast<int>(two_i.size());
+        std::copy(two_i.begin(), two_i.end(), g_runtime.quantnum + 1);
+        EXPECT_FALSE(basis_is_current());
+        EXPECT_EQ(spins_of_basis(), 3);
+        make_all_totals(1);
+        EXPECT_LT(distance(g_runtime.Ixtot, kor_test::total({1, 2, 1}, 'x', true)), 1e-14);
+        EXPECT_LT(distance(g_runtime.Iytot, kor_test::total({1, 2, 1}, 'y', true)), 1e-14);
+        EXPECT_LT(distance(g_runtime.Iztot, kor_test::total({1, 2, 1}, 'z', true)), 1e-14);
+    }
+}
+
+TEST(SpinsOfBasis, CountASpinOfOneStateAndNoneAfterARefusal) {
+    build_definition({{1, 0}, {}, {}, {}, 1});
+    EXPECT_EQ(spins_of_basis(), 2);
+    forget_spins();
+    EXPECT_FALSE(basis_is_current());
+    EXPECT_EQ(spins_of_basis(), 0);
 }
 
 TEST(MakeGradientOperator, WithoutASpinSystemWritesAMessageAndChangesNothing) {
