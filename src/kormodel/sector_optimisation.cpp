@@ -17,7 +17,6 @@
 #include "rfwaveformfile.h"
 #include "sequencetypes.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
