@@ -4,6 +4,7 @@
 #include "kormodel/paths.h"
 
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 
 namespace kor {
@@ -83,6 +84,14 @@ KORModelStatus read_sector_pulsefile(SequenceReader& reader, const char* key, co
     }
     KORPulseSectorDef& sector = reader.def->sectors[k];
     copy_truncated(found, sector.pulse_filename, sizeof sector.pulse_filename);
+    // A name that is cut is that of no file, as a rule, and the run says so; another waveform is never
+    // played.
+    if (std::strcmp(found, sector.pulse_filename) != 0 && kor_file_exists_local(sector.pulse_filename))
+        return line_error(
+            reader,
+            "sector_pulsefile for sector %d: the path is longer than %d characters, and cut there "
+            "it is that of another file",
+            k, KOR_FILE_NAME_SIZE - 1);
     return KOR_MODEL_OK;
 }
 
