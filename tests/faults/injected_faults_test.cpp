@@ -21,7 +21,7 @@ std::size_t play_faults(const std::string& name, std::size_t stride) {
     std::size_t played = 0;
     for (std::size_t k = 0; k < faults.size(); k += stride, ++played) {
         const FaultyRun run = run_with_fault(*scenario, faults[k]);
-        EXPECT_NE(run.witness.paths.empty() && faults[k].kind != "flush", true) << describe(faults[k]);
+        EXPECT_NE(run.witness.struck.empty() && faults[k].kind != "flush", true) << describe(faults[k]);
         EXPECT_EQ(judge(*scenario, whole, before, run), "") << name << ": " << describe(faults[k]);
     }
     return played;

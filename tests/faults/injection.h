@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kor_test {
@@ -22,11 +23,12 @@ std::string describe(const Fault& fault);
 /// What the preloaded library saw.
 struct Witness {
     std::map<std::string, long> counts; // operations of each kind
-    std::set<std::string> paths;        // of the operations that failed, as the program spelt them
-    std::set<std::string> written;      // of the writes among them
+    /// Kind and path of each operation that failed, the path as the program spelt it.
+    std::set<std::pair<std::string, std::string>> struck;
 };
 
 struct FaultyRun {
+    Fault fault;
     ProgramResult result;
     Witness witness;
 };

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 
 namespace {
@@ -13,10 +14,15 @@ namespace fs = std::filesystem;
 class Judge : public testing::Test {
 protected:
     Judge() {
-        whole_.run.witness.paths = {"dm.bin"};
         run_ = whole_.run;
+        fail("open", "");
     }
 
+    /// The run's fault is one on "dm.bin".
+    void fail(const std::string& kind, const std::string& error) {
+        run_.fault = {kind, 1, error, false};
+        run_.witness.struck = {{kind, "dm.bin"}};
+    }
     std::string verdict() const { return judge(*scenario_, whole_, before_, run_); }
     bool finds(const std::string& what) const { return verdict().find(what) != std::string::npos; }
     std::string result() const { return scenario_->path(scenario_->results[0].path); }
@@ -40,6 +46,26 @@ TEST_F(Judge, SeesAResultThatIsMissingWithoutAWord) {
     EXPECT_EQ(verdict(), "");
 }
 
+TEST_F(Judge, SeesASilentFailureBehindAWholeResult) {
+    for (const char* kind : {"write", "flush", "rename", "chdir", "read"}) {
+        fail(kind, std::to_string(EIO));
+        EXPECT_EQ(verdict().rfind("no message names dm.bin\n", 0), 0U) << kind;
+    }
+    fail("read", "short");
+    EXPECT_EQ(verdict(), "");
+    fail("close", std::to_string(EIO));
+    EXPECT_EQ(verdict(), "");
+    run_.witness.struck = {{"close", "dm.bin.7.new"}};
+    EXPECT_TRUE(finds("no message names dm.bin.7.new"));
+}
+
+TEST_F(Judge, TakesAMessageOfAnotherUseForNone) {
+    fs::remove(result());
+    fail("write", std::to_string(EIO));
+    run_.result.err = "Voxel signal: cannot write temporary density matrix.\n";
+    EXPECT_TRUE(finds("no message names dm.bin"));
+}
+
 TEST_F(Judge, SeesAPieceThatPassesForWhole) {
     run_.result.err = "dm.bin: Input/output error\n";
     std::string bytes = read_file(result());
@@ -54,6 +80,31 @@ TEST_F(Judge, SeesAPieceThatPassesForWhole) {
     EXPECT_TRUE(finds("passes for whole"));
 }
 
+// A session keeps the signals of the spectrum before only as they were, and states of a failed run only when
+// it was told.
+TEST(JudgeOfSessions, SeesResultsOfNoState) {
+    const auto scenario = make_scenario("analysis");
+    const Files before = scenario->files();
+    const Undisturbed whole = run_undisturbed(*scenario);
+    const std::string signals = scenario->path("build/runtime/korsign.bin");
+    FaultyRun run = whole.run;
+    run.fault = {"open", 1, std::to_string(EIO), false};
+    run.witness.struck = {{"open", "korsign.bin"}};
+    run.result.err = "fopen(signal output): Input/output error\n";
+    // Both files give the points of a signal and the number of signals; the signal file's type is 1.
+    const std::string& viewer_data = whole.files.at("build/runtime/separate.wave");
+    std::string bytes = whole.files.at("build/runtime/korsign.bin").substr(0, 4) + viewer_data.substr(16, 8) +
+                        viewer_data.substr(1024);
+    write_file(signals, bytes);
+    EXPECT_EQ(judge(*scenario, whole, before, run), "");
+    bytes.back() = static_cast<char>(bytes.back() ^ 1);
+    write_file(signals, bytes);
+    EXPECT_EQ(judge(*scenario, whole, before, run).rfind("passes for whole: build/runtime/korsign.bin\n", 0),
+              0U);
+    run.result.err += "store: Input/output error\n";
+    EXPECT_EQ(judge(*scenario, whole, before, run), "");
+}
+
 TEST(JudgeOfTables, SeesAGap) {
     const auto scenario = make_scenario("wide-profile");
     const Files before = scenario->files();
@@ -62,7 +113,8 @@ TEST(JudgeOfTables, SeesAGap) {
     FaultyRun run = whole.run;
     run.result.status = 1;
     run.result.err = "Expectation profile: write error on output file profile.csv\n";
-    run.witness.paths = run.witness.written = {"profile.csv"};
+    run.fault.kind = "write";
+    run.witness.struck = {{"write", "profile.csv"}};
     write_file(table, bytes.substr(0, 4096));
     EXPECT_EQ(judge(*scenario, whole, before, run), "");
     write_file(table, bytes.substr(0, 4096) + bytes.substr(5000));

@@ -28,7 +28,7 @@ protected:
     std::string played(long at) const {
         const FaultyRun run = run_with_fault(*scenario_, {"chdir", at, std::to_string(EACCES)});
         EXPECT_EQ(run.result.status, 0);
-        EXPECT_EQ(run.witness.paths.size(), at > 0 ? 1U : 0U);
+        EXPECT_EQ(run.witness.struck.size(), at > 0 ? 1U : 0U);
         return run.result.out;
     }
     bool states_in(const std::string& below_runtime) const {
