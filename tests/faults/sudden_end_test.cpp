@@ -30,6 +30,12 @@ long number_of_operations(const Undisturbed& whole) {
     return sum;
 }
 
+/// As at a terminal: what a shell starts in the background ignores interrupts, and so would the program.
+void take_interrupts() {
+    signal(SIGINT, SIG_DFL);
+    signal(SIGTERM, SIG_DFL);
+}
+
 class SuddenEnd : public testing::Test {
 protected:
     SuddenEnd() {
@@ -91,6 +97,7 @@ protected:
     int send_after(double time_s, int signal) {
         scenario_->reset();
         ProgramCall call;
+        call.prepare = take_interrupts;
         call.signal_after_s = time_s;
         call.signal = signal;
         const ProgramResult run = run_program(scenario_->call(call));
@@ -255,7 +262,10 @@ TEST(SuddenEndOfASession, InterruptAndTerminationEndItAtAPrompt) {
     std::vector<ProgramCall> calls;
     for (const auto& session : sessions) {
         ProgramCall call;
-        call.prepare = [&session] { wait_behind(session.typed); };
+        call.prepare = [&session] {
+            take_interrupts();
+            wait_behind(session.typed);
+        };
         call.signal_after_s = 1.0;
         call.signal = session.signal;
         calls.push_back(scenario->call(call));
