@@ -307,3 +307,20 @@ TEST(SequenceFile, InfinityAndNanAreReals) {
     EXPECT_EQ(load_sequence_text(replaced(valid_sequence_text, "1e-05", "-inf")),
               (Outcome{KOR_MODEL_ERR_RANGE, "sector 1 total_duration_s=-inf must be >= 0"}));
 }
+
+TEST(SequenceFile, AFoundPathThatIsAnotherFilesWhereItIsCutIsRefused) {
+    const ModelSet set;
+    const std::string folder = plain_name(set.root() / "sequences/test-gradient");
+    const std::string first(120, 'a');
+    // "pulse1", cut where the path has 255 characters, is "pulse".
+    const std::string second(255 - folder.size() - first.size() - std::string("///pulse").size(), 'b');
+    const std::string stored = first + "/" + second + "/pulse1";
+    write_file(folder + "/" + stored, "x");
+    const std::string text = replaced(valid_sequence_text, "waveforms/wave1-excitation", stored);
+    EXPECT_EQ(load_sequence_text(set, text), ok) << "no file has the cut name";
+    write_file(folder + "/" + first + "/" + second + "/pulse", "y");
+    EXPECT_EQ(
+        load_sequence_text(set, text),
+        parse_error("line 10: sector_pulsefile for sector 1: the path is longer than 255 characters, and "
+                    "cut there it is that of another file"));
+}
