@@ -13,7 +13,7 @@ inline constexpr int PS_MAX_STATES = 64;
 
 /// Number of spins and twice the quantum number of each: Nspins, quantnum. A number below 1 is taken, too,
 /// and means that there are none (Nspins 0). Starts again when the dimension, in which a negative quantum
-/// number counts as 0, exceeds PS_MAX_STATES. Couplings in jc of spins beyond Nspins are cleared.
+/// number counts as 0, exceeds PS_MAX_STATES.
 int PS_IspinsParams();
 /// relspinamp of every spin.
 int PS_MakeBoltzmannParams();

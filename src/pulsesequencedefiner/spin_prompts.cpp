@@ -64,14 +64,6 @@ int ask_couplings() {
     return 1;
 }
 
-/// A coupling of a spin that is gone would still make the build take jc instead of the couplings typed.
-void forget_couplings_above(int Nspins) {
-    for (int i = 1; i <= KOR_MAX_SPINS; ++i)
-        for (int j = 1; j <= KOR_MAX_SPINS; ++j)
-            if (i > Nspins || j > Nspins)
-                g_runtime.jc[i][j] = 0.0;
-}
-
 } // namespace
 
 int PS_IspinsParams() {
@@ -83,7 +75,6 @@ int PS_IspinsParams() {
             return 0;
         n = dimension_of_quantum_numbers();
     } while (n > PS_MAX_STATES);
-    forget_couplings_above(g_runtime.Nspins);
     std::printf("n = %d\n", n);
     return 1;
 }

@@ -80,28 +80,6 @@ TEST(PSIspinsParams, FewerThanOneSpinAreNone) {
     }
 }
 
-TEST(PSIspinsParams, ForgetsTheCouplingsOfSpinsThatAreGone) {
-    fresh_state();
-    for (int i = 1; i <= KOR_MAX_SPINS; ++i)
-        for (int j = 1; j <= KOR_MAX_SPINS; ++j)
-            g_runtime.jc[i][j] = i * j;
-    play_console("2\n1\n1\n", [] { EXPECT_EQ(PS_IspinsParams(), 1); });
-    for (int i = 1; i <= KOR_MAX_SPINS; ++i)
-        for (int j = 1; j <= KOR_MAX_SPINS; ++j)
-            EXPECT_EQ(g_runtime.jc[i][j], i <= 2 && j <= 2 ? i * j : 0) << i << j;
-}
-
-// J23 of three spins would have hidden the J12 typed for two from the first build, but not from the second.
-TEST(PSIspinsParams, FewerSpinsHaveTheirOwnCouplingsInEveryBuild) {
-    fresh_state();
-    g_runtime.jc[2][3] = g_runtime.jc[3][2] = 10.0;
-    play_console("2\n1\n1\n1\n1\n0\n50\n1\n7\n", [] { EXPECT_EQ(define_spin_system_params(), 1); });
-    for (int build = 1; build <= 2; ++build) {
-        play_console("", BuildSpinSystemFromPulseSequenceGlobals);
-        EXPECT_EQ(g_runtime.jc[1][2], 7.0) << build;
-    }
-}
-
 TEST(PSMakeBoltzmannParams, AsksPerSpin) {
     fresh_state_with_spins();
     const ConsoleOutput printed = play_console("0.5\n-2\n", [] { EXPECT_EQ(PS_MakeBoltzmannParams(), 1); });
