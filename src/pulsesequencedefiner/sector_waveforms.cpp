@@ -116,6 +116,7 @@ template <typename Write> int write_sector_waveform(int k, bool is_2d, const cha
 
 /// Whether there is a component: read whole from a file, or what a short file held.
 bool read_component(const char* title, const int* ap, double* values) {
+    console_resume_after_end(); // of the component before, that is not an answer to the questions here
     std::puts(title);
     if (RealArrayIn(ap, values))
         return true;

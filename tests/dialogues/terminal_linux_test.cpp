@@ -245,6 +245,22 @@ TEST_F(ComposingPerson, IsToldOfAShapedPulseThatIsLeftOut) {
     expect_shown("No RF pulse was defined: this sector has no RF.\r\n");
 }
 
+TEST_F(ComposingPerson, IsAskedForAnotherPulseOfASumAfterOneThatIsLeftOut) {
+    begin_a_spatial_sequence();
+    answer("1\n", SECTOR);
+    answer("1\n", "Your choice [1..5] : ");
+    answer("3\n", "Number of time intervals : ");
+    answer("4\n", "Total sector duration [ms] : ");
+    answer("1\n", "Your choice is [1..6] : ");
+    answer("5\n", "Your choice [1,2] : ");
+    answer("1\n", "a     : ");
+    answer(CTRL_D, "Your choice [1,2] : ");
+    answer("1\n", "a     : ");
+    answer(CTRL_D, "Your choice [1,2] : ");
+    answer("2\n", "Static offset frequency [Hz] : ");
+    expect_shown("No RF pulse was defined: this sector has no RF.\r\n");
+}
+
 TEST_F(ComposingPerson, IsToldOfAPulseFromDiskThatIsLeftOut) {
     begin_a_spatial_sequence();
     answer("1\n", SECTOR);
@@ -252,6 +268,7 @@ TEST_F(ComposingPerson, IsToldOfAPulseFromDiskThatIsLeftOut) {
     answer("4\n", "Number of time intervals : ");
     answer("4\n", "Total sector duration [ms] : ");
     answer("1\n", "Your choice [1..3] : ");
+    answer(CTRL_D, "Your choice [1..3] : ");
     answer(CTRL_D, "Multiplication factor : ");
     answer("1\n", "Static offset frequency [Hz] : ");
     expect_shown("No RF pulse was defined: this sector has no RF.\r\n");

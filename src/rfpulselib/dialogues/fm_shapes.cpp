@@ -1,3 +1,4 @@
+#include "consoleutil.h"
 #include "kordatafileio.h"
 #include "korlimits.h"
 #include "korplatform.h"
@@ -58,6 +59,7 @@ void print_sum_banner(const char* extra_line) {
 }
 
 bool wants_another_pulse() {
+    console_resume_after_end(); // of the pulse before, that is not an answer to this question
     std::printf("    1. Add new 2D pulse\n"
                 "    2. Exit\n");
     int choice = 0;
