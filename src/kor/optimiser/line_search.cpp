@@ -2,6 +2,7 @@
 #include "kor/optimiser.h"
 
 #include "kor/runtime_state.h"
+#include "matrixmathlib.h"
 
 #include <algorithm>
 #include <cmath>
@@ -133,7 +134,7 @@ void brent_update(BrentState& s, const LinePoint& u) {
 } // namespace
 
 double sign_double(double a, double b) {
-    return b >= 0.0 ? std::fabs(a) : -std::fabs(a);
+    return sign(a, b);
 }
 
 double kor_max(double a, double b) {

@@ -1,8 +1,11 @@
 // The acquisition marker of a sector's remark, and what follows from it.
 #include "kor/sequence_driver.h"
 
+#include "four3.h"
 #include "kor/runtime_state.h"
 #include "sequencetypes.h"
+
+#include <cstddef>
 
 namespace kor {
 
@@ -41,7 +44,7 @@ int kor_is_acquisition_remark(const char* remark) {
 }
 
 int kor_is_power_of_two_int(int v) {
-    return v >= 1 && (v & (v - 1)) == 0 ? 1 : 0;
+    return v >= 1 && is_power_of_two(static_cast<std::size_t>(v)) ? 1 : 0;
 }
 
 int kor_current_sequence_is_pulse_acquire_fid() {
