@@ -15,8 +15,8 @@ namespace kor {
 /// Characters of a line buffer with its terminator; longer lines are read in pieces.
 inline constexpr int KOR_LINE_SIZE = 2048;
 
-/// Opens a model file for reading. nullptr where that fails, and for a pipe or a device, which may keep the
-/// program waiting or have no end.
+/// Opens a model file for reading. nullptr where that fails, and on Linux for a pipe or a device, which
+/// may keep the program waiting or have no end.
 std::FILE* open_model_text(const char* filename);
 
 /// What read_model_line met.

@@ -1,5 +1,5 @@
 // The rules that only a whole model has to fulfil.
-#include "kormodel/records.h"
+#include "kormodel/model_rules.h"
 
 #include "model_set.h"
 
