@@ -128,6 +128,9 @@ def compare(judge, found):
 
 
 def main():
+    if sys.argv[1:2] == ["--help"]:
+        print(__doc__)
+        return
     only = sys.argv[2] if sys.argv[1:2] == ["--only"] else ""
     judge = None
     failed = False

@@ -1,7 +1,12 @@
 #!/usr/bin/env bash
-# usage: tools/draw_press.sh FOLDER PICTURE.png : draws the result of models/lactate-press.kormodel; its tables go to
-# FOLDER. Run the model before. Needs the programs in build/ and gnuplot.
+# usage: tools/draw_press.sh FOLDER PICTURE.png
+# Draws the result of models/lactate-press.kormodel; its tables go to FOLDER.
+# Run the model before. Needs the programs in build/ and gnuplot.
 set -euo pipefail
+if [ "${1:-}" = "--help" ]; then
+    sed -n '2,4s/^# //p' "$0"
+    exit 0
+fi
 export LC_ALL=C.UTF-8 # numbers with a decimal point
 folder=$(cd "$1" && pwd)
 picture=$2

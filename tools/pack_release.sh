@@ -4,6 +4,10 @@
 #   kor-VERSION-linux-x86_64.tar.gz and kor-VERSION-windows-x86_64.zip
 # Both unpack to one folder in which build/kor (build\kor.exe) runs where it lies.
 set -euo pipefail
+if [ "${1:-}" = "--help" ]; then
+    sed -n '2,5s/^# //p' "$0"
+    exit 0
+fi
 linux_kor=$(realpath "$1")
 windows_kor=$(realpath "$2")
 mkdir -p "$3"

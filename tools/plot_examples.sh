@@ -1,7 +1,12 @@
 #!/usr/bin/env bash
-# usage: tools/plot_examples.sh [EXAMPLE...] : runs the examples and draws docs/images/EXAMPLE.png.
-# Without arguments all of them. Needs the programs in build/ (./run-demo builds them) and gnuplot.
+# usage: tools/plot_examples.sh [EXAMPLE...]
+# Runs the examples and draws docs/images/EXAMPLE.png; without arguments all of them.
+# Needs the programs in build/ (./run-demo builds them) and gnuplot.
 set -euo pipefail
+if [ "${1:-}" = "--help" ]; then
+    sed -n '2,4s/^# //p' "$0"
+    exit 0
+fi
 export LC_ALL=C.UTF-8 # numbers with a decimal point
 cd "$(dirname "$0")/.."
 root=$PWD
