@@ -3,12 +3,11 @@
 // The three operations in which a simulation spends its time, for one matrix and for many in the order of
 // the files: `states` are n x n matrices one after another, row by row, each element its real part, then its
 // imaginary part (2 n^2 doubles a state, 0-based).
-// Callers say what they need as a whole
-// (these samples, this grid) and leave the plan to the engine. The reference engine
-// (src/korengine/reference.cpp) writes each with the plain matrix operations and is the judge; the fast
-// engine (src/korengine/planner.cpp) gives the same numbers to 1e-12 of the largest element and hands
-// what it does not cover to the reference; select.cpp forwards to the engine in use. One sector is open
-// at a time; nothing here is reentrant.
+// Callers say what they need as a whole (these samples, this grid) and leave the plan to the engine. The
+// reference engine (src/korengine/reference.cpp) writes each with the plain matrix operations and is the
+// judge; the fast engine (src/korengine/planner.cpp) gives the same numbers to 1e-12 of the largest element
+// and hands what it does not cover to the reference; select.cpp forwards to the engine in use. One sector is
+// open at a time; nothing here is reentrant.
 #pragma once
 
 #include "matrixmathlib.h"

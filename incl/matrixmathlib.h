@@ -139,7 +139,8 @@ void complex_gs(int n, EigenvectorTable& vecs_re, EigenvectorTable& vecs_im);
 void complex_gs_range(int n, int first_col, int last_col, EigenvectorTable& vecs_re,
                       EigenvectorTable& vecs_im);
 
-// The classic names of the tridiagonal route, serving one cached decomposition by hermit.
+// The classic names of the tridiagonal route, serving one cached decomposition by hermit. They are part of
+// the interface, for callers outside: nothing in the house calls them, nor Epower, nor complex_gs.
 
 /// Decomposes A into the cache; D[1..n] = eigenvalues, E[1..n] = 0, tau row 1 = 1 and row 2 = 0.
 /// E and tau may be null.

@@ -20,8 +20,9 @@ int KORWriteExpectationProfile(const char* density_path, const char* operator_ex
                                const char* output_path);
 /// Receiver signal that the model's first acquisition sector records from voxel point_index (from 1), as a
 /// signal file. Needs a power of two of at least 2 samples and a duration above 0 there.
-/// Uses "dm.bin" of the working directory for the one matrix and deletes it; Istat becomes
-/// Izee + Icoup. Returns 1, or 0 with a message.
+/// Writes the one matrix to "dm.bin" of the working directory and deletes it, whatever that file held before;
+/// only where it is density_path itself, it stays. Istat becomes Izee + Icoup. Returns 1, or 0 with a
+/// message.
 int KORWriteVoxelSignal(const char* density_path, int point_index, const char* output_path);
 
 /// text: the line "# index    expectation_re    expectation_im" and a line per matrix with its number (from

@@ -19,7 +19,9 @@ bool scratch_replaces_model_files();
 /// Runs the model in the runtime state: says what is missing or that a scratch file is one of the model's,
 /// or deletes "dm.bin", "store", "korsign.bin" and "spectra.bin" and runs the family of `sequencetype`.
 void RunCurrentPreparedModel();
+/// The same, by the name that the entry calls.
 void KORRunCurrentPreparedModel();
+/// The same, by the name that the reference checks call.
 void KOR_RunCurrentPreparedModel();
 
 /// Spatially resolved family: every sector before the first acquisition sector, for every voxel; the

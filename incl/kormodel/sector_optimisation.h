@@ -18,13 +18,15 @@ int kormodel_operator_is_defined(const char* text);
 /// when it cannot be parsed).
 int kormodel_try_define_optimizer_operator_from_sector_remark(int k);
 
-/// The steps of the dialogue; k is the sector, from 1. The two that prepare return 1, or 0 with a message
-/// when they end it.
-/// The table of the sectors.
+// The steps of the dialogue, in order; k is the sector, from 1.
+
+/// Prints the table of the sectors.
 void kormodel_print_sequence_sector_optimization_summary();
-/// Asks for the number of mode pairs and sets npar to four times that.
+/// Asks for the number of mode pairs and sets npar to four times that. Returns 1, or 0 with a message for an
+/// answer that ends the dialogue.
 int kormodel_prepare_sequence_sector_parameterization();
-/// Asks for the start pulse, makes it unless it is the stored one in xb and yb, and sets par.
+/// Asks for the start pulse, makes it unless it is the stored one in xb and yb, and sets par. Returns as
+/// above.
 int kormodel_prepare_sequence_sector_start_pulse(int k);
 /// Asks whether the pulse in xb and yb (ap samples) shall replace the sector's waveform file. A pulse with a
 /// sample that is not finite, or a file that cannot be written, leaves the old file as it is, with a message
