@@ -49,7 +49,7 @@ void dfnc(double f, const double* parvec, int nn, double* df) {
 }
 
 double func(double z) {
-    static double point[KOR_MAX_PARAMETERS];
+    double point[KOR_MAX_PARAMETERS] = {};
     const int m = g_runtime.kor_ncom;
     if (m < 1 || m > KOR_MAX_PARAMETERS)
         return fnc(g_runtime.par);
