@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -25,6 +26,8 @@ TEST(OfferWriteback, AFullDiskLeavesTheOldFile) {
     tree.write("pulse", "the older one");
     std::strcpy(g_runtime.fnames[1], "pulse");
     g_runtime.ap = 64; // two blocks of 512 bytes
+    std::fill_n(g_runtime.xb, 64, 1.0);
+    std::fill_n(g_runtime.yb, 64, 2.0);
     ConsoleOutput console;
     {
         const SmallDisk disk(600);

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -29,6 +30,8 @@ TEST(OfferWriteback, AReadOnlyFileIsNotReplaced) {
     std::filesystem::permissions("pulse", Rights::owner_read | Rights::others_read);
     std::strcpy(g_runtime.fnames[1], "pulse");
     g_runtime.ap = 64;
+    std::fill_n(g_runtime.xb, 64, 1.0);
+    std::fill_n(g_runtime.yb, 64, 2.0);
     ConsoleOutput console;
     {
         const kor_test::OrdinaryUser rights;

@@ -59,6 +59,8 @@ void prepare_model(double field_hz = 62.5) {
     }
     const std::vector<double> xb(64, TWO_PI * field_hz), yb(64, 0.0);
     kor::BinArrayOut2D(64, xb.data(), yb.data(), "pulse");
+    std::copy(xb.begin(), xb.end(), g_runtime.xb);
+    std::copy(yb.begin(), yb.end(), g_runtime.yb);
 }
 
 kor_test::ConsoleOutput optimise(const std::string& answers) {

@@ -200,7 +200,7 @@ TEST(BuildSpinSystem, SpinsWithoutStatesMakeOneStateAndZeroOperators) {
 
 TEST(BuildSpinSystem, SpinsAboveTheLastAreCleared) {
     define({{1, 1}, {}, {}, {}, 1});
-    std::fill(g_runtime.Ilist, g_runtime.Ilist + KOR_MAX_SPINS + 1, 1);
+    std::fill(g_runtime.Ilist + 1, g_runtime.Ilist + KOR_MAX_SPINS + 1, 1);
     BuildSpinSystemFromPulseSequenceGlobals();
     for (int s = 3; s <= KOR_MAX_SPINS; ++s)
         EXPECT_EQ(g_runtime.Ilist[s], 0);
